@@ -1,0 +1,1 @@
+# Installation: tools, library, public headers and the CMake package vantu_orvanta.

@@ -1,0 +1,177 @@
+// The client class: a context, its callbacks and the handlers that wait for an answer each.
+#pragma once
+
+#include "vantu/orvanta/export.h"
+#include "vantu/orvanta/orvanta.h"
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace vantu::orvanta {
+
+// The codes of the flat API by name.
+enum class error_code : std::int32_t {
+    success = vantu_orvanta_success,
+    unexpected_error = vantu_orvanta_unexpected_error,
+    invalid_argument = vantu_orvanta_invalid_argument,
+    invalid_connection_state = vantu_orvanta_invalid_connection_state,
+    timed_out = vantu_orvanta_timed_out,
+    socket_bind_failed = vantu_orvanta_socket_bind_failed,
+    protocol_parse_failed = vantu_orvanta_protocol_parse_failed,
+    no_matching_device = vantu_orvanta_no_matching_device,
+    disconnected_from_service = vantu_orvanta_disconnected_from_service,
+    os_socket_error = vantu_orvanta_os_socket_error,
+};
+
+// The text of a code: a literal, never null, never freed. "unknown" for a code without one, "nil"
+// for 0. Any thread.
+[[nodiscard]] VANTU_ORVANTA_API const char* error_message(std::int32_t code) noexcept;
+
+// A failed call, for programs that prefer exceptions to codes. The library itself throws none.
+class VANTU_ORVANTA_API exception : public std::exception {
+  public:
+    // what() is the text of the code.
+    explicit exception(std::uint32_t code);
+    // what() is "label: " and the text of the code.
+    exception(std::uint32_t code, std::string label);
+    exception(const exception& other);
+    exception& operator=(const exception& other);
+    ~exception() override;
+
+    [[nodiscard]] const char* what() const noexcept override;
+    [[nodiscard]] std::uint32_t code() const noexcept { return code_; }
+
+  private:
+    std::uint32_t code_;
+    std::string message_;
+};
+
+// Throws exception(code, label) unless the code is 0.
+VANTU_ORVANTA_API void check_result(std::int32_t code, std::string label);
+
+class client;
+
+// How a request ended.
+enum class outcome : std::uint8_t {
+    replied,      // with its record
+    acknowledged, // the service took it and sends no record
+    failed,       // see error
+};
+
+// What a one-shot handler is given; valid until the handler returns.
+template <typename Record> struct reply {
+    outcome result;
+    unsigned device_id;
+    const Record* record;             // null unless replied
+    const vantu_orvanta_error* error; // null unless failed
+};
+
+// The reply to opening or closing a device carries no record.
+template <> struct reply<void> {
+    outcome result;
+    unsigned device_id;
+    const vantu_orvanta_error* error; // null unless failed
+};
+
+template <typename Record> using reply_handler = std::function<void(client&, const reply<Record>&)>;
+
+// One connection with callbacks. Not copyable, not movable: callbacks are given a reference to it.
+//
+// Callbacks and handlers run on the thread that calls dispatch (the polling thread, as a rule), one
+// at a time, with no lock of the library held. They may send requests and read the device table;
+// they must not stop the polling thread nor destroy the client. What they throw leaves dispatch; on
+// a polling thread that ends the process.
+class VANTU_ORVANTA_API client {
+  public:
+    using signal_callback = std::function<void(client&)>;
+    using device_callback = std::function<void(client&, unsigned device_id)>;
+    template <typename Record>
+    using record_callback = std::function<void(client&, unsigned device_id, const Record&)>;
+
+    // The callbacks, each empty when its event is not wanted. Those marked "route" are the default of
+    // a reply: they get every reply for which no one-shot handler waits.
+    struct config {
+        device_callback on_ack;                                 // route
+        signal_callback on_disconnected;                        // the service said goodbye
+        record_callback<vantu_orvanta_device> on_device;        // listed: its description, the rest zero
+        device_callback on_device_removed;
+        device_callback on_device_opened;                       // route
+        device_callback on_device_closed;                       // route
+        record_callback<vantu_orvanta_orvanta3_info> on_orvanta3_info;
+        record_callback<vantu_orvanta_palmetron_info> on_palmetron_info;
+        record_callback<vantu_orvanta_device_block> on_device_block; // route
+        record_callback<vantu_orvanta_cursor_state> on_cursor_state;
+        record_callback<vantu_orvanta_cursor_state> on_cursor_state_b;
+        record_callback<vantu_orvanta_palmetron_state> on_palmetron_state;
+        record_callback<vantu_orvanta_orientation> on_orientation;   // route
+        record_callback<vantu_orvanta_config_save> on_config_save;   // route
+        record_callback<vantu_orvanta_config_gravity_compensation>
+            on_config_gravity_compensation;                          // route
+        record_callback<vantu_orvanta_config_torque_scaling> on_config_torque_scaling; // route
+        record_callback<vantu_orvanta_config_handedness> on_config_handedness;         // route
+        record_callback<vantu_orvanta_status_motor_current> on_status_motor_current;   // route
+        record_callback<vantu_orvanta_status_power_supply> on_status_power_supply;     // route
+        std::function<void(client&, const vantu_orvanta_service_stream_a&)> on_service_stream_a;
+        record_callback<vantu_orvanta_service_stream_b> on_service_stream_b;
+        record_callback<vantu_orvanta_table_block_128> on_table_block_128; // route; device id 0
+        record_callback<vantu_orvanta_table_block_301> on_table_block_301; // route; device id 0
+        record_callback<vantu_orvanta_error> on_error;                     // route
+    };
+
+    // Takes the callbacks and creates a context that is not connected. Throws std::bad_alloc.
+    explicit client(config callbacks);
+
+    // Disconnects from the service, which may take 100 ms, and frees the context. Stop the polling
+    // thread first. Handlers that still wait are dropped without a call.
+    ~client();
+
+    client(const client&) = delete;
+    client& operator=(const client&) = delete;
+    client(client&&) = delete;
+    client& operator=(client&&) = delete;
+
+    // The context, for the flat API; it lives as long as the client. Never null.
+    [[nodiscard]] vantu_orvanta_context* context() const noexcept;
+
+    // Hands one event to the one-shot handler that waits for it or to its callback. False when the
+    // event is empty (type 0), true otherwise, also for a type it does not know. One thread at a
+    // time. A goodbye ends every waiting handler with error 8 before on_disconnected is called.
+    bool dispatch(const vantu_orvanta_event& event);
+
+    // A vantu_orvanta_event_handler whose user pointer is the client: dispatches the event to it.
+    static void dispatch_event(void* user, const vantu_orvanta_event* event);
+
+    // Requests with a one-shot handler. Each picks a free tag, sends and returns the code of the
+    // send; 11 when all 255 tags are waiting, and nothing is sent. After a return of 0 the handler is
+    // called exactly once, unless the client is destroyed first: with the reply's record, an
+    // acknowledgement, or the error that the service answered. After any other return it is never
+    // called. Any thread, handlers and callbacks included. An empty handler is allowed.
+    std::int32_t device_open(unsigned device_id, std::uint16_t value, reply_handler<void> handler);
+    std::int32_t device_close(unsigned device_id, reply_handler<void> handler);
+    std::int32_t orientation_get(unsigned device_id, reply_handler<vantu_orvanta_orientation> handler);
+    std::int32_t config_save(unsigned device_id, reply_handler<vantu_orvanta_config_save> handler);
+    std::int32_t
+    config_gravity_compensation_get(unsigned device_id,
+                                    reply_handler<vantu_orvanta_config_gravity_compensation> handler);
+    std::int32_t
+    config_gravity_compensation_set(unsigned device_id,
+                                    const vantu_orvanta_config_gravity_compensation& value,
+                                    reply_handler<vantu_orvanta_config_gravity_compensation> handler);
+    std::int32_t
+    config_torque_scaling_get(unsigned device_id,
+                              reply_handler<vantu_orvanta_config_torque_scaling> handler);
+    std::int32_t
+    config_torque_scaling_set(unsigned device_id, const vantu_orvanta_config_torque_scaling& value,
+                              reply_handler<vantu_orvanta_config_torque_scaling> handler);
+    std::int32_t config_handedness_set(unsigned device_id, std::uint8_t handedness,
+                                       reply_handler<vantu_orvanta_config_handedness> handler);
+
+  private:
+    struct implementation;
+    std::unique_ptr<implementation> self_;
+};
+
+} // namespace vantu::orvanta
