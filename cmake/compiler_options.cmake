@@ -19,3 +19,8 @@ if(ORVANTA_SANITIZE)
   add_compile_options(-fsanitize=${sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)
   add_link_options(-fsanitize=${sanitizers})
 endif()
+
+if("address" IN_LIST ORVANTA_SANITIZE)
+  target_sources(orvanta_options INTERFACE
+    $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${PROJECT_SOURCE_DIR}/tests/support/sanitizer_options.cpp>)
+endif()
