@@ -136,7 +136,8 @@ template <> inline constexpr std::size_t wire_size<empty_body> = 0;
 namespace checks {
 
 template <std::size_t... rows> consteval bool bodies_have_their_table_size(std::index_sequence<rows...>) {
-    return ((wire_size<body<operations[rows].code, operations[rows].way>> == operations[rows].body_size) && ...);
+    return ((wire_size<body<operations[rows].code, operations[rows].way>> == operations[rows].body_size) &&
+            ...);
 }
 
 } // namespace checks

@@ -11,16 +11,16 @@ namespace vantu::orvanta {
 [[noreturn]] void assumption_failed();
 
 // Logs the message at level error with the given location, then ends through assumption_failed.
-[[noreturn]] void report_failed_assumption(const source_location& where, const char* message);
+[[noreturn]] void report_failed_assumption(const source_location &where, const char *message);
 
 } // namespace vantu::orvanta
 
 // Checks an expression and reports a failure at a location that is part of the check's contract.
-#define assume_at(where, ...)                                                                      \
-    do {                                                                                           \
-        if (!(__VA_ARGS__)) [[unlikely]] {                                                         \
-            ::vantu::orvanta::report_failed_assumption(where, "assumption failed: " #__VA_ARGS__); \
-        }                                                                                          \
+#define assume_at(where, ...)                                                                                \
+    do {                                                                                                     \
+        if (!(__VA_ARGS__)) [[unlikely]] {                                                                   \
+            ::vantu::orvanta::report_failed_assumption(where, "assumption failed: " #__VA_ARGS__);           \
+        }                                                                                                    \
     } while (false)
 
 // Checks an expression and reports a failure at the place of the check.
