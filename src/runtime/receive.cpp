@@ -1,0 +1,172 @@
+// The receivers, one for each row of the operation table that the client receives.
+#include "runtime/receive.hpp"
+
+#include "vantu/orvanta/communication/bodies.hpp"
+#include "vantu/orvanta/orvanta.h"
+
+#include <array>
+#include <cstring>
+#include <type_traits>
+#include <utility>
+
+namespace vantu::orvanta {
+namespace {
+
+using namespace communication;
+
+// How a body's bytes come into the event: a device id in front, a record behind it, or a block whole.
+template <typename Record> void fill_event(const proto::addressed<Record> &body, vantu_orvanta_event &event) {
+    event.device_id = body.device_id;
+    static_assert(sizeof(Record) <= sizeof(event.payload));
+    std::memcpy(event.payload, &body.record, sizeof(Record));
+}
+
+void fill_event(const proto::device_body &body, vantu_orvanta_event &event) {
+    event.device_id = body.device_id;
+}
+
+template <typename Block> void fill_event(const Block &block, vantu_orvanta_event &event) {
+    static_assert(sizeof(Block) <= sizeof(event.payload));
+    std::memcpy(event.payload, &block, sizeof(Block));
+}
+
+// What an operation does beyond filling the event; most do nothing.
+template <std::uint8_t code, typename Body>
+[[nodiscard]] std::int32_t apply(const Body &body, [[maybe_unused]] byte_buffer &buffer,
+                                 [[maybe_unused]] device_table &devices,
+                                 [[maybe_unused]] vantu_orvanta_event &event) {
+    if constexpr (code == op_code::device_added) {
+        devices.list(body.device_id, body.record);
+    } else if constexpr (code == op_code::device_removed) {
+        devices.remove(body.device_id);
+    } else if constexpr (code == op_code::device_info_orvanta3 || code == op_code::device_info_palmetron) {
+        if (!devices.store_details(body.device_id, body.record)) {
+            buffer.reset();
+            return vantu_orvanta_no_matching_device;
+        }
+    } else if constexpr (code == op_code::cursor_state) {
+        devices.store_cursor_state(body.device_id, 1, body.record);
+    } else if constexpr (code == op_code::cursor_state_b) {
+        devices.store_cursor_state(body.device_id, 2, body.record);
+    } else if constexpr (code == op_code::palmetron_state) {
+        const std::uint8_t tail = body.record.tail_count;
+        if (buffer.read_len() < tail) {
+            buffer.reset();
+            return vantu_orvanta_protocol_parse_failed;
+        }
+        static_assert(sizeof(body.record) + 255 <= sizeof(event.payload));
+        std::memcpy(event.payload + sizeof(body.record), buffer.unread(), tail);
+        buffer.skip_read(tail);
+        vantu_orvanta_palmetron_state state;
+        std::memcpy(&state, event.payload, sizeof(state));
+        devices.store_palmetron_state(body.device_id, state);
+    } else if constexpr (code == op_code::config_handedness) {
+        // A handedness of 0 is no answer: refused on purpose after the event was filled.
+        if (body.record.handedness == vantu_orvanta_handedness_none) {
+            return vantu_orvanta_invalid_argument;
+        }
+    }
+    return vantu_orvanta_success;
+}
+
+// The client error code that a service status becomes on receipt.
+[[nodiscard]] constexpr std::uint32_t error_status(std::uint8_t status) {
+    switch (status) {
+    case 0:
+    case 160:
+    case 161:
+    case 162:
+    case 163:
+    case 176:
+    case 177:
+    case 178:
+    case 192:
+    case 193:
+    case 194:
+    case 195:
+    case 208:
+    case 209:
+        return status;
+    case 179:
+        return vantu_orvanta_buffer_full_or_empty;
+    case 180:
+        return vantu_orvanta_request_queue_empty;
+    case 181:
+        return vantu_orvanta_request_queue_full;
+    default:
+        return 255;
+    }
+}
+
+using receive_function = std::int32_t (*)(byte_buffer &, device_table &, vantu_orvanta_event &);
+
+template <std::uint8_t code>
+std::int32_t receive_body(byte_buffer &buffer, device_table &devices, vantu_orvanta_event &event) {
+    using body_type = proto::body<code, direction::to_client>;
+    if constexpr (code == op_code::ack) {
+        // Nobody waits for an acknowledgement of tag 0: no event.
+        event.event_type = event.tag != 0 ? vantu_orvanta_event_ack : vantu_orvanta_event_none;
+    } else if constexpr (code == op_code::service_error) {
+        const auto &body = buffer.read<body_type>();
+        fill_event(proto::addressed<vantu_orvanta_error>{body.device_id, {error_status(body.record.status)}},
+                   event);
+    } else if constexpr (!std::is_same_v<body_type, proto::empty_body>) {
+        const auto &body = buffer.read<body_type>();
+        fill_event(body, event);
+        return apply<code>(body, buffer, devices, event);
+    }
+    return vantu_orvanta_success;
+}
+
+struct receiver {
+    receive_function receive{nullptr}; // null: the client receives no such operation
+    std::uint16_t body_size{0};
+    std::uint16_t event_type{0};
+    std::uint8_t tag_mask{0}; // 0xFF where the event copies the tag
+};
+
+template <std::size_t row> constexpr void add_receiver(std::array<receiver, 256> &table) {
+    constexpr const operation &operation = operations[row];
+    if constexpr (operation.way == direction::to_client && operation.code != op_code::connected) {
+        table[operation.code] = {receive_body<operation.code>, operation.body_size,
+                                 static_cast<std::uint16_t>(operation.event_type),
+                                 static_cast<std::uint8_t>(operation.tag == tag_rule::copied ? 0xFF : 0)};
+    }
+}
+
+template <std::size_t... rows>
+constexpr std::array<receiver, 256> make_receivers(std::index_sequence<rows...>) {
+    std::array<receiver, 256> table{};
+    (add_receiver<rows>(table), ...);
+    return table;
+}
+
+constexpr std::array<receiver, 256> receivers = make_receivers(std::make_index_sequence<operations.size()>{});
+
+std::int32_t skip_unknown(byte_buffer &buffer, std::uint16_t length) {
+    if (length <= buffer.read_len()) {
+        buffer.skip_read(length);
+    } else {
+        buffer.reset();
+    }
+    return vantu_orvanta_protocol_parse_failed;
+}
+
+} // namespace
+
+std::int32_t receive_operation(byte_buffer &buffer, device_table &devices, const proto::op &op,
+                               vantu_orvanta_event &event) {
+    const receiver &row = receivers[op.code];
+    if (row.receive == nullptr) {
+        return skip_unknown(buffer, op.length);
+    }
+    if (buffer.read_len() < row.body_size) {
+        buffer.reset();
+        return vantu_orvanta_protocol_parse_failed;
+    }
+    event.event_type = row.event_type;
+    event.tag = op.tag & row.tag_mask;
+    return row.receive(buffer, devices, event);
+}
+
+} // namespace vantu::orvanta
