@@ -1,0 +1,57 @@
+// Threads by the POSIX interface.
+#include "runtime/native_thread.hpp"
+
+#include <csignal>
+#include <pthread.h>
+#include <system_error>
+
+namespace vantu::orvanta {
+namespace {
+
+static_assert(sizeof(pthread_t) <= sizeof(std::uintptr_t));
+
+void *run(void *record) {
+    const auto *thread = static_cast<const native_thread *>(record);
+    thread->body(thread->argument);
+    return nullptr;
+}
+
+[[noreturn]] void fail(std::errc error) {
+    throw std::system_error(std::make_error_code(error));
+}
+
+} // namespace
+
+void start_thread(native_thread &thread, void (*body)(void *), void *argument) {
+    thread.body = body;
+    thread.argument = argument;
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    pthread_t started{};
+    const int error = pthread_create(&started, nullptr, run, &thread);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (error != 0) {
+        fail(std::errc::resource_unavailable_try_again);
+    }
+    thread.handle = started;
+    thread.id = started;
+    thread.attached = true;
+}
+
+void join_thread(native_thread &thread) {
+    if (!thread.attached) {
+        fail(std::errc::invalid_argument);
+    }
+    const auto joined = static_cast<pthread_t>(thread.handle);
+    if (pthread_equal(joined, pthread_self()) != 0) {
+        fail(std::errc::resource_deadlock_would_occur);
+    }
+    if (pthread_join(joined, nullptr) != 0) {
+        fail(std::errc::no_such_process);
+    }
+    thread.attached = false;
+}
+
+} // namespace vantu::orvanta
