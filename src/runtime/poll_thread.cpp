@@ -1,0 +1,79 @@
+// The polling thread's steps, loop, start and stop.
+#include "runtime/poll_thread.hpp"
+
+#include "runtime/tick.hpp"
+#include "vantu/orvanta/common/diagnostics/version.hpp"
+#include "vantu/orvanta/common/utils/platform.hpp"
+
+#include <memory>
+#include <new>
+
+namespace vantu::orvanta {
+namespace {
+
+void run_polling_thread(void *record) {
+    platform::make_sleeps_precise();
+    run_poll_loop(*static_cast<vantu_orvanta_poll_thread *>(record));
+}
+
+} // namespace
+
+poll_step run_poll_step(vantu_orvanta_poll_thread &thread) {
+    vantu_orvanta_event event;
+    const std::int32_t code = vantu_orvanta_poll(thread.context, &event);
+    if (code != vantu_orvanta_success) {
+        thread.result.store(static_cast<std::uint32_t>(code), std::memory_order_release);
+        return poll_step::failed;
+    }
+    if (event.event_type == vantu_orvanta_event_none) {
+        return poll_step::idle;
+    }
+    thread.handler(thread.user, &event);
+    return poll_step::handled;
+}
+
+void run_poll_loop(vantu_orvanta_poll_thread &thread) {
+    std::int64_t tick = platform::steady_now_ns() + tick_ns;
+    while (thread.stop.load(std::memory_order_acquire) == 0) {
+        switch (run_poll_step(thread)) {
+        case poll_step::failed:
+            return;
+        case poll_step::idle:
+            platform::sleep_until_ns(tick);
+            tick = next_tick_ns(tick, platform::steady_now_ns());
+            break;
+        case poll_step::handled:
+            break;
+        }
+    }
+}
+
+} // namespace vantu::orvanta
+
+using namespace vantu::orvanta;
+
+vantu_orvanta_poll_thread *vantu_orvanta_poll_thread_start(vantu_orvanta_context *context,
+                                                           vantu_orvanta_event_handler handler, void *user) {
+    if (context == nullptr || handler == nullptr) {
+        return nullptr;
+    }
+    std::unique_ptr<vantu_orvanta_poll_thread> thread(new (std::nothrow)
+                                                          vantu_orvanta_poll_thread{context, handler, user});
+    if (thread != nullptr) {
+        start_thread(thread->thread, run_polling_thread, thread.get());
+    }
+    return thread.release();
+}
+
+std::uint32_t vantu_orvanta_poll_thread_result(const vantu_orvanta_poll_thread *thread) {
+    return thread == nullptr ? 0 : thread->result.load(std::memory_order_acquire);
+}
+
+void vantu_orvanta_poll_thread_stop(vantu_orvanta_poll_thread *thread) {
+    if (thread == nullptr) {
+        return;
+    }
+    thread->stop.store(1, std::memory_order_release);
+    join_thread(thread->thread);
+    delete thread;
+}
