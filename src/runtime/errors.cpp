@@ -1,0 +1,87 @@
+// The texts of the client's error codes, and the exception that carries one.
+#include "vantu/orvanta/client.hpp"
+#include "vantu/orvanta/communication/service_status.hpp"
+
+#include <utility>
+
+namespace vantu::orvanta {
+namespace {
+
+const char *service_text(std::int32_t status) {
+    return service_status_message(static_cast<std::int8_t>(static_cast<std::uint8_t>(status)));
+}
+
+constexpr std::int32_t unknown_status = 0xFF;
+
+} // namespace
+
+const char *error_message(std::int32_t code) noexcept {
+    switch (code) {
+    case vantu_orvanta_unexpected_error:
+        return "an unexpected error occurred";
+    case vantu_orvanta_invalid_argument:
+        return "an invalid argument was provided";
+    case vantu_orvanta_invalid_connection_state:
+        return "invalid connection state";
+    case vantu_orvanta_timed_out:
+        return "operation timed out";
+    case vantu_orvanta_socket_bind_failed:
+        return "unable to bind the client socket";
+    case vantu_orvanta_protocol_parse_failed:
+        return "unable to parse the service protocol";
+    case vantu_orvanta_no_matching_device:
+        return "no device matches given type or id";
+    case vantu_orvanta_disconnected_from_service:
+        return "disconnected from the service";
+    case vantu_orvanta_os_socket_error:
+        return "Socket error from the operating system";
+    case vantu_orvanta_buffer_full_or_empty:
+    case vantu_orvanta_request_queue_empty:
+    case vantu_orvanta_request_queue_full:
+        // The three service statuses that travel under small codes of the client's own.
+        return service_text(code - vantu_orvanta_buffer_full_or_empty + 0xB3);
+    case 0:
+    case 160:
+    case 161:
+    case 162:
+    case 163:
+    case 176:
+    case 177:
+    case 178:
+    case 192:
+    case 193:
+    case 194:
+    case 195:
+    case 208:
+    case 209:
+        return service_text(code);
+    default:
+        return service_text(unknown_status);
+    }
+}
+
+exception::exception(std::uint32_t code)
+    : code_(code), message_(error_message(static_cast<std::int32_t>(code))) {}
+
+exception::exception(std::uint32_t code, std::string label)
+    : code_(code), message_(std::move(label) + ": " + error_message(static_cast<std::int32_t>(code))) {}
+
+exception::exception(const exception &other) = default;
+exception &exception::operator=(const exception &other) = default;
+exception::~exception() = default;
+
+const char *exception::what() const noexcept {
+    return message_.c_str();
+}
+
+void check_result(std::int32_t code, std::string label) {
+    if (code != vantu_orvanta_success) {
+        throw exception(static_cast<std::uint32_t>(code), std::move(label));
+    }
+}
+
+} // namespace vantu::orvanta
+
+const char *vantu_orvanta_error_message(std::int32_t code) {
+    return vantu::orvanta::error_message(code);
+}
