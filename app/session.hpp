@@ -1,0 +1,26 @@
+// What every menu works on.
+#pragma once
+
+#include "app/console.hpp"
+#include "app/state.hpp"
+
+#include "vantu/orvanta/client.hpp"
+
+#include <cstdint>
+
+namespace vantu::orvanta::app {
+
+struct session {
+    console& terminal;
+    client& service;
+    application_state& state;
+};
+
+// Throws exception, without a label, unless the code is 0.
+inline void check_request(std::int32_t code) {
+    if (code != 0) {
+        throw exception(static_cast<std::uint32_t>(code));
+    }
+}
+
+} // namespace vantu::orvanta::app
