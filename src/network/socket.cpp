@@ -1,0 +1,61 @@
+// The part of the socket layer that is the same on every platform.
+#include "network/socket.hpp"
+
+#include "network/socket_shared.hpp"
+#include "vantu/orvanta/common/utils/format.hpp"
+
+#include <algorithm>
+
+namespace vantu::orvanta {
+
+std::string default_port() {
+    return "54320";
+}
+
+namespace socket_shared {
+
+std::string failure_text(std::string_view operation, std::string_view system_text) {
+    return fmt::format("message: {} with code: {}", operation, system_text);
+}
+
+std::string one_line_of(const char* system_text) {
+    std::string text = system_text == nullptr ? "" : system_text;
+    if (!text.empty() && text.back() == '\n') {
+        text.pop_back();
+    }
+    return text.empty() ? "unknown" : text;
+}
+
+std::string unable_to_resolve(const std::string& host, const std::string& port) {
+    return fmt::format("unable to getaddrinfo for '{}:{}'", host, port);
+}
+
+std::string no_valid_address(const std::string& host, const std::string& port) {
+    return fmt::format("unable to find a valid address for '{}:{}'", host, port);
+}
+
+std::string no_valid_interface(const std::string& host, const std::string& port) {
+    return fmt::format("no valid interface to bind '{}:{}'", host, port);
+}
+
+void prepare_receive(receive_record& record) {
+    record.from_length = address_room;
+    record.buffer.compact();
+}
+
+void prepare_overlapped_receive(receive_record& record) {
+    prepare_receive(record);
+    record.received = 0;
+    record.wsabuf.length = static_cast<std::uint32_t>(record.buffer.write_len());
+    record.wsabuf.data = record.buffer.unwritten();
+    record.flags = 0;
+    record.overlapped = {};
+}
+
+wait_limit wait_limit_of(std::int64_t timeout_ns) {
+    constexpr std::int64_t ns_per_millisecond = 1'000'000;
+    return {timeout_ns == 0, std::max<std::int64_t>(timeout_ns / ns_per_millisecond, 0)};
+}
+
+} // namespace socket_shared
+} // namespace vantu::orvanta
