@@ -19,7 +19,7 @@
 
 namespace {
 
-[[nodiscard]] bool write_text(const char *path, const std::string &text) {
+[[nodiscard]] bool write_text(const char* path, const std::string& text) {
     const int file = open(path, O_WRONLY | O_CLOEXEC);
     if (file < 0) {
         return false;
@@ -72,7 +72,7 @@ namespace {
 
 // The descriptor is left open on purpose: the program inherits it and holds the lock to its end.
 [[nodiscard]] bool take_turn() {
-    const char *folder = std::getenv("TMPDIR");
+    const char* folder = std::getenv("TMPDIR");
     const std::string path =
         std::string(folder != nullptr ? folder : "/tmp") + "/vantu_orvanta_fixed_ports.lock";
     int file = open(path.c_str(), O_RDONLY);
@@ -103,7 +103,7 @@ namespace {
 
 } // namespace
 
-int main(int count, char **arguments) {
+int main(int count, char** arguments) {
     if (count < 2) {
         std::fprintf(stderr, "usage: %s PROGRAM [ARGUMENT...]\n", arguments[0]);
         return 2;
