@@ -37,10 +37,11 @@ for entry in "${needed[@]}"; do
     esac
 done
 
-# The headers of fmt are fetched from the mirror that apt knows by its package lists.
+# Where fmt is older than 10, its headers are fetched from the mirror that apt knows by its lists.
 lists_wanted=0
-if [ ! -e "$root/.deps/fmt" ] && command -v apt-get >/dev/null &&
-    ! apt-get indextargets 'Origin: Debian' 'Created-By: Packages' 2>/dev/null | grep -q .; then
+if [ ! -e "$root/.deps/fmt" ] && ! grep -Eqs '^#define FMT_VERSION [1-9][0-9]{5}' /usr/include/fmt/{base,core}.h &&
+    command -v apt-get >/dev/null &&
+    [ -z "$(apt-get indextargets 'Origin: Debian' 'Created-By: Packages' 2>/dev/null)" ]; then
     lists_wanted=1
 fi
 [ ${#missing[@]} -gt 0 ] || [ $lists_wanted = 1 ] || exit 0
