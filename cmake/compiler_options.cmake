@@ -12,6 +12,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # the library's own routines for the sizes on the hot path.
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-mmemcpy-strategy=libcall:-1:noalign>
                       $<$<COMPILE_LANGUAGE:CXX>:-mmemset-strategy=libcall:-1:noalign>)
+  # Calls inside the shared library go straight to their functions.
+  add_compile_options(-fno-semantic-interposition -fno-plt)
 endif()
 
 if(ORVANTA_SANITIZE)

@@ -19,7 +19,7 @@ client::client(config callbacks) : self_(std::make_unique<implementation>(std::m
 
 client::~client() = default;
 
-vantu_orvanta_context *client::context() const noexcept {
+vantu_orvanta_context* client::context() const noexcept {
     return self_->context.get();
 }
 
@@ -56,7 +56,7 @@ std::int32_t client::config_gravity_compensation_get(
 }
 
 std::int32_t client::config_gravity_compensation_set(
-    unsigned device_id, const vantu_orvanta_config_gravity_compensation &value,
+    unsigned device_id, const vantu_orvanta_config_gravity_compensation& value,
     reply_handler<vantu_orvanta_config_gravity_compensation> handler) {
     return self_->request(
         vantu_orvanta_event_config_gravity_compensation, std::move(handler), [&](std::uint8_t tag) {
@@ -72,7 +72,7 @@ std::int32_t client::config_torque_scaling_get(unsigned device_id,
 }
 
 std::int32_t client::config_torque_scaling_set(unsigned device_id,
-                                               const vantu_orvanta_config_torque_scaling &value,
+                                               const vantu_orvanta_config_torque_scaling& value,
                                                reply_handler<vantu_orvanta_config_torque_scaling> handler) {
     return self_->request(
         vantu_orvanta_event_config_torque_scaling, std::move(handler), [&](std::uint8_t tag) {

@@ -10,7 +10,7 @@
 namespace vantu::orvanta {
 
 struct context_deleter {
-    void operator()(vantu_orvanta_context *context) const { vantu_orvanta_disconnect(context); }
+    void operator()(vantu_orvanta_context* context) const { vantu_orvanta_disconnect(context); }
 };
 
 struct client::implementation {
@@ -22,7 +22,7 @@ struct client::implementation {
 
     // Enters the handler, then calls send(tag), and takes the handler out again if that fails.
     template <typename Record, typename Send>
-    std::int32_t request(std::uint32_t event_type, reply_handler<Record> handler, Send send) {
+    std::int32_t request(std::uint32_t event_type, reply_handler<Record>&& handler, Send send) {
         const pending_requests::place place = pending.enter(event_type, std::move(handler));
         if (place.tag == 0) {
             return vantu_orvanta_request_queue_full;

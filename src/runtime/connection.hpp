@@ -16,8 +16,8 @@ class connection {
   public:
     connection() = default;
     ~connection() { close(); }
-    connection(const connection &) = delete;
-    connection &operator=(const connection &) = delete;
+    connection(const connection&) = delete;
+    connection& operator=(const connection&) = delete;
 
     [[nodiscard]] bool is_open() const { return socket() != invalid_socket; }
 
@@ -34,19 +34,19 @@ class connection {
     // Keeps the socket open while it lives. Costs two atomic additions.
     class lease {
       public:
-        explicit lease(connection &owner) : owner_(owner) {
+        explicit lease(connection& owner) : owner_(owner) {
             owner_.senders_.fetch_add(1);
             socket_ = owner_.socket_.load();
         }
         ~lease() { owner_.senders_.fetch_sub(1, std::memory_order_release); }
-        lease(const lease &) = delete;
-        lease &operator=(const lease &) = delete;
+        lease(const lease&) = delete;
+        lease& operator=(const lease&) = delete;
 
         // The socket to send on, or invalid_socket when the connection is closed.
         [[nodiscard]] socket_handle socket() const { return socket_; }
 
       private:
-        connection &owner_;
+        connection& owner_;
         socket_handle socket_;
     };
 

@@ -4,6 +4,7 @@
 #include "network/socket.hpp"
 #include "runtime/connection.hpp"
 #include "runtime/device_table.hpp"
+#include "vantu/orvanta/common/utils/light_mutex.hpp"
 #include "vantu/orvanta/orvanta.h"
 
 #include <atomic>
@@ -24,7 +25,7 @@ struct vantu_orvanta_context {
     std::uint32_t process_id{0};
 
     // On lines of their own: the polling thread works here while others send.
-    alignas(64) std::mutex mutex;
+    alignas(64) vantu::orvanta::light_mutex mutex;
     vantu::orvanta::receive_record receive;
     vantu::orvanta::device_table devices;
 };

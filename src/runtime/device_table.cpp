@@ -6,14 +6,14 @@
 namespace vantu::orvanta {
 namespace {
 
-template <typename Record, std::size_t size> void copy_bytes(std::uint8_t (&to)[size], const Record &from) {
+template <typename Record, std::size_t size> void copy_bytes(std::uint8_t (&to)[size], const Record& from) {
     static_assert(sizeof(Record) == size);
     std::memcpy(to, &from, size);
 }
 
 } // namespace
 
-void device_table::list(std::uint32_t device_id, const description &listing) {
+void device_table::list(std::uint32_t device_id, const description& listing) {
     vantu_orvanta_device device{};
     device.update_count = 1;
     device.device_type = listing.device_type;
@@ -29,9 +29,9 @@ void device_table::remove(std::uint32_t device_id) {
     devices_.erase(device_id);
 }
 
-bool device_table::store_details(std::uint32_t device_id, const vantu_orvanta_orvanta3_info &details) {
+bool device_table::store_details(std::uint32_t device_id, const vantu_orvanta_orvanta3_info& details) {
     const std::lock_guard lock(mutex_);
-    vantu_orvanta_device *device = find_of_type(device_id, vantu_orvanta_device_type_orvanta3);
+    vantu_orvanta_device* device = find_of_type(device_id, vantu_orvanta_device_type_orvanta3);
     if (device == nullptr) {
         return false;
     }
@@ -40,9 +40,9 @@ bool device_table::store_details(std::uint32_t device_id, const vantu_orvanta_or
     return true;
 }
 
-bool device_table::store_details(std::uint32_t device_id, const vantu_orvanta_palmetron_info &details) {
+bool device_table::store_details(std::uint32_t device_id, const vantu_orvanta_palmetron_info& details) {
     const std::lock_guard lock(mutex_);
-    vantu_orvanta_device *device = find_of_type(device_id, vantu_orvanta_device_type_palmetron);
+    vantu_orvanta_device* device = find_of_type(device_id, vantu_orvanta_device_type_palmetron);
     if (device == nullptr) {
         return false;
     }
@@ -51,33 +51,33 @@ bool device_table::store_details(std::uint32_t device_id, const vantu_orvanta_pa
 }
 
 void device_table::store_cursor_state(std::uint32_t device_id, std::uint8_t state_kind,
-                                      const vantu_orvanta_cursor_state &state) {
+                                      const vantu_orvanta_cursor_state& state) {
     const std::lock_guard lock(mutex_);
-    vantu_orvanta_device &device = devices_[device_id];
+    vantu_orvanta_device& device = devices_[device_id];
     device.update_count = device.update_count + 1;
     device.detail.orvanta3.state_kind = state_kind;
     device.detail.orvanta3.cursor_state = state;
 }
 
 void device_table::store_palmetron_state(std::uint32_t device_id,
-                                         const vantu_orvanta_palmetron_state &state) {
+                                         const vantu_orvanta_palmetron_state& state) {
     const std::lock_guard lock(mutex_);
     const auto found = devices_.find(device_id);
     if (found == devices_.end()) {
         return;
     }
-    vantu_orvanta_device &device = found->second;
+    vantu_orvanta_device& device = found->second;
     device.update_count = device.update_count + 1;
     if (device.device_type == vantu_orvanta_device_type_palmetron) {
         device.detail.palmetron_state = state;
     }
 }
 
-bool device_table::copy_ids(std::uint32_t *ids, std::size_t &count) const {
+bool device_table::copy_ids(std::uint32_t* ids, std::size_t& count) const {
     const std::lock_guard lock(mutex_);
     const std::size_t capacity = count;
     count = 0;
-    for (const auto &[device_id, device] : devices_) {
+    for (const auto& [device_id, device] : devices_) {
         if (count == capacity) {
             return false;
         }
@@ -86,7 +86,7 @@ bool device_table::copy_ids(std::uint32_t *ids, std::size_t &count) const {
     return true;
 }
 
-bool device_table::copy_device(std::uint32_t device_id, vantu_orvanta_device &device) const {
+bool device_table::copy_device(std::uint32_t device_id, vantu_orvanta_device& device) const {
     const std::lock_guard lock(mutex_);
     const auto found = devices_.find(device_id);
     if (found == devices_.end()) {
@@ -96,7 +96,7 @@ bool device_table::copy_device(std::uint32_t device_id, vantu_orvanta_device &de
     return true;
 }
 
-vantu_orvanta_device *device_table::find_of_type(std::uint32_t device_id, std::uint8_t device_type) {
+vantu_orvanta_device* device_table::find_of_type(std::uint32_t device_id, std::uint8_t device_type) {
     const auto found = devices_.find(device_id);
     return found != devices_.end() && found->second.device_type == device_type ? &found->second : nullptr;
 }

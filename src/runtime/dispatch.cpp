@@ -11,21 +11,21 @@ namespace {
 
 using communication::proto::device_description;
 
-template <typename Record> const Record &record_of(const vantu_orvanta_event &event) {
+template <typename Record> const Record& record_of(const vantu_orvanta_event& event) {
     static_assert(alignof(Record) == 1 && sizeof(Record) <= sizeof(event.payload));
-    return *std::launder(reinterpret_cast<const Record *>(event.payload));
+    return *std::launder(reinterpret_cast<const Record*>(event.payload));
 }
 
 template <typename... Parameters, typename... Arguments>
-void call(const std::function<void(Parameters...)> &callback, Arguments &&...arguments) {
+void call(const std::function<void(Parameters...)>& callback, Arguments&&... arguments) {
     if (callback) {
         callback(std::forward<Arguments>(arguments)...);
     }
 }
 
 template <typename Record>
-void call_with_record(const client::record_callback<Record> &callback, client &owner,
-                      const vantu_orvanta_event &event) {
+void call_with_record(const client::record_callback<Record>& callback, client& owner,
+                      const vantu_orvanta_event& event) {
     call(callback, owner, event.device_id, record_of<Record>(event));
 }
 
@@ -40,7 +40,7 @@ outcome outcome_of(std::uint32_t event_type) {
     }
 }
 
-void complete(client &owner, const reply_handler<void> &handler, const vantu_orvanta_event &event) {
+void complete(client& owner, const reply_handler<void>& handler, const vantu_orvanta_event& event) {
     const outcome result = outcome_of(event.event_type);
     call(handler, owner,
          reply<void>{result, event.device_id,
@@ -48,7 +48,7 @@ void complete(client &owner, const reply_handler<void> &handler, const vantu_orv
 }
 
 template <typename Record>
-void complete(client &owner, const reply_handler<Record> &handler, const vantu_orvanta_event &event) {
+void complete(client& owner, const reply_handler<Record>& handler, const vantu_orvanta_event& event) {
     const outcome result = outcome_of(event.event_type);
     call(handler, owner,
          reply<Record>{result, event.device_id,
@@ -57,9 +57,9 @@ void complete(client &owner, const reply_handler<Record> &handler, const vantu_o
 }
 
 // Calls a handler that was taken out; false when there is none.
-bool complete(client &owner, const any_reply_handler &waiting, const vantu_orvanta_event &event) {
+bool complete(client& owner, const any_reply_handler& waiting, const vantu_orvanta_event& event) {
     return std::visit(
-        [&](const auto &handler) {
+        [&](const auto& handler) {
             if constexpr (std::is_same_v<std::decay_t<decltype(handler)>, std::monostate>) {
                 return false;
             } else {
@@ -71,12 +71,12 @@ bool complete(client &owner, const any_reply_handler &waiting, const vantu_orvan
 }
 
 // A reply: to the request that waits for it, else to the default callback.
-bool complete_request(client &owner, pending_requests &pending, const vantu_orvanta_event &event) {
+bool complete_request(client& owner, pending_requests& pending, const vantu_orvanta_event& event) {
     return event.tag != 0 && complete(owner, pending.take(event.event_type, event.tag), event);
 }
 
 // Nothing will be answered any more: every waiting request fails.
-void fail_all(client &owner, pending_requests &pending) {
+void fail_all(client& owner, pending_requests& pending) {
     vantu_orvanta_event event{};
     event.event_type = vantu_orvanta_event_error;
     const vantu_orvanta_error error{vantu_orvanta_disconnected_from_service};
@@ -87,20 +87,20 @@ void fail_all(client &owner, pending_requests &pending) {
     }
 }
 
-void call_on_device(const client::record_callback<vantu_orvanta_device> &callback, client &owner,
-                    const vantu_orvanta_event &event) {
+void call_on_device(const client::record_callback<vantu_orvanta_device>& callback, client& owner,
+                    const vantu_orvanta_event& event) {
     vantu_orvanta_device device{};
     constexpr std::size_t description_offset = offsetof(vantu_orvanta_device, device_type);
-    std::memcpy(reinterpret_cast<std::byte *>(&device) + description_offset, event.payload,
+    std::memcpy(reinterpret_cast<std::byte*>(&device) + description_offset, event.payload,
                 sizeof(device_description));
     call(callback, owner, event.device_id, device);
 }
 
 } // namespace
 
-bool client::dispatch(const vantu_orvanta_event &event) {
-    config &callbacks = self_->callbacks;
-    const auto route = [&](const auto &callback) {
+bool client::dispatch(const vantu_orvanta_event& event) {
+    config& callbacks = self_->callbacks;
+    const auto route = [&](const auto& callback) {
         if (complete_request(*this, self_->pending, event)) {
             return;
         }
@@ -192,8 +192,8 @@ bool client::dispatch(const vantu_orvanta_event &event) {
     return true;
 }
 
-void client::dispatch_event(void *user, const vantu_orvanta_event *event) {
-    static_cast<client *>(user)->dispatch(*event);
+void client::dispatch_event(void* user, const vantu_orvanta_event* event) {
+    static_cast<client*>(user)->dispatch(*event);
 }
 
 } // namespace vantu::orvanta

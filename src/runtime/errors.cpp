@@ -7,7 +7,7 @@
 namespace vantu::orvanta {
 namespace {
 
-const char *service_text(std::int32_t status) {
+const char* service_text(std::int32_t status) {
     return service_status_message(static_cast<std::int8_t>(static_cast<std::uint8_t>(status)));
 }
 
@@ -15,7 +15,7 @@ constexpr std::int32_t unknown_status = 0xFF;
 
 } // namespace
 
-const char *error_message(std::int32_t code) noexcept {
+const char* error_message(std::int32_t code) noexcept {
     switch (code) {
     case vantu_orvanta_unexpected_error:
         return "an unexpected error occurred";
@@ -66,11 +66,11 @@ exception::exception(std::uint32_t code)
 exception::exception(std::uint32_t code, std::string label)
     : code_(code), message_(std::move(label) + ": " + error_message(static_cast<std::int32_t>(code))) {}
 
-exception::exception(const exception &other) = default;
-exception &exception::operator=(const exception &other) = default;
+exception::exception(const exception& other) = default;
+exception& exception::operator=(const exception& other) = default;
 exception::~exception() = default;
 
-const char *exception::what() const noexcept {
+const char* exception::what() const noexcept {
     return message_.c_str();
 }
 
@@ -82,6 +82,6 @@ void check_result(std::int32_t code, std::string label) {
 
 } // namespace vantu::orvanta
 
-const char *vantu_orvanta_error_message(std::int32_t code) {
+const char* vantu_orvanta_error_message(std::int32_t code) {
     return vantu::orvanta::error_message(code);
 }

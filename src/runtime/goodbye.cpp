@@ -8,7 +8,7 @@
 
 namespace vantu::orvanta {
 
-void say_goodbye(vantu_orvanta_context &context) {
+void say_goodbye(vantu_orvanta_context& context) {
     using communication::op_code::disconnect;
     if (transmit_operation<disconnect>(context, 0, {}) == vantu_orvanta_success) {
         const std::int64_t deadline_ns = platform::steady_now_ns() + goodbye_timeout_ns;

@@ -21,15 +21,15 @@ namespace {
 
 using namespace communication;
 
-constexpr const char *service_host = "localhost";
+constexpr const char* service_host = "localhost";
 
 // Closes a socket that nobody took over.
 class socket_guard {
   public:
     explicit socket_guard(socket_handle socket) : socket_(socket) {}
     ~socket_guard() { close_socket(socket_); }
-    socket_guard(const socket_guard &) = delete;
-    socket_guard &operator=(const socket_guard &) = delete;
+    socket_guard(const socket_guard&) = delete;
+    socket_guard& operator=(const socket_guard&) = delete;
 
     [[nodiscard]] socket_handle get() const { return socket_; }
     [[nodiscard]] socket_handle release() { return std::exchange(socket_, invalid_socket); }
@@ -38,13 +38,13 @@ class socket_guard {
     socket_handle socket_;
 };
 
-const std::string &announced_version() {
+const std::string& announced_version() {
     static const std::string text =
         version.version_text.substr(0, sizeof(proto::connect_body::version_text) - 1);
     return text;
 }
 
-proto::connect_body connect_request(const introduction &client) {
+proto::connect_body connect_request(const introduction& client) {
     proto::connect_body body{};
     body.value_a = client.value_a;
     body.value_b = client.value_b;
@@ -63,9 +63,9 @@ std::string without_final_zero(std::string text) {
     return text;
 }
 
-std::int32_t refusal(byte_buffer &reply) {
+std::int32_t refusal(byte_buffer& reply) {
     // Read without a check of its own, unlike every other body: a cut-off refusal ends the process.
-    const auto &body = reply.read<proto::body<op_code::service_error, direction::to_client>>();
+    const auto& body = reply.read<proto::body<op_code::service_error, direction::to_client>>();
     switch (static_cast<service_status>(body.record.status)) {
     case service_status::another_client_connected:
         return vantu_orvanta_another_client_connected;
@@ -77,8 +77,8 @@ std::int32_t refusal(byte_buffer &reply) {
 }
 
 // Sends the request and waits for one datagram in answer.
-std::int32_t exchange_request(socket_handle socket, const endpoint &service, const introduction &client,
-                              receive_record &receive) {
+std::int32_t exchange_request(socket_handle socket, const endpoint& service, const introduction& client,
+                              receive_record& receive) {
     byte_buffer request(constants::mode_write);
     compose_datagram<op_code::connect, direction::to_service>(request, 0, connect_request(client));
     socket_status status = send_packet(socket, request, service);
@@ -94,7 +94,7 @@ std::int32_t exchange_request(socket_handle socket, const endpoint &service, con
     return client_code_from_socket_status(status);
 }
 
-void accept(vantu_orvanta_context &context, socket_handle socket, const endpoint &service,
+void accept(vantu_orvanta_context& context, socket_handle socket, const endpoint& service,
             std::uint64_t client_id) {
     context.service = service;
     context.client_address_text = without_final_zero(stringify_socket(socket));
@@ -109,16 +109,16 @@ void accept(vantu_orvanta_context &context, socket_handle socket, const endpoint
 
 } // namespace
 
-std::int32_t read_handshake_reply(byte_buffer &reply, device_table &devices, std::uint64_t &client_id) {
+std::int32_t read_handshake_reply(byte_buffer& reply, device_table& devices, std::uint64_t& client_id) {
     if (!reply.can_read<proto::header>()) {
         return vantu_orvanta_protocol_parse_failed;
     }
-    const auto &header = reply.read<proto::header>();
+    const auto& header = reply.read<proto::header>();
     if (header.magic != proto::header_magic || header.version != proto::protocol_version) {
         return vantu_orvanta_protocol_parse_failed;
     }
     while (reply.can_read<proto::op>()) {
-        const auto &op = reply.read<proto::op>();
+        const auto& op = reply.read<proto::op>();
         if (op.magic != proto::op_magic) {
             return vantu_orvanta_protocol_parse_failed;
         }
@@ -147,8 +147,8 @@ std::int32_t read_handshake_reply(byte_buffer &reply, device_table &devices, std
     return vantu_orvanta_protocol_parse_failed;
 }
 
-std::int32_t connect_ports(vantu_orvanta_context &context, const std::string &client_port,
-                           const std::string &service_port, const introduction &client) {
+std::int32_t connect_ports(vantu_orvanta_context& context, const std::string& client_port,
+                           const std::string& service_port, const introduction& client) {
     const std::lock_guard lock(context.mutex);
     if (context.connection.is_open()) {
         return vantu_orvanta_invalid_connection_state;
@@ -165,7 +165,7 @@ std::int32_t connect_ports(vantu_orvanta_context &context, const std::string &cl
     if (service.status != socket_status::ok) {
         return client_code_from_socket_status(service.status);
     }
-    byte_buffer &reply = context.receive.buffer;
+    byte_buffer& reply = context.receive.buffer;
     reply.reset();
     std::int32_t code = exchange_request(socket.get(), service.address, client, context.receive);
     std::uint64_t client_id = 0;
@@ -180,7 +180,7 @@ std::int32_t connect_ports(vantu_orvanta_context &context, const std::string &cl
     return vantu_orvanta_success;
 }
 
-std::int32_t connect(vantu_orvanta_context &context, const introduction &client) {
+std::int32_t connect(vantu_orvanta_context& context, const introduction& client) {
     for (int attempt = 0; attempt < client_port_count; ++attempt) {
         const std::string client_port = fmt::format("{}", first_client_port + attempt);
         const std::int32_t code = connect_ports(context, client_port, default_port(), client);

@@ -23,15 +23,15 @@ struct introduction {
 
 // One attempt, as vantu_orvanta_connect_ports describes it, without its checks for null. Holds the
 // context's mutex, and so keeps polls waiting, until the service has answered or the time is up.
-[[nodiscard]] std::int32_t connect_ports(vantu_orvanta_context &context, const std::string &client_port,
-                                         const std::string &service_port, const introduction &client);
+[[nodiscard]] std::int32_t connect_ports(vantu_orvanta_context& context, const std::string& client_port,
+                                         const std::string& service_port, const introduction& client);
 
 // Tries the client ports in order until one attempt neither times out nor fails to bind.
-[[nodiscard]] std::int32_t connect(vantu_orvanta_context &context, const introduction &client);
+[[nodiscard]] std::int32_t connect(vantu_orvanta_context& context, const introduction& client);
 
 // Reads a reply from the receive buffer up to the acceptance, whose id it stores. What follows the
 // acceptance stays in the buffer. Returns 0, or the code with which the attempt fails.
-[[nodiscard]] std::int32_t read_handshake_reply(byte_buffer &reply, device_table &devices,
-                                                std::uint64_t &client_id);
+[[nodiscard]] std::int32_t read_handshake_reply(byte_buffer& reply, device_table& devices,
+                                                std::uint64_t& client_id);
 
 } // namespace vantu::orvanta

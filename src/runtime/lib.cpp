@@ -26,18 +26,18 @@ std::int32_t vantu_orvanta_log_sink_set(vantu_orvanta_log_sink sink) {
         set_log_sink({});
         return vantu_orvanta_success;
     }
-    set_log_sink([sink](std::uint64_t opaque, log_level level, const std::string &path, std::uint64_t line,
-                        const std::string &message) {
+    set_log_sink([sink](std::uint64_t opaque, log_level level, const std::string& path, std::uint64_t line,
+                        const std::string& message) {
         sink(opaque, static_cast<std::uint32_t>(level), path.c_str(), line, message.c_str());
     });
     return vantu_orvanta_success;
 }
 
-vantu_orvanta_context *vantu_orvanta_context_create() {
+vantu_orvanta_context* vantu_orvanta_context_create() {
     return new (std::nothrow) vantu_orvanta_context;
 }
 
-std::int32_t vantu_orvanta_connect(vantu_orvanta_context *context, const char *name, std::uint16_t value_a,
+std::int32_t vantu_orvanta_connect(vantu_orvanta_context* context, const char* name, std::uint16_t value_a,
                                    std::uint16_t value_b, std::uint64_t keep_alive_ns,
                                    std::uint64_t reply_timeout_ns) {
     if (context == nullptr || name == nullptr) {
@@ -45,13 +45,13 @@ std::int32_t vantu_orvanta_connect(vantu_orvanta_context *context, const char *n
     }
     try {
         return connect(*context, {name, value_a, value_b, keep_alive_ns, reply_timeout_ns});
-    } catch (const std::bad_alloc &) {
+    } catch (const std::bad_alloc&) {
         return vantu_orvanta_unexpected_error;
     }
 }
 
-std::int32_t vantu_orvanta_connect_ports(vantu_orvanta_context *context, const char *client_port,
-                                         const char *service_port, const char *name, std::uint16_t value_a,
+std::int32_t vantu_orvanta_connect_ports(vantu_orvanta_context* context, const char* client_port,
+                                         const char* service_port, const char* name, std::uint16_t value_a,
                                          std::uint16_t value_b, std::uint64_t keep_alive_ns,
                                          std::uint64_t reply_timeout_ns) {
     if (context == nullptr || client_port == nullptr || service_port == nullptr || name == nullptr) {
@@ -60,23 +60,23 @@ std::int32_t vantu_orvanta_connect_ports(vantu_orvanta_context *context, const c
     try {
         return connect_ports(*context, client_port, service_port,
                              {name, value_a, value_b, keep_alive_ns, reply_timeout_ns});
-    } catch (const std::bad_alloc &) {
+    } catch (const std::bad_alloc&) {
         return vantu_orvanta_unexpected_error;
     }
 }
 
-std::int32_t vantu_orvanta_poll(vantu_orvanta_context *context, vantu_orvanta_event *event) {
+std::int32_t vantu_orvanta_poll(vantu_orvanta_context* context, vantu_orvanta_event* event) {
     if (context == nullptr || event == nullptr) {
         return vantu_orvanta_invalid_argument;
     }
     try {
         return poll(*context, *event);
-    } catch (const std::bad_alloc &) {
+    } catch (const std::bad_alloc&) {
         return vantu_orvanta_unexpected_error;
     }
 }
 
-void vantu_orvanta_disconnect(vantu_orvanta_context *context) {
+void vantu_orvanta_disconnect(vantu_orvanta_context* context) {
     if (context == nullptr) {
         return;
     }
@@ -84,8 +84,8 @@ void vantu_orvanta_disconnect(vantu_orvanta_context *context) {
     delete context;
 }
 
-std::int32_t vantu_orvanta_device_ids(vantu_orvanta_context *context, std::uint32_t *ids,
-                                      std::size_t *count) {
+std::int32_t vantu_orvanta_device_ids(vantu_orvanta_context* context, std::uint32_t* ids,
+                                      std::size_t* count) {
     if (context == nullptr || ids == nullptr || count == nullptr) {
         return vantu_orvanta_invalid_argument;
     }
@@ -96,8 +96,8 @@ std::int32_t vantu_orvanta_device_ids(vantu_orvanta_context *context, std::uint3
                                                   : vantu_orvanta_buffer_full_or_empty;
 }
 
-std::int32_t vantu_orvanta_device_info(vantu_orvanta_context *context, std::uint32_t device_id,
-                                       vantu_orvanta_device *device) {
+std::int32_t vantu_orvanta_device_info(vantu_orvanta_context* context, std::uint32_t device_id,
+                                       vantu_orvanta_device* device) {
     if (context == nullptr || device_id == 0 || device == nullptr) {
         return vantu_orvanta_invalid_argument;
     }

@@ -10,8 +10,8 @@ namespace {
 
 static_assert(sizeof(pthread_t) <= sizeof(std::uintptr_t));
 
-void *run(void *record) {
-    const auto *thread = static_cast<const native_thread *>(record);
+void* run(void* record) {
+    const auto* thread = static_cast<const native_thread*>(record);
     thread->body(thread->argument);
     return nullptr;
 }
@@ -22,7 +22,7 @@ void *run(void *record) {
 
 } // namespace
 
-void start_thread(native_thread &thread, void (*body)(void *), void *argument) {
+void start_thread(native_thread& thread, void (*body)(void*), void* argument) {
     thread.body = body;
     thread.argument = argument;
     sigset_t all;
@@ -40,7 +40,7 @@ void start_thread(native_thread &thread, void (*body)(void *), void *argument) {
     thread.attached = true;
 }
 
-void join_thread(native_thread &thread) {
+void join_thread(native_thread& thread) {
     if (!thread.attached) {
         fail(std::errc::invalid_argument);
     }

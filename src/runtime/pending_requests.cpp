@@ -11,25 +11,23 @@ pending_requests::pending_requests() {
     }
 }
 
-pending_requests::place pending_requests::enter(std::uint32_t event_type, any_reply_handler handler) {
-    const std::lock_guard lock(mutex_);
+pending_requests::place pending_requests::take_tag(std::uint32_t event_type) {
     if (free_count_ == 0) {
         return {0, 0};
     }
     const std::uint8_t tag = free_tags_[first_free_];
     first_free_ = (first_free_ + 1) % tag_count;
     --free_count_;
-    entry &waiting = entries_[tag];
+    entry& waiting = entries_[tag];
     waiting.event_type = event_type;
     waiting.serial = ++last_serial_;
-    waiting.handler = std::move(handler);
     return {tag, waiting.serial};
 }
 
 bool pending_requests::withdraw(place entered) {
     any_reply_handler dropped; // destroyed after the lock: a handler may own anything
     const std::lock_guard lock(mutex_);
-    const entry &waiting = entries_[entered.tag];
+    const entry& waiting = entries_[entered.tag];
     if (waiting.event_type == vantu_orvanta_event_none || waiting.serial != entered.serial) {
         return false;
     }
@@ -53,7 +51,7 @@ any_reply_handler pending_requests::take_any(std::uint8_t tag) {
 }
 
 any_reply_handler pending_requests::release(std::uint8_t tag) {
-    entry &waiting = entries_[tag];
+    entry& waiting = entries_[tag];
     waiting.event_type = vantu_orvanta_event_none;
     free_tags_[(first_free_ + free_count_) % tag_count] = tag;
     ++free_count_;

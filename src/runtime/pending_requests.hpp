@@ -2,10 +2,12 @@
 #pragma once
 
 #include "vantu/orvanta/client.hpp"
+#include "vantu/orvanta/common/utils/light_mutex.hpp"
 
 #include <array>
 #include <cstdint>
 #include <mutex>
+#include <utility>
 #include <variant>
 
 namespace vantu::orvanta {
@@ -31,7 +33,15 @@ class pending_requests {
 
     // Enters a handler for a reply of the given event type under the tag that has been free longest,
     // so that a late reply meets a later request as rarely as can be.
-    [[nodiscard]] place enter(std::uint32_t event_type, any_reply_handler handler);
+    template <typename Record>
+    [[nodiscard]] place enter(std::uint32_t event_type, reply_handler<Record>&& handler) {
+        const std::lock_guard lock(mutex_);
+        const place taken = take_tag(event_type);
+        if (taken.tag != 0) {
+            entries_[taken.tag].handler.template emplace<reply_handler<Record>>(std::move(handler));
+        }
+        return taken;
+    }
 
     // Removes a request that was not sent after all. False when it was already answered.
     bool withdraw(place entered);
@@ -52,10 +62,11 @@ class pending_requests {
         any_reply_handler handler;
     };
 
-    // Needs the mutex.
+    // Both need the mutex.
+    [[nodiscard]] place take_tag(std::uint32_t event_type);
     [[nodiscard]] any_reply_handler release(std::uint8_t tag);
 
-    std::mutex mutex_;
+    light_mutex mutex_;
     std::array<entry, tag_count + 1> entries_;      // by tag; 0 is never used
     std::array<std::uint8_t, tag_count> free_tags_; // a ring, the longest free first
     std::size_t first_free_{0};

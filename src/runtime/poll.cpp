@@ -17,7 +17,7 @@ namespace {
 using namespace communication;
 
 // Drops what is left of a datagram that is not understood.
-std::int32_t reject(byte_buffer &buffer, const source_location &where, const char *message) {
+std::int32_t reject(byte_buffer& buffer, const source_location& where, const char* message) {
     log(log_level::info, where, message);
     buffer.reset();
     return vantu_orvanta_protocol_parse_failed;
@@ -34,15 +34,15 @@ bool keep_alive_due(std::int64_t last_send_ns) {
 
 } // namespace
 
-std::int32_t keep_alive_if_due(vantu_orvanta_context &context) {
+std::int32_t keep_alive_if_due(vantu_orvanta_context& context) {
     if (!keep_alive_due(context.last_send_ns.load(std::memory_order_relaxed))) {
         return vantu_orvanta_success;
     }
     return transmit_operation<op_code::keep_alive>(context, 0, {});
 }
 
-std::int32_t receive_datagram(vantu_orvanta_context &context) {
-    byte_buffer &buffer = context.receive.buffer;
+std::int32_t receive_datagram(vantu_orvanta_context& context) {
+    byte_buffer& buffer = context.receive.buffer;
     buffer.reset();
     const socket_status status = recv_packet(context.connection.socket(), context.receive);
     if (status == socket_status::would_block) {
@@ -54,7 +54,7 @@ std::int32_t receive_datagram(vantu_orvanta_context &context) {
     if (!buffer.can_read<proto::header>()) {
         return reject(buffer, locations::poll_header_length, "vantu_orvanta_poll: Cannot read header");
     }
-    const auto &header = buffer.read<proto::header>();
+    const auto& header = buffer.read<proto::header>();
     if (header.magic != proto::header_magic) {
         return reject(buffer, locations::poll_header_magic, "vantu_orvanta_poll: Header magic mismatch");
     }
@@ -68,9 +68,9 @@ std::int32_t receive_datagram(vantu_orvanta_context &context) {
     return vantu_orvanta_success;
 }
 
-std::int32_t take_operation(vantu_orvanta_context &context, vantu_orvanta_event &event) {
-    byte_buffer &buffer = context.receive.buffer;
-    const auto &op = buffer.read<proto::op>();
+std::int32_t take_operation(vantu_orvanta_context& context, vantu_orvanta_event& event) {
+    byte_buffer& buffer = context.receive.buffer;
+    const auto& op = buffer.read<proto::op>();
     if (op.magic != proto::op_magic) {
         return reject(buffer, locations::poll_operation_magic,
                       "vantu_orvanta_poll: communication::proto::op magic mismatch");
@@ -82,7 +82,7 @@ std::int32_t take_operation(vantu_orvanta_context &context, vantu_orvanta_event 
     return code;
 }
 
-std::int32_t poll(vantu_orvanta_context &context, vantu_orvanta_event &event) {
+std::int32_t poll(vantu_orvanta_context& context, vantu_orvanta_event& event) {
     const std::lock_guard lock(context.mutex);
     if (!context.connection.is_open()) {
         return vantu_orvanta_invalid_connection_state;
@@ -91,7 +91,7 @@ std::int32_t poll(vantu_orvanta_context &context, vantu_orvanta_event &event) {
     if (const std::int32_t code = keep_alive_if_due(context); code != vantu_orvanta_success) {
         return code;
     }
-    const byte_buffer &buffer = context.receive.buffer;
+    const byte_buffer& buffer = context.receive.buffer;
     if (!buffer.can_read<proto::op>()) {
         const std::int32_t code = receive_datagram(context);
         if (code != vantu_orvanta_success || !buffer.can_read<proto::op>()) {

@@ -11,14 +11,14 @@
 namespace vantu::orvanta {
 namespace {
 
-void run_polling_thread(void *record) {
+void run_polling_thread(void* record) {
     platform::make_sleeps_precise();
-    run_poll_loop(*static_cast<vantu_orvanta_poll_thread *>(record));
+    run_poll_loop(*static_cast<vantu_orvanta_poll_thread*>(record));
 }
 
 } // namespace
 
-poll_step run_poll_step(vantu_orvanta_poll_thread &thread) {
+poll_step run_poll_step(vantu_orvanta_poll_thread& thread) {
     vantu_orvanta_event event;
     const std::int32_t code = vantu_orvanta_poll(thread.context, &event);
     if (code != vantu_orvanta_success) {
@@ -32,7 +32,7 @@ poll_step run_poll_step(vantu_orvanta_poll_thread &thread) {
     return poll_step::handled;
 }
 
-void run_poll_loop(vantu_orvanta_poll_thread &thread) {
+void run_poll_loop(vantu_orvanta_poll_thread& thread) {
     std::int64_t tick = platform::steady_now_ns() + tick_ns;
     while (thread.stop.load(std::memory_order_acquire) == 0) {
         switch (run_poll_step(thread)) {
@@ -52,8 +52,8 @@ void run_poll_loop(vantu_orvanta_poll_thread &thread) {
 
 using namespace vantu::orvanta;
 
-vantu_orvanta_poll_thread *vantu_orvanta_poll_thread_start(vantu_orvanta_context *context,
-                                                           vantu_orvanta_event_handler handler, void *user) {
+vantu_orvanta_poll_thread* vantu_orvanta_poll_thread_start(vantu_orvanta_context* context,
+                                                           vantu_orvanta_event_handler handler, void* user) {
     if (context == nullptr || handler == nullptr) {
         return nullptr;
     }
@@ -65,11 +65,11 @@ vantu_orvanta_poll_thread *vantu_orvanta_poll_thread_start(vantu_orvanta_context
     return thread.release();
 }
 
-std::uint32_t vantu_orvanta_poll_thread_result(const vantu_orvanta_poll_thread *thread) {
+std::uint32_t vantu_orvanta_poll_thread_result(const vantu_orvanta_poll_thread* thread) {
     return thread == nullptr ? 0 : thread->result.load(std::memory_order_acquire);
 }
 
-void vantu_orvanta_poll_thread_stop(vantu_orvanta_poll_thread *thread) {
+void vantu_orvanta_poll_thread_stop(vantu_orvanta_poll_thread* thread) {
     if (thread == nullptr) {
         return;
     }

@@ -15,26 +15,26 @@ namespace {
 using namespace communication;
 
 // How a body's bytes come into the event: a device id in front, a record behind it, or a block whole.
-template <typename Record> void fill_event(const proto::addressed<Record> &body, vantu_orvanta_event &event) {
+template <typename Record> void fill_event(const proto::addressed<Record>& body, vantu_orvanta_event& event) {
     event.device_id = body.device_id;
     static_assert(sizeof(Record) <= sizeof(event.payload));
     std::memcpy(event.payload, &body.record, sizeof(Record));
 }
 
-void fill_event(const proto::device_body &body, vantu_orvanta_event &event) {
+void fill_event(const proto::device_body& body, vantu_orvanta_event& event) {
     event.device_id = body.device_id;
 }
 
-template <typename Block> void fill_event(const Block &block, vantu_orvanta_event &event) {
+template <typename Block> void fill_event(const Block& block, vantu_orvanta_event& event) {
     static_assert(sizeof(Block) <= sizeof(event.payload));
     std::memcpy(event.payload, &block, sizeof(Block));
 }
 
 // What an operation does beyond filling the event; most do nothing.
 template <std::uint8_t code, typename Body>
-[[nodiscard]] std::int32_t apply(const Body &body, [[maybe_unused]] byte_buffer &buffer,
-                                 [[maybe_unused]] device_table &devices,
-                                 [[maybe_unused]] vantu_orvanta_event &event) {
+[[nodiscard]] std::int32_t apply(const Body& body, [[maybe_unused]] byte_buffer& buffer,
+                                 [[maybe_unused]] device_table& devices,
+                                 [[maybe_unused]] vantu_orvanta_event& event) {
     if constexpr (code == op_code::device_added) {
         devices.list(body.device_id, body.record);
     } else if constexpr (code == op_code::device_removed) {
@@ -98,20 +98,20 @@ template <std::uint8_t code, typename Body>
     }
 }
 
-using receive_function = std::int32_t (*)(byte_buffer &, device_table &, vantu_orvanta_event &);
+using receive_function = std::int32_t (*)(byte_buffer&, device_table&, vantu_orvanta_event&);
 
 template <std::uint8_t code>
-std::int32_t receive_body(byte_buffer &buffer, device_table &devices, vantu_orvanta_event &event) {
+std::int32_t receive_body(byte_buffer& buffer, device_table& devices, vantu_orvanta_event& event) {
     using body_type = proto::body<code, direction::to_client>;
     if constexpr (code == op_code::ack) {
         // Nobody waits for an acknowledgement of tag 0: no event.
         event.event_type = event.tag != 0 ? vantu_orvanta_event_ack : vantu_orvanta_event_none;
     } else if constexpr (code == op_code::service_error) {
-        const auto &body = buffer.read<body_type>();
+        const auto& body = buffer.read<body_type>();
         fill_event(proto::addressed<vantu_orvanta_error>{body.device_id, {error_status(body.record.status)}},
                    event);
     } else if constexpr (!std::is_same_v<body_type, proto::empty_body>) {
-        const auto &body = buffer.read<body_type>();
+        const auto& body = buffer.read<body_type>();
         fill_event(body, event);
         return apply<code>(body, buffer, devices, event);
     }
@@ -125,8 +125,8 @@ struct receiver {
     std::uint8_t tag_mask{0}; // 0xFF where the event copies the tag
 };
 
-template <std::size_t row> constexpr void add_receiver(std::array<receiver, 256> &table) {
-    constexpr const operation &operation = operations[row];
+template <std::size_t row> constexpr void add_receiver(std::array<receiver, 256>& table) {
+    constexpr const operation& operation = operations[row];
     if constexpr (operation.way == direction::to_client && operation.code != op_code::connected) {
         table[operation.code] = {receive_body<operation.code>, operation.body_size,
                                  static_cast<std::uint16_t>(operation.event_type),
@@ -143,7 +143,7 @@ constexpr std::array<receiver, 256> make_receivers(std::index_sequence<rows...>)
 
 constexpr std::array<receiver, 256> receivers = make_receivers(std::make_index_sequence<operations.size()>{});
 
-std::int32_t skip_unknown(byte_buffer &buffer, std::uint16_t length) {
+std::int32_t skip_unknown(byte_buffer& buffer, std::uint16_t length) {
     if (length <= buffer.read_len()) {
         buffer.skip_read(length);
     } else {
@@ -154,9 +154,9 @@ std::int32_t skip_unknown(byte_buffer &buffer, std::uint16_t length) {
 
 } // namespace
 
-std::int32_t receive_operation(byte_buffer &buffer, device_table &devices, const proto::op &op,
-                               vantu_orvanta_event &event) {
-    const receiver &row = receivers[op.code];
+std::int32_t receive_operation(byte_buffer& buffer, device_table& devices, const proto::op& op,
+                               vantu_orvanta_event& event) {
+    const receiver& row = receivers[op.code];
     if (row.receive == nullptr) {
         return skip_unknown(buffer, op.length);
     }

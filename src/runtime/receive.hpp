@@ -16,7 +16,7 @@ namespace vantu::orvanta {
 //      body is skipped if it is whole, else the buffer is emptied
 //   7  details of a device that is not listed with that type: the buffer is emptied
 //   2  a handedness of 0
-[[nodiscard]] std::int32_t receive_operation(byte_buffer &buffer, device_table &devices,
-                                             const communication::proto::op &op, vantu_orvanta_event &event);
+[[nodiscard]] std::int32_t receive_operation(byte_buffer& buffer, device_table& devices,
+                                             const communication::proto::op& op, vantu_orvanta_event& event);
 
 } // namespace vantu::orvanta

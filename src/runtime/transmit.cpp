@@ -26,7 +26,7 @@ void connection::close() {
     close_socket(socket);
 }
 
-std::int32_t transmit(vantu_orvanta_context &context, byte_buffer &datagram) {
+std::int32_t transmit(vantu_orvanta_context& context, byte_buffer& datagram) {
     const connection::lease lease(context.connection);
     if (lease.socket() == invalid_socket) {
         return vantu_orvanta_invalid_connection_state;

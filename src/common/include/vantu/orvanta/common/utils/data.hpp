@@ -19,7 +19,7 @@ inline constexpr std::size_t buffer_capacity = 2048;
 
 // What byte_buffer::read hands out: a view in place for types that may stand at any address, a copy
 // for those that may not.
-template <typename T> using read_result = std::conditional_t<alignof(T) == 1, const T &, T>;
+template <typename T> using read_result = std::conditional_t<alignof(T) == 1, const T&, T>;
 
 // 2048 bytes with a read and a write cursor: read_position <= write_position <= 2048.
 // No lock: the receive buffer belongs to who holds the context's mutex, a send buffer to one call.
@@ -28,7 +28,7 @@ struct byte_buffer {
     std::uint32_t mode;
     std::uint64_t read_position{0};
     std::uint64_t write_position{0};
-    std::byte bytes[constants::buffer_capacity]{};
+    alignas(64) std::byte bytes[constants::buffer_capacity]{}; // a cache line: cleared and copied fastest
 
     explicit byte_buffer(std::uint32_t mode_bits) : mode(mode_bits) {}
 
@@ -37,8 +37,8 @@ struct byte_buffer {
     template <typename T> [[nodiscard]] bool can_read() const { return read_len() >= sizeof(T); }
     template <typename T> [[nodiscard]] bool can_write() const { return write_len() >= sizeof(T); }
 
-    [[nodiscard]] const std::byte *unread() const { return bytes + read_position; }
-    [[nodiscard]] std::byte *unwritten() { return bytes + write_position; }
+    [[nodiscard]] const std::byte* unread() const { return bytes + read_position; }
+    [[nodiscard]] std::byte* unwritten() { return bytes + write_position; }
 
     void skip_write(std::uint64_t len) {
         assume_at(locations::skip_write_length, len <= write_len());
@@ -71,10 +71,10 @@ struct byte_buffer {
         static_assert(std::is_trivially_copyable_v<T>);
         assume_at(locations::read_mode, mode & constants::mode_read);
         assume_at(locations::read_length, can_read<T>());
-        const std::byte *at = unread();
+        const std::byte* at = unread();
         skip_read(sizeof(T));
         if constexpr (alignof(T) == 1) {
-            return *std::launder(reinterpret_cast<const T *>(at));
+            return *std::launder(reinterpret_cast<const T*>(at));
         } else {
             T value;
             std::memcpy(&value, at, sizeof(T));
@@ -83,11 +83,11 @@ struct byte_buffer {
     }
 
     // Appends the bytes of a value; returns the buffer, so that writes chain.
-    template <typename T> byte_buffer &write(const T &value) {
+    template <typename T> byte_buffer& write(const T& value) {
         static_assert(std::is_trivially_copyable_v<T>);
         assume_at(locations::write_mode, mode & constants::mode_write);
         assume_at(locations::write_length, can_write<T>());
-        std::byte *at = unwritten();
+        std::byte* at = unwritten();
         skip_write(sizeof(T));
         std::memcpy(at, &value, sizeof(T));
         return *this;

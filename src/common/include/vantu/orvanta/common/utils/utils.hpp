@@ -20,8 +20,8 @@ template <std::size_t N> void assign_text(char (&field)[N], std::string_view tex
 
 // The text of a field that another program filled: up to its first zero, or all of it.
 template <std::size_t N> [[nodiscard]] std::string_view text_of(const char (&field)[N]) {
-    const void *end = std::memchr(field, 0, N);
-    return {field, end == nullptr ? N : static_cast<std::size_t>(static_cast<const char *>(end) - field)};
+    const void* end = std::memchr(field, 0, N);
+    return {field, end == nullptr ? N : static_cast<std::size_t>(static_cast<const char*>(end) - field)};
 }
 
 } // namespace vantu::orvanta
