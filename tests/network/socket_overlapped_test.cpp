@@ -1,0 +1,280 @@
+// The receive with a time-out.
+#include "network/loopback.hpp"
+#include "network/socket_shared.hpp"
+#include "support/captured_log.hpp"
+#include "support/system_calls.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <gmock/gmock.h>
+#include <limits>
+
+namespace orvanta_tests {
+namespace {
+
+using namespace vantu::orvanta;
+using testing::AllOf;
+using testing::Each;
+using testing::ElementsAre;
+using testing::Ge;
+using testing::IsEmpty;
+using testing::Le;
+
+constexpr std::int64_t no_limit = -1;
+
+class overlapped_receive : public loopback_test {
+  protected:
+    void arm() { ASSERT_EQ(recv_packet_overlapped(socket_.handle(), record_), socket_status::ok); }
+    socket_status wait(std::int64_t timeout_ns) {
+        const std::int64_t before = platform::steady_now_ns();
+        const socket_status status = get_overlapped_result(socket_.handle(), record_, timeout_ns);
+        elapsed_ns_ = platform::steady_now_ns() - before;
+        return status;
+    }
+    void send(const std::vector<std::uint8_t>& bytes) { peer_.send_raw(bytes, socket_); }
+
+    loopback_socket socket_{GetParam()};
+    loopback_socket peer_{GetParam()};
+    receive_record record_;
+    std::int64_t elapsed_ns_{0};
+};
+INSTANTIATE_TEST_SUITE_P(families, overlapped_receive, testing::ValuesIn(loopback_hosts()), family_name);
+
+TEST_P(overlapped_receive, is_armed_with_all_the_room_and_a_blank_record) {
+    record_.buffer.read_position = 10;
+    record_.buffer.write_position = 30;
+    record_.from_length = 5;
+    record_.received = 6;
+    record_.flags = 7;
+    record_.overlapped = {1, 2, 3, &record_};
+    arm();
+    EXPECT_EQ(record_.buffer.read_position, 0U);
+    EXPECT_EQ(record_.buffer.write_position, 20U);
+    EXPECT_EQ(record_.wsabuf.length, 2028U);
+    EXPECT_EQ(record_.wsabuf.data, record_.buffer.bytes + 20);
+    EXPECT_EQ(record_.from_length, 128);
+    EXPECT_EQ(record_.received, 0U);
+    EXPECT_EQ(record_.flags, 0U);
+    EXPECT_EQ(record_.overlapped.internal, 0U);
+    EXPECT_EQ(record_.overlapped.internal_high, 0U);
+    EXPECT_EQ(record_.overlapped.offset, 0U);
+    EXPECT_EQ(record_.overlapped.event, nullptr);
+}
+
+TEST_P(overlapped_receive, takes_a_datagram_that_waited_before_it_was_armed) {
+    send({1, 2});
+    ASSERT_TRUE(socket_.wait());
+    arm();
+    EXPECT_EQ(record_.buffer.read_len(), 0U);
+    ASSERT_EQ(wait(patience_ns), socket_status::ok);
+    EXPECT_THAT(unread_bytes(record_.buffer), ElementsAre(1, 2));
+    EXPECT_EQ(record_.received, 2U);
+    EXPECT_EQ(stringify_addr({record_.from_length, record_.from}), stringify_socket(peer_.handle()));
+}
+
+TEST_P(overlapped_receive, takes_a_datagram_that_comes_during_the_wait) {
+    arm();
+    scripted_calls calls;
+    calls.before(system_call::ppoll, 1, [this] { send({3}); });
+    ASSERT_EQ(wait(patience_ns), socket_status::ok);
+    EXPECT_THAT(unread_bytes(record_.buffer), ElementsAre(3));
+}
+
+TEST_P(overlapped_receive, appends_behind_what_is_unread) {
+    record_.buffer.bytes[0] = std::byte{9};
+    record_.buffer.write_position = 1;
+    send({4});
+    arm();
+    ASSERT_EQ(wait(patience_ns), socket_status::ok);
+    EXPECT_THAT(unread_bytes(record_.buffer), ElementsAre(9, 4));
+    EXPECT_EQ(record_.received, 1U);
+}
+
+TEST_P(overlapped_receive, waits_without_limit_for_0_ns) {
+    arm();
+    scripted_calls calls;
+    calls.before(system_call::ppoll, 1, [this] { send({5}); });
+    ASSERT_EQ(wait(0), socket_status::ok);
+    EXPECT_THAT(calls.poll_limits(), ElementsAre(no_limit));
+}
+
+TEST_P(overlapped_receive, looks_once_for_less_than_a_millisecond) {
+    const captured_log log;
+    arm();
+    const scripted_calls calls;
+    EXPECT_EQ(wait(999'999), socket_status::would_block);
+    EXPECT_EQ(wait(1), socket_status::would_block);
+    EXPECT_EQ(calls.count(system_call::ppoll), 0);
+    EXPECT_EQ(calls.count(system_call::recvfrom), 2);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_P(overlapped_receive, takes_what_a_single_look_finds) {
+    send({6});
+    ASSERT_TRUE(socket_.wait());
+    arm();
+    EXPECT_EQ(wait(999'999), socket_status::ok);
+}
+
+TEST_P(overlapped_receive, looks_once_for_a_time_in_the_past) {
+    arm();
+    EXPECT_EQ(wait(-5'000'000), socket_status::would_block);
+    EXPECT_EQ(wait(std::numeric_limits<std::int64_t>::min()), socket_status::would_block);
+}
+
+TEST_P(overlapped_receive, waits_one_millisecond_for_one_and_a_half) {
+    const captured_log log;
+    arm();
+    const scripted_calls calls;
+    EXPECT_EQ(wait(1'500'000), socket_status::timeout);
+    EXPECT_GE(elapsed_ns_, ns_per_ms);
+    EXPECT_THAT(calls.poll_limits(), Each(AllOf(Ge(0), Le(ns_per_ms))));
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_P(overlapped_receive, clamps_a_time_that_the_clock_cannot_count) {
+    arm();
+    scripted_calls calls;
+    calls.before(system_call::ppoll, 1, [this] { send({7}); });
+    EXPECT_EQ(wait(std::numeric_limits<std::int64_t>::max()), socket_status::ok);
+    EXPECT_THAT(calls.poll_limits(), Each(Ge(1'000'000'000 * ns_per_ms)));
+}
+
+TEST_P(overlapped_receive, keeps_its_deadline_through_signals) {
+    arm();
+    scripted_calls calls;
+    calls.fail(system_call::ppoll, EINTR, 1, 3);
+    EXPECT_EQ(wait(20 * ns_per_ms), socket_status::timeout);
+    EXPECT_GE(elapsed_ns_, 20 * ns_per_ms);
+    EXPECT_GE(calls.count(system_call::ppoll), 4);
+    const auto limits = calls.poll_limits();
+    EXPECT_THAT(limits, Each(Le(20 * ns_per_ms)));
+    EXPECT_TRUE(std::is_sorted(limits.rbegin(), limits.rend())) << "each wait is for the rest alone";
+}
+
+TEST_P(overlapped_receive, runs_its_whole_time_although_an_earlier_datagram_was_refused) {
+    const captured_log log;
+    provoke_refusal(socket_, GetParam());
+    arm();
+    const scripted_calls calls;
+    EXPECT_EQ(wait(30 * ns_per_ms), socket_status::timeout);
+    EXPECT_GE(elapsed_ns_, 30 * ns_per_ms);
+    EXPECT_LE(calls.count(system_call::recvfrom), 10) << "the wait spins";
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_P(overlapped_receive, runs_its_whole_time_although_a_datagram_is_refused_during_the_wait) {
+    const captured_log log;
+    arm();
+    scripted_calls calls;
+    calls.before(system_call::ppoll, 1, [this] { provoke_refusal(socket_, GetParam()); });
+    EXPECT_EQ(wait(30 * ns_per_ms), socket_status::timeout);
+    EXPECT_GE(elapsed_ns_, 30 * ns_per_ms);
+    EXPECT_LE(calls.count(system_call::recvfrom), 10) << "the wait spins";
+    EXPECT_EQ(socket_.state(), 0);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_P(overlapped_receive, takes_the_datagram_that_follows_a_refusal) {
+    arm();
+    scripted_calls calls;
+    calls.before(system_call::recvfrom, 1, [this] {
+        provoke_refusal(socket_, GetParam());
+        send({8});
+    });
+    EXPECT_EQ(wait(patience_ns), socket_status::ok);
+    EXPECT_THAT(unread_bytes(record_.buffer), ElementsAre(8));
+}
+
+TEST_P(overlapped_receive, is_not_refused_by_a_single_look) {
+    arm();
+    scripted_calls calls;
+    calls.before(system_call::recvfrom, 1, [this] { provoke_refusal(socket_, GetParam()); });
+    EXPECT_EQ(wait(1), socket_status::would_block);
+    EXPECT_EQ(socket_.state(), 0);
+}
+
+TEST_P(overlapped_receive, drops_a_datagram_larger_than_the_room) {
+    const captured_log log;
+    send(std::vector<std::uint8_t>(2049, 1));
+    arm();
+    EXPECT_EQ(wait(patience_ns), socket_status::os_error);
+    EXPECT_EQ(record_.buffer.read_len(), 0U);
+    EXPECT_THAT(
+        log.lines(),
+        ElementsAre("WARNING message: unable to get overlapped IO result with code: Message too long"));
+}
+
+TEST_P(overlapped_receive, logs_a_failed_receive) {
+    const captured_log log;
+    arm();
+    scripted_calls calls;
+    calls.fail(system_call::recvfrom, EIO);
+    EXPECT_EQ(wait(patience_ns), socket_status::os_error);
+    EXPECT_THAT(log.lines(), ElementsAre("WARNING message: unable to get overlapped IO result with code: "
+                                         "Input/output error"));
+}
+
+TEST_P(overlapped_receive, logs_a_failed_wait) {
+    const captured_log log;
+    arm();
+    scripted_calls calls;
+    calls.fail(system_call::ppoll, ENOMEM);
+    EXPECT_EQ(wait(patience_ns), socket_status::os_error);
+    EXPECT_THAT(log.lines(), ElementsAre("WARNING message: unable to get overlapped IO result with code: "
+                                         "Cannot allocate memory"));
+}
+
+TEST_P(overlapped_receive, fails_when_the_error_queue_cannot_be_read) {
+    const captured_log log;
+    const std::string line =
+        "WARNING message: unable to get overlapped IO result with code: Input/output error";
+    arm();
+    {
+        scripted_calls calls;
+        calls.before(system_call::recvfrom, 1, [&] { provoke_refusal(socket_, GetParam()); });
+        calls.fail(system_call::recvmsg, EIO);
+        EXPECT_EQ(wait(patience_ns), socket_status::os_error);
+    }
+    {
+        scripted_calls calls;
+        calls.fail(system_call::recvfrom, EAGAIN, 1, 1).before(system_call::recvfrom, 1, [&] {
+            provoke_refusal(socket_, GetParam());
+        });
+        calls.fail(system_call::recvmsg, EIO);
+        EXPECT_EQ(wait(patience_ns), socket_status::os_error);
+    }
+    EXPECT_THAT(log.lines(), ElementsAre(line, line));
+}
+
+TEST_P(overlapped_receive, cannot_be_armed_on_a_closed_socket) {
+    const captured_log log;
+    EXPECT_EQ(recv_packet_overlapped(invalid_socket, record_), socket_status::os_error);
+    EXPECT_THAT(log.lines(),
+                ElementsAre("WARNING message: unable to recv packet with code: Bad file descriptor"));
+}
+
+TEST_P(overlapped_receive, fails_on_a_socket_that_was_closed_meanwhile) {
+    const captured_log log;
+    arm();
+    socket_.close();
+    EXPECT_EQ(wait(patience_ns), socket_status::os_error);
+    EXPECT_THAT(log.lines(), ElementsAre("WARNING message: unable to get overlapped IO result with code: "
+                                         "Bad file descriptor"));
+}
+
+TEST(overlapped_limit, drops_what_is_less_than_a_millisecond) {
+    using socket_shared::wait_limit_of;
+    EXPECT_EQ(wait_limit_of(999'999).milliseconds, 0);
+    EXPECT_EQ(wait_limit_of(1'000'000).milliseconds, 1);
+    EXPECT_EQ(wait_limit_of(1'500'000).milliseconds, 1);
+    EXPECT_EQ(wait_limit_of(1'999'999).milliseconds, 1);
+    EXPECT_EQ(wait_limit_of(-7'000'000).milliseconds, 0);
+    EXPECT_FALSE(wait_limit_of(1).without_end);
+    EXPECT_FALSE(wait_limit_of(-1).without_end);
+    EXPECT_TRUE(wait_limit_of(0).without_end);
+}
+
+} // namespace
+} // namespace orvanta_tests
