@@ -25,52 +25,52 @@ constexpr std::int64_t no_limit = -1;
 
 class overlapped_receive : public loopback_test {
   protected:
-    void arm() { ASSERT_EQ(recv_packet_overlapped(socket_.handle(), record_), socket_status::ok); }
+    void arm() { ASSERT_EQ(recv_packet_overlapped(socket.handle(), record), socket_status::ok); }
     socket_status wait(std::int64_t timeout_ns) {
         const std::int64_t before = platform::steady_now_ns();
-        const socket_status status = get_overlapped_result(socket_.handle(), record_, timeout_ns);
-        elapsed_ns_ = platform::steady_now_ns() - before;
+        const socket_status status = get_overlapped_result(socket.handle(), record, timeout_ns);
+        elapsed_ns = platform::steady_now_ns() - before;
         return status;
     }
-    void send(const std::vector<std::uint8_t>& bytes) { peer_.send_raw(bytes, socket_); }
+    void send(const std::vector<std::uint8_t>& bytes) { peer.send_raw(bytes, socket); }
 
-    loopback_socket socket_{GetParam()};
-    loopback_socket peer_{GetParam()};
-    receive_record record_;
-    std::int64_t elapsed_ns_{0};
+    loopback_socket socket{GetParam()};
+    loopback_socket peer{GetParam()};
+    receive_record record;
+    std::int64_t elapsed_ns{0};
 };
 INSTANTIATE_TEST_SUITE_P(families, overlapped_receive, testing::ValuesIn(loopback_hosts()), family_name);
 
 TEST_P(overlapped_receive, is_armed_with_all_the_room_and_a_blank_record) {
-    record_.buffer.read_position = 10;
-    record_.buffer.write_position = 30;
-    record_.from_length = 5;
-    record_.received = 6;
-    record_.flags = 7;
-    record_.overlapped = {1, 2, 3, &record_};
+    record.buffer.read_position = 10;
+    record.buffer.write_position = 30;
+    record.from_length = 5;
+    record.received = 6;
+    record.flags = 7;
+    record.overlapped = {1, 2, 3, &record};
     arm();
-    EXPECT_EQ(record_.buffer.read_position, 0U);
-    EXPECT_EQ(record_.buffer.write_position, 20U);
-    EXPECT_EQ(record_.wsabuf.length, 2028U);
-    EXPECT_EQ(record_.wsabuf.data, record_.buffer.bytes + 20);
-    EXPECT_EQ(record_.from_length, 128);
-    EXPECT_EQ(record_.received, 0U);
-    EXPECT_EQ(record_.flags, 0U);
-    EXPECT_EQ(record_.overlapped.internal, 0U);
-    EXPECT_EQ(record_.overlapped.internal_high, 0U);
-    EXPECT_EQ(record_.overlapped.offset, 0U);
-    EXPECT_EQ(record_.overlapped.event, nullptr);
+    EXPECT_EQ(record.buffer.read_position, 0U);
+    EXPECT_EQ(record.buffer.write_position, 20U);
+    EXPECT_EQ(record.wsabuf.length, 2028U);
+    EXPECT_EQ(record.wsabuf.data, record.buffer.bytes + 20);
+    EXPECT_EQ(record.from_length, 128);
+    EXPECT_EQ(record.received, 0U);
+    EXPECT_EQ(record.flags, 0U);
+    EXPECT_EQ(record.overlapped.internal, 0U);
+    EXPECT_EQ(record.overlapped.internal_high, 0U);
+    EXPECT_EQ(record.overlapped.offset, 0U);
+    EXPECT_EQ(record.overlapped.event, nullptr);
 }
 
 TEST_P(overlapped_receive, takes_a_datagram_that_waited_before_it_was_armed) {
     send({1, 2});
-    ASSERT_TRUE(socket_.wait());
+    ASSERT_TRUE(socket.wait());
     arm();
-    EXPECT_EQ(record_.buffer.read_len(), 0U);
+    EXPECT_EQ(record.buffer.read_len(), 0U);
     ASSERT_EQ(wait(patience_ns), socket_status::ok);
-    EXPECT_THAT(unread_bytes(record_.buffer), ElementsAre(1, 2));
-    EXPECT_EQ(record_.received, 2U);
-    EXPECT_EQ(stringify_addr({record_.from_length, record_.from}), stringify_socket(peer_.handle()));
+    EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(1, 2));
+    EXPECT_EQ(record.received, 2U);
+    EXPECT_EQ(stringify_addr({record.from_length, record.from}), stringify_socket(peer.handle()));
 }
 
 TEST_P(overlapped_receive, takes_a_datagram_that_comes_during_the_wait) {
@@ -78,17 +78,17 @@ TEST_P(overlapped_receive, takes_a_datagram_that_comes_during_the_wait) {
     scripted_calls calls;
     calls.before(system_call::ppoll, 1, [this] { send({3}); });
     ASSERT_EQ(wait(patience_ns), socket_status::ok);
-    EXPECT_THAT(unread_bytes(record_.buffer), ElementsAre(3));
+    EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(3));
 }
 
 TEST_P(overlapped_receive, appends_behind_what_is_unread) {
-    record_.buffer.bytes[0] = std::byte{9};
-    record_.buffer.write_position = 1;
+    record.buffer.bytes[0] = std::byte{9};
+    record.buffer.write_position = 1;
     send({4});
     arm();
     ASSERT_EQ(wait(patience_ns), socket_status::ok);
-    EXPECT_THAT(unread_bytes(record_.buffer), ElementsAre(9, 4));
-    EXPECT_EQ(record_.received, 1U);
+    EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(9, 4));
+    EXPECT_EQ(record.received, 1U);
 }
 
 TEST_P(overlapped_receive, waits_without_limit_for_0_ns) {
@@ -112,7 +112,7 @@ TEST_P(overlapped_receive, looks_once_for_less_than_a_millisecond) {
 
 TEST_P(overlapped_receive, takes_what_a_single_look_finds) {
     send({6});
-    ASSERT_TRUE(socket_.wait());
+    ASSERT_TRUE(socket.wait());
     arm();
     EXPECT_EQ(wait(999'999), socket_status::ok);
 }
@@ -128,7 +128,7 @@ TEST_P(overlapped_receive, waits_one_millisecond_for_one_and_a_half) {
     arm();
     const scripted_calls calls;
     EXPECT_EQ(wait(1'500'000), socket_status::timeout);
-    EXPECT_GE(elapsed_ns_, ns_per_ms);
+    EXPECT_GE(elapsed_ns, ns_per_ms);
     EXPECT_THAT(calls.poll_limits(), Each(AllOf(Ge(0), Le(ns_per_ms))));
     EXPECT_THAT(log.lines(), IsEmpty());
 }
@@ -146,7 +146,7 @@ TEST_P(overlapped_receive, keeps_its_deadline_through_signals) {
     scripted_calls calls;
     calls.fail(system_call::ppoll, EINTR, 1, 3);
     EXPECT_EQ(wait(20 * ns_per_ms), socket_status::timeout);
-    EXPECT_GE(elapsed_ns_, 20 * ns_per_ms);
+    EXPECT_GE(elapsed_ns, 20 * ns_per_ms);
     EXPECT_GE(calls.count(system_call::ppoll), 4);
     const auto limits = calls.poll_limits();
     EXPECT_THAT(limits, Each(Le(20 * ns_per_ms)));
@@ -155,11 +155,11 @@ TEST_P(overlapped_receive, keeps_its_deadline_through_signals) {
 
 TEST_P(overlapped_receive, runs_its_whole_time_although_an_earlier_datagram_was_refused) {
     const captured_log log;
-    provoke_refusal(socket_, GetParam());
+    provoke_refusal(socket, GetParam());
     arm();
     const scripted_calls calls;
     EXPECT_EQ(wait(30 * ns_per_ms), socket_status::timeout);
-    EXPECT_GE(elapsed_ns_, 30 * ns_per_ms);
+    EXPECT_GE(elapsed_ns, 30 * ns_per_ms);
     EXPECT_LE(calls.count(system_call::recvfrom), 10) << "the wait spins";
     EXPECT_THAT(log.lines(), IsEmpty());
 }
@@ -168,11 +168,11 @@ TEST_P(overlapped_receive, runs_its_whole_time_although_a_datagram_is_refused_du
     const captured_log log;
     arm();
     scripted_calls calls;
-    calls.before(system_call::ppoll, 1, [this] { provoke_refusal(socket_, GetParam()); });
+    calls.before(system_call::ppoll, 1, [this] { provoke_refusal(socket, GetParam()); });
     EXPECT_EQ(wait(30 * ns_per_ms), socket_status::timeout);
-    EXPECT_GE(elapsed_ns_, 30 * ns_per_ms);
+    EXPECT_GE(elapsed_ns, 30 * ns_per_ms);
     EXPECT_LE(calls.count(system_call::recvfrom), 10) << "the wait spins";
-    EXPECT_EQ(socket_.state(), 0);
+    EXPECT_EQ(socket.state(), 0);
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
@@ -180,19 +180,19 @@ TEST_P(overlapped_receive, takes_the_datagram_that_follows_a_refusal) {
     arm();
     scripted_calls calls;
     calls.before(system_call::recvfrom, 1, [this] {
-        provoke_refusal(socket_, GetParam());
+        provoke_refusal(socket, GetParam());
         send({8});
     });
     EXPECT_EQ(wait(patience_ns), socket_status::ok);
-    EXPECT_THAT(unread_bytes(record_.buffer), ElementsAre(8));
+    EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(8));
 }
 
 TEST_P(overlapped_receive, is_not_refused_by_a_single_look) {
     arm();
     scripted_calls calls;
-    calls.before(system_call::recvfrom, 1, [this] { provoke_refusal(socket_, GetParam()); });
+    calls.before(system_call::recvfrom, 1, [this] { provoke_refusal(socket, GetParam()); });
     EXPECT_EQ(wait(1), socket_status::would_block);
-    EXPECT_EQ(socket_.state(), 0);
+    EXPECT_EQ(socket.state(), 0);
 }
 
 TEST_P(overlapped_receive, drops_a_datagram_larger_than_the_room) {
@@ -200,7 +200,7 @@ TEST_P(overlapped_receive, drops_a_datagram_larger_than_the_room) {
     send(std::vector<std::uint8_t>(2049, 1));
     arm();
     EXPECT_EQ(wait(patience_ns), socket_status::os_error);
-    EXPECT_EQ(record_.buffer.read_len(), 0U);
+    EXPECT_EQ(record.buffer.read_len(), 0U);
     EXPECT_THAT(
         log.lines(),
         ElementsAre("WARNING message: unable to get overlapped IO result with code: Message too long"));
@@ -233,14 +233,14 @@ TEST_P(overlapped_receive, fails_when_the_error_queue_cannot_be_read) {
     arm();
     {
         scripted_calls calls;
-        calls.before(system_call::recvfrom, 1, [&] { provoke_refusal(socket_, GetParam()); });
+        calls.before(system_call::recvfrom, 1, [&] { provoke_refusal(socket, GetParam()); });
         calls.fail(system_call::recvmsg, EIO);
         EXPECT_EQ(wait(patience_ns), socket_status::os_error);
     }
     {
         scripted_calls calls;
         calls.fail(system_call::recvfrom, EAGAIN, 1, 1).before(system_call::recvfrom, 1, [&] {
-            provoke_refusal(socket_, GetParam());
+            provoke_refusal(socket, GetParam());
         });
         calls.fail(system_call::recvmsg, EIO);
         EXPECT_EQ(wait(patience_ns), socket_status::os_error);
@@ -250,7 +250,7 @@ TEST_P(overlapped_receive, fails_when_the_error_queue_cannot_be_read) {
 
 TEST_P(overlapped_receive, cannot_be_armed_on_a_closed_socket) {
     const captured_log log;
-    EXPECT_EQ(recv_packet_overlapped(invalid_socket, record_), socket_status::os_error);
+    EXPECT_EQ(recv_packet_overlapped(invalid_socket, record), socket_status::os_error);
     EXPECT_THAT(log.lines(),
                 ElementsAre("WARNING message: unable to recv packet with code: Bad file descriptor"));
 }
@@ -258,7 +258,7 @@ TEST_P(overlapped_receive, cannot_be_armed_on_a_closed_socket) {
 TEST_P(overlapped_receive, fails_on_a_socket_that_was_closed_meanwhile) {
     const captured_log log;
     arm();
-    socket_.close();
+    socket.close();
     EXPECT_EQ(wait(patience_ns), socket_status::os_error);
     EXPECT_THAT(log.lines(), ElementsAre("WARNING message: unable to get overlapped IO result with code: "
                                          "Bad file descriptor"));

@@ -83,83 +83,83 @@ TEST_P(socket_send, takes_any_error_that_the_queue_holds_for_an_earlier_datagram
 // One socket, one receiver, and a datagram between them whose sending is made to fail.
 class socket_send_failure : public testing::Test {
   protected:
-    socket_status send() { return send_packet(sender_.handle(), packet_, receiver_.address()); }
+    socket_status send() { return send_packet(sender.handle(), packet, receiver.address()); }
 
-    loopback_socket sender_{"127.0.0.1"};
-    loopback_socket receiver_{"127.0.0.1"};
-    byte_buffer packet_{buffer_of({1, 2, 3})};
-    captured_log log_;
-    scripted_calls calls_;
+    loopback_socket sender{"127.0.0.1"};
+    loopback_socket receiver{"127.0.0.1"};
+    byte_buffer packet{buffer_of({1, 2, 3})};
+    captured_log log;
+    scripted_calls calls;
 };
 
 TEST_F(socket_send_failure, without_room_is_would_block_and_consumes_nothing) {
-    calls_.fail(system_call::sendto, EAGAIN);
+    calls.fail(system_call::sendto, EAGAIN);
     EXPECT_EQ(send(), socket_status::would_block);
-    EXPECT_EQ(packet_.read_len(), 3U);
-    EXPECT_THAT(log_.lines(), IsEmpty());
+    EXPECT_EQ(packet.read_len(), 3U);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(socket_send_failure, for_a_refused_family_is_unavailable) {
-    calls_.fail(system_call::sendto, EAFNOSUPPORT);
+    calls.fail(system_call::sendto, EAFNOSUPPORT);
     EXPECT_EQ(send(), socket_status::unavailable);
-    EXPECT_EQ(packet_.read_len(), 3U);
-    EXPECT_THAT(log_.lines(), IsEmpty());
+    EXPECT_EQ(packet.read_len(), 3U);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(socket_send_failure, for_a_refused_address_is_unavailable) {
-    calls_.fail(system_call::sendto, EADDRINUSE);
+    calls.fail(system_call::sendto, EADDRINUSE);
     EXPECT_EQ(send(), socket_status::unavailable);
-    EXPECT_EQ(packet_.read_len(), 3U);
-    EXPECT_THAT(log_.lines(), IsEmpty());
+    EXPECT_EQ(packet.read_len(), 3U);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(socket_send_failure, to_the_other_family_is_unavailable) {
     const auto other = resolve_address("::1", "54320");
     ASSERT_EQ(other.status, socket_status::ok);
-    EXPECT_EQ(send_packet(sender_.handle(), packet_, other.address), socket_status::unavailable);
-    EXPECT_THAT(log_.lines(), IsEmpty());
+    EXPECT_EQ(send_packet(sender.handle(), packet, other.address), socket_status::unavailable);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(socket_send_failure, of_any_other_kind_is_logged_once) {
-    calls_.fail(system_call::sendto, ENOBUFS);
+    calls.fail(system_call::sendto, ENOBUFS);
     EXPECT_EQ(send(), socket_status::os_error);
-    EXPECT_EQ(packet_.read_len(), 3U);
-    EXPECT_THAT(log_.lines(), ElementsAre("WARNING message: unable to send packet with code: "
-                                          "No buffer space available"));
-    EXPECT_EQ(calls_.count(system_call::sendto), 1);
-    EXPECT_THAT(log_.entries().front().path, testing::EndsWith("/socket_posix.cpp"));
+    EXPECT_EQ(packet.read_len(), 3U);
+    EXPECT_THAT(log.lines(), ElementsAre("WARNING message: unable to send packet with code: "
+                                         "No buffer space available"));
+    EXPECT_EQ(calls.count(system_call::sendto), 1);
+    EXPECT_THAT(log.entries().front().path, testing::EndsWith("/socket_posix.cpp"));
 }
 
 TEST_F(socket_send_failure, with_a_number_unknown_to_the_system_is_logged_as_unknown) {
-    calls_.fail(system_call::sendto, 4095);
+    calls.fail(system_call::sendto, 4095);
     EXPECT_EQ(send(), socket_status::os_error);
-    EXPECT_THAT(log_.lines(), ElementsAre("WARNING message: unable to send packet with code: unknown"));
+    EXPECT_THAT(log.lines(), ElementsAre("WARNING message: unable to send packet with code: unknown"));
 }
 
 TEST_F(socket_send_failure, by_a_signal_is_tried_again) {
-    calls_.fail(system_call::sendto, EINTR, 1, 2);
+    calls.fail(system_call::sendto, EINTR, 1, 2);
     EXPECT_EQ(send(), socket_status::ok);
-    EXPECT_EQ(calls_.count(system_call::sendto), 3);
-    EXPECT_TRUE(receiver_.wait());
+    EXPECT_EQ(calls.count(system_call::sendto), 3);
+    EXPECT_TRUE(receiver.wait());
 }
 
 TEST_F(socket_send_failure, that_never_ends_is_given_up) {
-    calls_.fail(system_call::sendto, ECONNREFUSED, 1, scripted_calls::always);
+    calls.fail(system_call::sendto, ECONNREFUSED, 1, scripted_calls::always);
     EXPECT_EQ(send(), socket_status::os_error);
-    EXPECT_EQ(calls_.count(system_call::sendto), 8);
-    EXPECT_THAT(log_.lines(),
+    EXPECT_EQ(calls.count(system_call::sendto), 8);
+    EXPECT_THAT(log.lines(),
                 ElementsAre("WARNING message: unable to send packet with code: Connection refused"));
 }
 
 TEST_F(socket_send_failure, is_tried_again_although_the_error_queue_cannot_be_read) {
-    calls_.fail(system_call::sendto, ECONNREFUSED).fail(system_call::recvmsg, EIO);
+    calls.fail(system_call::sendto, ECONNREFUSED).fail(system_call::recvmsg, EIO);
     EXPECT_EQ(send(), socket_status::ok);
-    EXPECT_TRUE(receiver_.wait());
+    EXPECT_TRUE(receiver.wait());
 }
 
 TEST_F(socket_send_failure, of_a_closed_socket_is_logged) {
-    EXPECT_EQ(send_packet(invalid_socket, packet_, receiver_.address()), socket_status::os_error);
-    EXPECT_THAT(log_.lines(),
+    EXPECT_EQ(send_packet(invalid_socket, packet, receiver.address()), socket_status::os_error);
+    EXPECT_THAT(log.lines(),
                 ElementsAre("WARNING message: unable to send packet with code: Bad file descriptor"));
 }
 

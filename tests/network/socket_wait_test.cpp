@@ -17,19 +17,19 @@ using testing::IsEmpty;
 class wait_for_several : public loopback_test {
   protected:
     bool wait(std::int64_t timeout_ns) {
-        const socket_handle sockets[] = {first_.handle(), invalid_socket, second_.handle()};
+        const socket_handle sockets[] = {first.handle(), invalid_socket, second.handle()};
         return wait_for_packets(sockets, platform::steady_now_ns() + timeout_ns);
     }
 
-    loopback_socket first_{GetParam()};
-    loopback_socket second_{GetParam()};
-    loopback_socket peer_{GetParam()};
+    loopback_socket first{GetParam()};
+    loopback_socket second{GetParam()};
+    loopback_socket peer{GetParam()};
 };
 INSTANTIATE_TEST_SUITE_P(families, wait_for_several, testing::ValuesIn(loopback_hosts()), family_name);
 
 TEST_P(wait_for_several, ends_with_a_datagram_on_any_of_them) {
-    for (const loopback_socket* receiver : {&first_, &second_}) {
-        peer_.send_raw({1}, *receiver);
+    for (const loopback_socket* receiver : {&first, &second}) {
+        peer.send_raw({1}, *receiver);
         EXPECT_TRUE(wait(patience_ns));
         receive_record record;
         EXPECT_EQ(recv_packet(receiver->handle(), record), socket_status::ok);
@@ -38,22 +38,22 @@ TEST_P(wait_for_several, ends_with_a_datagram_on_any_of_them) {
 
 TEST_P(wait_for_several, ends_with_a_datagram_that_comes_later) {
     scripted_calls calls;
-    calls.before(system_call::ppoll, 1, [this] { peer_.send_raw({1}, second_); });
+    calls.before(system_call::ppoll, 1, [this] { peer.send_raw({1}, second); });
     EXPECT_TRUE(wait(patience_ns));
 }
 
 TEST_P(wait_for_several, ends_with_a_refusal_that_recv_packet_then_reports) {
-    provoke_refusal(first_, GetParam());
+    provoke_refusal(first, GetParam());
     EXPECT_TRUE(wait(patience_ns));
     receive_record record;
-    EXPECT_EQ(recv_packet(first_.handle(), record), socket_status::connection_reset);
+    EXPECT_EQ(recv_packet(first.handle(), record), socket_status::connection_reset);
     EXPECT_FALSE(wait(0));
 }
 
 TEST_P(wait_for_several, does_not_end_again_for_a_refusal_that_a_send_has_met) {
-    provoke_refusal(first_, GetParam());
+    provoke_refusal(first, GetParam());
     auto packet = buffer_of({1});
-    ASSERT_EQ(send_packet(first_.handle(), packet, peer_.address()), socket_status::ok);
+    ASSERT_EQ(send_packet(first.handle(), packet, peer.address()), socket_status::ok);
     EXPECT_FALSE(wait(0));
 }
 
@@ -66,16 +66,16 @@ TEST_P(wait_for_several, ends_at_its_deadline) {
 TEST_P(wait_for_several, looks_once_when_its_deadline_has_passed) {
     const scripted_calls calls;
     EXPECT_FALSE(wait(-ns_per_ms));
-    peer_.send_raw({1}, first_);
-    ASSERT_TRUE(first_.wait());
+    peer.send_raw({1}, first);
+    ASSERT_TRUE(first.wait());
     EXPECT_TRUE(wait(-ns_per_ms));
     EXPECT_EQ(calls.poll_limits().front(), 0);
     EXPECT_EQ(calls.poll_limits().back(), 0);
 }
 
 TEST_P(wait_for_several, bears_a_deadline_at_the_end_of_time) {
-    peer_.send_raw({1}, first_);
-    const socket_handle sockets[] = {first_.handle()};
+    peer.send_raw({1}, first);
+    const socket_handle sockets[] = {first.handle()};
     EXPECT_TRUE(wait_for_packets(sockets, std::numeric_limits<std::int64_t>::max()));
     EXPECT_TRUE(wait_for_packets(sockets, std::numeric_limits<std::int64_t>::min()));
 }
