@@ -1,0 +1,149 @@
+// The texts of the client's error codes, and the exception that carries them.
+#include "vantu/orvanta/client.hpp"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <map>
+#include <string>
+#include <type_traits>
+
+namespace {
+
+using vantu::orvanta::check_result;
+using vantu::orvanta::error_code;
+using vantu::orvanta::error_message;
+using vantu::orvanta::exception;
+
+// Every code that has a text of its own.
+const std::map<std::int32_t, std::string>& texts() {
+    static const std::map<std::int32_t, std::string> table{
+        {0, "nil"},
+        {1, "an unexpected error occurred"},
+        {2, "an invalid argument was provided"},
+        {3, "invalid connection state"},
+        {4, "operation timed out"},
+        {5, "unable to bind the client socket"},
+        {6, "unable to parse the service protocol"},
+        {7, "no device matches given type or id"},
+        {8, "disconnected from the service"},
+        {9, "an internal buffer is either full or empty"},
+        {10, "an internal request queue is empty"},
+        {11, "an internal request queue is full"},
+        {160, "invalid version"},
+        {161, "invalid operation"},
+        {162, "invalid body"},
+        {163, "invalid argument"},
+        {176, "client is not connected"},
+        {177, "device was not opened"},
+        {178, "another client is already connected"},
+        {192, "invalid device identifier"},
+        {193, "invalid device type"},
+        {194, "service does not support device model"},
+        {195, "service cannot parse the device pointer"},
+        {208, "communication error with device"},
+        {209, "client id (cid) doesn't exist"},
+        {254, "Socket error from the operating system"},
+    };
+    return table;
+}
+
+TEST(error_message, gives_every_code_from_minus_300_to_1100_its_text_or_unknown) {
+    for (std::int32_t code = -300; code <= 1100; ++code) {
+        const auto known = texts().find(code);
+        EXPECT_STREQ(error_message(code), known == texts().end() ? "unknown" : known->second.c_str()) << code;
+    }
+}
+
+TEST(error_message, calls_the_extreme_codes_unknown) {
+    EXPECT_STREQ(error_message(std::numeric_limits<std::int32_t>::min()), "unknown");
+    EXPECT_STREQ(error_message(std::numeric_limits<std::int32_t>::max()), "unknown");
+}
+
+TEST(error_message, forwards_the_small_codes_to_the_service_texts_but_not_their_status_bytes) {
+    EXPECT_STREQ(error_message(9), "an internal buffer is either full or empty");
+    EXPECT_STREQ(error_message(179), "unknown");
+    EXPECT_STREQ(error_message(180), "unknown");
+    EXPECT_STREQ(error_message(181), "unknown");
+}
+
+TEST(error_message, is_the_same_text_through_the_flat_api) {
+    for (std::int32_t code = -2; code <= 300; ++code) {
+        EXPECT_EQ(vantu_orvanta_error_message(code), error_message(code)) << code;
+    }
+}
+
+TEST(error_message, is_the_same_constant_each_time) {
+    EXPECT_EQ(error_message(4), error_message(4));
+}
+
+TEST(error_code, names_the_codes_of_the_flat_api) {
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::success), 0);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::unexpected_error), 1);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::invalid_argument), 2);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::invalid_connection_state), 3);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::timed_out), 4);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::socket_bind_failed), 5);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::protocol_parse_failed), 6);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::no_matching_device), 7);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::disconnected_from_service), 8);
+    EXPECT_EQ(static_cast<std::int32_t>(error_code::os_socket_error), 254);
+    static_assert(std::is_same_v<std::underlying_type_t<error_code>, std::int32_t>);
+}
+
+TEST(exception, says_the_text_of_its_code) {
+    const exception failure(8);
+    EXPECT_STREQ(failure.what(), "disconnected from the service");
+    EXPECT_EQ(failure.code(), 8U);
+}
+
+TEST(exception, says_its_label_ahead_of_the_text) {
+    const exception failure(7, "client.device_open");
+    EXPECT_STREQ(failure.what(), "client.device_open: no device matches given type or id");
+    EXPECT_EQ(failure.code(), 7U);
+}
+
+TEST(exception, keeps_the_separator_of_an_empty_label) {
+    EXPECT_STREQ(exception(4, "").what(), ": operation timed out");
+}
+
+TEST(exception, copies_code_and_text) {
+    auto* original = new exception(4, "client.connect");
+    const exception copy(*original);
+    delete original;
+    EXPECT_STREQ(copy.what(), "client.connect: operation timed out");
+    EXPECT_EQ(copy.code(), 4U);
+}
+
+TEST(exception, assigns_code_and_text) {
+    exception target(1);
+    target = exception(5, "client.connect");
+    EXPECT_STREQ(target.what(), "client.connect: unable to bind the client socket");
+    EXPECT_EQ(target.code(), 5U);
+}
+
+TEST(exception, calls_a_code_past_the_signed_range_unknown) {
+    const exception failure(0xFFFFFFFFU);
+    EXPECT_STREQ(failure.what(), "unknown");
+    EXPECT_EQ(failure.code(), 0xFFFFFFFFU);
+}
+
+TEST(check_result, throws_nothing_for_success) {
+    EXPECT_NO_THROW(check_result(0, "client.connect"));
+}
+
+TEST(check_result, throws_an_exception_that_a_handler_for_the_standard_one_catches) {
+    try {
+        check_result(178, "client.connect");
+        FAIL() << "nothing was thrown";
+    } catch (const std::exception& failure) {
+        EXPECT_STREQ(failure.what(), "client.connect: another client is already connected");
+        ASSERT_NE(dynamic_cast<const exception*>(&failure), nullptr);
+        EXPECT_EQ(dynamic_cast<const exception&>(failure).code(), 178U);
+    }
+}
+
+TEST(check_result, throws_for_a_negative_code_too) {
+    EXPECT_THROW(check_result(-1, "x"), exception);
+}
+
+} // namespace

@@ -1,0 +1,162 @@
+// Connecting: the request on the wire, the acceptance, and what may stand around it.
+#include "support/log_capture.hpp"
+#include "support/service_session.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace orvanta_tests;
+using testing::ElementsAre;
+
+class handshake : public testing::Test {
+  protected:
+    handshake() { vantu_orvanta_init(); }
+    ~handshake() override {
+        std::uint32_t id = 0;
+        std::size_t count = 0;
+        if (vantu_orvanta_device_ids(context_, &id, &count) != 3) {
+            service_.expect(goodbye()).answer(goodbye_received());
+        }
+        vantu_orvanta_disconnect(context_);
+    }
+
+    void connect() {
+        ASSERT_EQ(connect_to(service_, context_), 0);
+        service_.await_script();
+    }
+
+    scripted_service service_;
+    vantu_orvanta_context* context_{vantu_orvanta_context_create()};
+};
+
+TEST_F(handshake, sends_one_request_of_123_bytes) {
+    const auto process = static_cast<std::uint32_t>(getpid());
+    service_
+        .expect(join({{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00},             // header
+                      {0xFF, 0x03, 0x70, 0x00, 0x00},                   // operation 3, 112 bytes, tag 0
+                      {0x34, 0x12},                                     // value a
+                      {0x78, 0x56},                                     // value b
+                      {0xEF, 0xCD, 0xAB, 0x89, 0x67, 0x45, 0x23, 0x01}, // keep-alive time
+                      {static_cast<std::uint8_t>(process), static_cast<std::uint8_t>(process >> 8),
+                       static_cast<std::uint8_t>(process >> 16), static_cast<std::uint8_t>(process >> 24)},
+                      {'D', 'e', 'v', 'i', 'c', 'e', ' ', 'C', 'o', 'n', 'f', 'i', 'g'},
+                      filled(19, 0),
+                      {'2', '.', '0', '.', '0', '|', '2', '.', '0', '.', '0'},
+                      filled(53, 0)}))
+        .answer(acceptance());
+    EXPECT_EQ(vantu_orvanta_connect_ports(context_, "0", service_.port().c_str(), "Device Config", 0x1234,
+                                          0x5678, 0x0123456789ABCDEF, patient_timeout_ns),
+              0);
+    service_.await_script();
+    EXPECT_EQ(service_.last_datagram().size(), 123U);
+}
+
+TEST_F(handshake, takes_a_name_of_31_characters_and_an_empty_one) {
+    for (const std::string& name : {std::string(31, 'n'), std::string()}) {
+        service_
+            .expect(join({{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0x03, 0x70, 0x00, 0x00},
+                          filled(12, 0),
+                          u32(static_cast<std::uint32_t>(getpid())),
+                          text_field(name, 32),
+                          text_field("2.0.0|2.0.0", 64)}))
+            .answer(datagram({op(240, 0, {0, 0, 0, 0, 178})}));
+        EXPECT_EQ(vantu_orvanta_connect_ports(context_, "0", service_.port().c_str(), name.c_str(), 0, 0, 0,
+                                              patient_timeout_ns),
+                  178);
+    }
+}
+
+TEST_F(handshake, connects_from_the_local_port_that_was_asked_for) {
+    std::string port;
+    {
+        const scripted_service finds_a_free_port;
+        port = finds_a_free_port.port();
+    }
+    service_.expect(connect_request()).answer(acceptance());
+    ASSERT_EQ(vantu_orvanta_connect_ports(context_, port.c_str(), service_.port().c_str(), "test client", 0,
+                                          0, keep_alive_ns, patient_timeout_ns),
+              0);
+    const std::string sender = service_.last_sender();
+    EXPECT_EQ(sender.substr(sender.rfind(':') + 1), port);
+}
+
+TEST_F(handshake, logs_one_whole_line_with_ids_and_addresses) {
+    log_capture log;
+    service_.expect(connect_request()).answer(acceptance());
+    connect();
+    const auto lines = log.take();
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].level, info_level);
+    EXPECT_EQ(lines[0].message, "Connected: cid[1234605616436508552], pid:[" + std::to_string(getpid()) +
+                                    "], client addr:[" + service_.last_sender() +
+                                    "] -> service addr:" + service_.address_text());
+}
+
+TEST_F(handshake, takes_device_notices_ahead_of_the_acceptance_into_the_device_table) {
+    service_.expect(connect_request())
+        .answer(
+            datagram({device_listed(5, 1), op(23, 0, join({u32(5), counting(0x30, 8), {2}})),
+                      device_listed(6, 2), op(24, 0, join({u32(6), counting(0x40, 8)})), op(4, 0, u64(1))}));
+    connect();
+    vantu_orvanta_device device{};
+    ASSERT_EQ(vantu_orvanta_device_info(context_, 5, &device), 0);
+    EXPECT_EQ(
+        hex(bytes_of(device)),
+        hex(join({u64(1), {1, 7, 0xEF, 0xBE}, counting(0x60, 16), counting(0x30, 8), {2}, filled(41, 0)})));
+    ASSERT_EQ(vantu_orvanta_device_info(context_, 6, &device), 0);
+    EXPECT_EQ(hex(bytes_of(device)),
+              hex(join({u64(1), {2, 7, 0xEF, 0xBE}, counting(0x60, 16), counting(0x40, 8), filled(42, 0)})));
+    EXPECT_EQ(poll_once(context_).event.event_type, 0U) << "a notice of the handshake is no event";
+}
+
+TEST_F(handshake, leaves_what_follows_the_acceptance_to_the_polls) {
+    service_.expect(connect_request())
+        .answer(datagram({op(4, 0, u64(1)), device_listed(5, 1), op(81, 3, join({u32(5), {9}}))}));
+    connect();
+    const polled listed = poll_once(context_);
+    EXPECT_EQ(listed.code, 0);
+    EXPECT_EQ(hex(bytes_of(listed.event)),
+              hex(join({u32(16), u32(5), {0}, {1, 7, 0xEF, 0xBE}, counting(0x60, 16), filled(281, 0)})));
+    const polled power = poll_once(context_);
+    EXPECT_EQ(power.code, 0);
+    EXPECT_EQ(hex(bytes_of(power.event)), hex(join({u32(81), u32(5), {3, 9}, filled(300, 0)})));
+    const polled nothing = poll_once(context_);
+    EXPECT_EQ(nothing.code, 0);
+    EXPECT_EQ(nothing.event.event_type, 0U);
+}
+
+TEST_F(handshake, ignores_the_reserved_field_the_lengths_and_the_tag_of_the_reply) {
+    service_.expect(connect_request())
+        .answer(join({{0xE9, 0x9E, 0x01, 0x00, 0xAB, 0xCD}, op_of_length(4, 200, 0, u64(1))}));
+    connect();
+}
+
+TEST_F(handshake, waits_without_limit_for_a_time_out_of_zero) {
+    service_.expect(connect_request()).answer(acceptance());
+    EXPECT_EQ(vantu_orvanta_connect_ports(context_, "0", service_.port().c_str(), "test client", 0, 0,
+                                          keep_alive_ns, 0),
+              0);
+}
+
+TEST_F(handshake, refuses_a_second_connect_and_sends_nothing_for_it) {
+    service_.expect(connect_request()).answer(acceptance());
+    connect();
+    EXPECT_EQ(connect_to(service_, context_), 3);
+    EXPECT_EQ(vantu_orvanta_connect(context_, "test client", 0, 0, keep_alive_ns, 1'000'000), 3);
+}
+
+TEST_F(handshake, works_again_after_the_service_said_goodbye) {
+    service_.expect(connect_request()).answer(acceptance());
+    connect();
+    service_.push(goodbye_received());
+    EXPECT_EQ(poll_until_something(context_).event.event_type, 2U);
+    service_.expect(connect_request()).answer(acceptance());
+    connect();
+    service_.push(datagram({op(81, 0, join({u32(5), {9}}))}));
+    EXPECT_EQ(poll_until_something(context_).event.event_type, 81U);
+}
+
+} // namespace

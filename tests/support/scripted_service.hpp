@@ -1,0 +1,99 @@
+// A device service inside the test program: it expects the datagrams of its script, one after the other, and
+// answers as the script says. Sockets of its own; nothing of the code under test.
+#pragma once
+
+#include "support/bytes.hpp"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <sys/socket.h>
+#include <thread>
+#include <vector>
+
+namespace orvanta_tests {
+
+// The first address of localhost, with a port in decimal ("0": any).
+struct local_address {
+    sockaddr_storage storage{};
+    socklen_t length{0};
+};
+[[nodiscard]] local_address localhost_address(const std::string& port);
+
+// "127.0.0.1:54321" or "[::1]:54321".
+[[nodiscard]] std::string text_of_address(const sockaddr_storage& address);
+
+// Listens on the first address of localhost, on a port of its own. Every datagram must be the next one of the
+// script and come from the client that connected last; anything else, and a script that is not played to its
+// end, fails the test. Keep-alives outside the script are only counted: when they come depends on the
+// machine.
+class scripted_service {
+  public:
+    using responder = std::function<std::vector<bytes>(const bytes& request)>;
+
+    explicit scripted_service(const std::string& port = "0");
+    ~scripted_service();
+    scripted_service(const scripted_service&) = delete;
+    scripted_service& operator=(const scripted_service&) = delete;
+
+    [[nodiscard]] const std::string& port() const { return port_; }
+    [[nodiscard]] const std::string& address_text() const { return address_text_; }
+
+    // The next datagram to come. With any_tag, its request tag (byte 10) may be anything.
+    scripted_service& expect(bytes datagram);
+    scripted_service& expect_any_tag(bytes datagram);
+    // Sent when the expectation made last is met, in order.
+    scripted_service& answer(bytes datagram);
+    // What is not in the script goes to the responder instead of failing the test.
+    void respond_with(responder answers);
+
+    // Waits until the script is played to its end; fails the test when that takes too long.
+    void await_script();
+    // Sends a datagram to the client now.
+    void push(const bytes& datagram);
+    // Goes away without a word: the port is closed.
+    void close();
+    [[nodiscard]] bool closed() const;
+
+    // The datagram that came last, and its sender as text.
+    [[nodiscard]] bytes last_datagram() const;
+    [[nodiscard]] std::string last_sender() const;
+    // When each keep-alive outside the script came.
+    [[nodiscard]] std::vector<std::chrono::steady_clock::time_point> keep_alives() const;
+
+  private:
+    struct step {
+        bytes expected;
+        bool any_tag{false};
+        std::vector<bytes> answers;
+    };
+
+    void serve();
+    void receive_one();
+    [[nodiscard]] std::vector<bytes> take(const bytes& datagram, const sockaddr_storage& from,
+                                          socklen_t length);
+
+    int socket_{-1};
+    int wake_[2]{-1, -1};
+    std::string port_;
+    std::string address_text_;
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<step> script_;
+    responder responder_;
+    std::optional<local_address> client_;
+    bytes last_datagram_;
+    std::string last_sender_;
+    std::vector<std::chrono::steady_clock::time_point> keep_alives_;
+
+    std::thread thread_;
+};
+
+} // namespace orvanta_tests
