@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <regex>
 #include <utility>
 
 namespace orvanta_test {
@@ -52,6 +54,11 @@ std::vector<std::string> log_messages(std::string_view text) {
     return messages;
 }
 
+std::string without_orientation(const std::string& text) {
+    static const std::regex number("   ([rxyz]) = [ -]*[0-9]+\\.[0-9]{4}");
+    return std::regex_replace(text, number, "   $1 = ");
+}
+
 std::string on_a_terminal(std::string_view text) {
     std::string shown;
     for (const char character : text) {
@@ -68,13 +75,29 @@ tool_process::tool_process(attachment kind)
 
 void tool_process::exchange(std::string_view input, const std::string& expected) {
     program.type(input);
-    const std::string wanted = at_terminal_ ? on_a_terminal(std::string(input) + expected) : expected;
+    const std::string wanted = shown(input, expected);
     const std::string read = program.read_until(
         [&](const std::string& printed) { return without_log_lines(printed).size() >= wanted.size(); });
     for (std::string& message : log_messages(read)) {
         logged_.push_back(std::move(message));
     }
     EXPECT_EQ(wanted, without_log_lines(read));
+}
+
+void tool_process::exchange_until(std::string_view input, const std::string& expected) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    const std::string wanted = without_orientation(shown(input, expected));
+    const std::string prompt = expected.substr(expected.rfind('\n') + 1);
+    std::string answer;
+    do {
+        program.type(input);
+        answer = without_orientation(program.read_until(prompt));
+    } while (answer != wanted && std::chrono::steady_clock::now() < deadline);
+    EXPECT_EQ(wanted, answer);
+}
+
+std::string tool_process::shown(std::string_view input, const std::string& expected) const {
+    return at_terminal_ ? on_a_terminal(std::string(input) + expected) : expected;
 }
 
 void tool_process::expect_end(const ending& expected, const std::string& last_words) {

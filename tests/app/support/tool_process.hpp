@@ -21,6 +21,9 @@ inline constexpr ending succeeded{0, 0};
 // The messages of the log lines in a text.
 [[nodiscard]] std::vector<std::string> log_messages(std::string_view text);
 
+// A text with the numbers of an orientation left out.
+[[nodiscard]] std::string without_orientation(const std::string& text);
+
 // A text as a terminal in its usual mode shows it.
 [[nodiscard]] std::string on_a_terminal(std::string_view text);
 
@@ -32,6 +35,10 @@ class tool_process {
     // echo comes first.
     void exchange(std::string_view input, const std::string& expected);
 
+    // Types the input over and over until the answer is the expected one; numbers that differ from
+    // run to run are left out of both.
+    void exchange_until(std::string_view input, const std::string& expected);
+
     // Expects exactly this, printed since the last exchange, then the end.
     void expect_end(const ending& expected, const std::string& last_words = {});
 
@@ -41,6 +48,9 @@ class tool_process {
     child_process program;
 
   private:
+    // What an exchange looks like to the one who types.
+    [[nodiscard]] std::string shown(std::string_view input, const std::string& expected) const;
+
     bool at_terminal_;
     std::vector<std::string> logged_;
 };
