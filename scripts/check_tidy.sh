@@ -41,7 +41,9 @@ check_naming_rules
 if [ $# -gt 0 ]; then
     sources=("$@")
 else
-    mapfile -t sources < <(sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$build/compile_commands.json" | grep -E '\.cpp$' | sort -u)
+    # Not what the build itself wrote.
+    mapfile -t sources < <(sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$build/compile_commands.json" |
+        grep -E "^$root/(src|app|simulator|tests|bench)/.*\.cpp\$" | sort -u)
 fi
 [ ${#sources[@]} -gt 0 ] || fail "$build/compile_commands.json names no sources"
 

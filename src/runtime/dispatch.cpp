@@ -12,6 +12,7 @@ namespace {
 using communication::proto::device_description;
 
 template <typename Record> const Record& record_of(const vantu_orvanta_event& event) {
+    // NOLINTNEXTLINE(misc-redundant-expression): not for each record
     static_assert(alignof(Record) == 1 && sizeof(Record) <= sizeof(event.payload));
     return *std::launder(reinterpret_cast<const Record*>(event.payload));
 }
