@@ -11,10 +11,7 @@ endif()
 
 # The tools find the library beside themselves, wherever the folder is moved to.
 file(RELATIVE_PATH library_from_tools /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-set(tools orvanta-cli)
-if(TARGET orvanta-simulator)
-  list(APPEND tools orvanta-simulator)
-endif()
+set(tools orvanta-cli orvanta-simulator)
 set_target_properties(${tools} PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
 
 install(TARGETS ${tools} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
