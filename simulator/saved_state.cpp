@@ -4,6 +4,7 @@
 #include "simulator/durable_file.hpp"
 #include "vantu/orvanta/common/utils/format.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
@@ -20,7 +21,10 @@ using json = nlohmann::ordered_json;
 
 constexpr int format_version = 1;
 
-[[noreturn]] void refuse(const std::string& reason) {
+// One line, whatever names the file holds.
+[[noreturn]] void refuse(std::string reason) {
+    std::replace_if(
+        reason.begin(), reason.end(), [](char letter) { return letter >= 0 && letter < ' '; }, '?');
     throw std::runtime_error(reason);
 }
 
