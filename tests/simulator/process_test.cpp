@@ -1,0 +1,193 @@
+// The simulator as a program: its lines, its signals, its exit statuses, its state file.
+#include "network/socket.hpp"
+#include "simulator/running_simulator.hpp"
+#include "simulator/saved_state.hpp"
+#include "simulator/test_client.hpp"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <iterator>
+
+namespace simulator_tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+const bytes open_first = datagram({{0xFF, 0x12, 0x06, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}});
+const bytes set_half =
+    datagram({{0xFF, 0x43, 0x09, 0x00, 0x02, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x3F}});
+const bytes save_first = datagram({{0xFF, 0x40, 0x04, 0x00, 0x03, 0x01, 0x00, 0x00, 0x00}});
+const bytes query_gravity = datagram({{0xFF, 0x42, 0x04, 0x00, 0x04, 0x01, 0x00, 0x00, 0x00}});
+
+class the_program : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (std::filesystem::temp_directory_path() / "simulator_run_XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    std::filesystem::path folder;
+};
+
+void connect_and_open(test_client& client) {
+    client.send(datagram({connect_operation(0)}));
+    EXPECT_FALSE(client.receive_until(16).empty());
+    client.send(open_first);
+    EXPECT_FALSE(client.receive_until(19).empty());
+}
+
+TEST_F(the_program, says_goodbye_to_its_clients_on_either_signal_and_ends_with_0) {
+    for (const int number : {SIGTERM, SIGINT}) {
+        running_simulator tested({"--port", "0"});
+        test_client client("127.0.0.1", tested.port());
+        connect_and_open(client);
+        tested.send_signal(number);
+        EXPECT_EQ(client.receive_until(6), datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}}));
+        const auto end = tested.wait_for_end();
+        EXPECT_EQ(end.status, 0);
+        EXPECT_EQ(end.output, "");
+        EXPECT_EQ(end.errors, "");
+    }
+}
+
+TEST_F(the_program, tells_with_verbose_of_connects_opens_sets_saves_and_errors) {
+    running_simulator tested({"--port", "0", "--verbose", "--rate", "0"});
+    test_client client("127.0.0.1", tested.port());
+    connect_and_open(client);
+    client.send(set_half);
+    client.send(save_first);
+    client.send(datagram({{0xFF, 0xF1, 0x00, 0x00, 0x09}}));
+    EXPECT_FALSE(client.receive_until(240).empty());
+    tested.send_signal(SIGTERM);
+    const auto end = tested.wait_for_end();
+    EXPECT_EQ(end.output, "");
+    for (const char* part :
+         {"connected, 'tester', process 16909060\n", "opened device 1\n",
+          "set gravity compensation of device 1 on, factor 0.5\n", "saved the configuration of device 1\n",
+          "refused with status 0xa1, invalid operation; device 0, tag 9\n"}) {
+        EXPECT_THAT(end.errors, HasSubstr(part));
+    }
+}
+
+TEST_F(the_program, ends_with_1_and_one_line_when_the_port_is_taken) {
+    running_simulator holder({"--port", "0"});
+    const std::string port = holder.port();
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--port", port},
+          std::vector<std::string>{"--port", port, "--single-client"}}) {
+        const auto end = running_simulator(arguments).wait_for_end();
+        EXPECT_EQ(end.status, 1);
+        EXPECT_EQ(end.output, "");
+        EXPECT_EQ(end.errors, "orvanta-simulator: cannot listen on 127.0.0.1 port " + port +
+                                  ": another program holds it, or it is not allowed\n");
+    }
+}
+
+TEST_F(the_program, ends_with_2_and_one_line_when_the_command_line_is_wrong) {
+    const auto end = running_simulator({"--port", "none"}).wait_for_end();
+    EXPECT_EQ(end.status, 2);
+    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.errors, "orvanta-simulator: --port: Value none not in range 0 to 65535\n");
+}
+
+TEST_F(the_program, shows_help_and_version_on_standard_output_and_ends_with_0) {
+    const auto version = running_simulator({"--version"}).wait_for_end();
+    EXPECT_EQ(version.status, 0);
+    EXPECT_EQ(version.output, "orvanta-simulator 2.0.0\n");
+    EXPECT_EQ(version.errors, "");
+    const auto help = running_simulator({"--help"}).wait_for_end();
+    EXPECT_EQ(help.status, 0);
+    EXPECT_THAT(help.output, HasSubstr("--single-client"));
+    EXPECT_EQ(help.errors, "");
+}
+
+TEST_F(the_program, ends_with_1_and_one_line_when_the_state_file_is_wrong_and_leaves_it_alone) {
+    const std::string path = (folder / "state.json").string();
+    const std::string text = "{\"version\": 7, \"devices\": {}}";
+    std::ofstream(path) << text;
+    const auto end = running_simulator({"--port", "0", "--state", path}).wait_for_end();
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.errors, "orvanta-simulator: " + path + ": version is not 1\n");
+    std::ifstream stream(path);
+    EXPECT_EQ((std::string{std::istreambuf_iterator<char>(stream), {}}), text);
+}
+
+TEST_F(the_program, begins_with_what_was_saved_and_not_with_what_was_only_set) {
+    const std::string path = (folder / "state.json").string();
+    {
+        running_simulator first({"--port", "0", "--state", path, "--rate", "0"});
+        test_client client("127.0.0.1", first.port());
+        connect_and_open(client);
+        client.send(set_half);
+        EXPECT_FALSE(client.receive_until(66).empty());
+        EXPECT_FALSE(std::filesystem::exists(path));
+        client.send(save_first);
+        EXPECT_EQ(client.receive_until(64),
+                  datagram({{0xFF, 0x40, 0x05, 0x00, 0x03, 0x01, 0x00, 0x00, 0x00, 0x01}}));
+        client.send(
+            datagram({{0xFF, 0x43, 0x09, 0x00, 0x02, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}}));
+        EXPECT_FALSE(client.receive_until(66).empty());
+        first.send_signal(SIGTERM);
+        EXPECT_EQ(first.wait_for_end().status, 0);
+    }
+    running_simulator second({"--port", "0", "--state", path, "--rate", "0"});
+    test_client client("127.0.0.1", second.port());
+    connect_and_open(client);
+    client.send(query_gravity);
+    EXPECT_EQ(client.receive_until(66), datagram({{0xFF, 0x42, 0x09, 0x00, 0x04, 0x01, 0x00, 0x00, 0x00, 0x01,
+                                                   0x00, 0x00, 0x00, 0x3F}}));
+}
+
+TEST_F(the_program, reports_a_save_that_fails_to_the_client_and_on_standard_error) {
+    const std::string path = (folder / "state.json").string();
+    running_simulator tested({"--port", "0", "--state", path, "--rate", "0"});
+    test_client client("127.0.0.1", tested.port());
+    connect_and_open(client);
+    std::filesystem::create_directory(path + ".new");
+    client.send(save_first);
+    EXPECT_EQ(client.receive_until(240),
+              datagram({{0xFF, 0xF0, 0x05, 0x00, 0x03, 0x01, 0x00, 0x00, 0x00, 0xD0}}));
+    tested.send_signal(SIGTERM);
+    EXPECT_EQ(tested.wait_for_end().errors,
+              "orvanta-simulator: cannot create " + path + ".new: Is a directory\n");
+}
+
+TEST_F(the_program, killed_in_the_midst_of_saving_leaves_a_whole_file) {
+    const std::string path = (folder / "state.json").string();
+    for (int round = 0; round < 5; ++round) {
+        running_simulator tested({"--port", "0", "--state", path, "--rate", "0"});
+        test_client client("127.0.0.1", tested.port());
+        connect_and_open(client);
+        for (int i = 0; i < 40; ++i) {
+            client.send(set_half);
+            client.send(save_first);
+        }
+        for (int i = 0; i <= round; ++i) {
+            EXPECT_FALSE(client.receive_until(64).empty());
+        }
+        tested.send_signal(SIGKILL);
+        EXPECT_EQ(tested.wait_for_end().status, -1);
+        std::vector<vantu::orvanta::simulator::device> devices =
+            vantu::orvanta::simulator::make_devices(1, 0);
+        EXPECT_NO_THROW(vantu::orvanta::simulator::saved_state(path).apply_to(devices));
+        EXPECT_EQ(devices[0].settings.scaling_factor, 0.5F);
+    }
+}
+
+TEST_F(the_program, serves_the_devices_that_it_is_asked_for) {
+    running_simulator tested({"--port", "0", "--orvanta3", "0", "--palmetron", "1", "--announce", "after"});
+    test_client client("127.0.0.1", tested.port());
+    client.send(datagram({connect_operation(0)}));
+    EXPECT_EQ(client.receive().at(7), 4);
+    EXPECT_EQ(client.receive(), datagram({palmetron_added, palmetron_details}));
+}
+
+} // namespace
+} // namespace simulator_tests

@@ -1,0 +1,216 @@
+// The file of saved configurations: round trips, wrong files, failures to write.
+#include "simulator/saved_state.hpp"
+
+#include "simulator/durable_file.hpp"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <iterator>
+#include <stdexcept>
+
+namespace simulator_tests {
+namespace {
+
+using namespace vantu::orvanta::simulator;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr const char* first_uuid = "6e2b84105f3c4d719a03c53800000001";
+
+// A folder of the test's own, gone with it.
+class state_file : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (std::filesystem::temp_directory_path() / "simulator_state_XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+        path = (folder / "state.json").string();
+    }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    void write(const std::string& text) const { std::ofstream(path, std::ios::binary) << text; }
+    [[nodiscard]] std::string read() const {
+        std::ifstream stream(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    [[nodiscard]] std::string refusal_of_load() const {
+        try {
+            const saved_state state(path);
+        } catch (const std::runtime_error& wrong) {
+            return wrong.what();
+        }
+        return "";
+    }
+    [[nodiscard]] std::size_t files() const {
+        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+    }
+
+    std::filesystem::path folder;
+    std::string path;
+};
+
+configuration unusual() {
+    return {false, 0.1F, false, 2};
+}
+
+std::string file_of(const std::string& device) {
+    return R"({"version": 1, "devices": {")" + std::string(first_uuid) + "\": " + device + "}}";
+}
+
+TEST_F(state_file, that_is_not_there_leaves_the_devices_as_they_are_and_is_not_made) {
+    std::vector<device> devices = make_devices(1, 0);
+    devices[0].settings = unusual();
+    saved_state(path).apply_to(devices);
+    EXPECT_EQ(devices[0].settings, unusual());
+    EXPECT_EQ(files(), 0U);
+}
+
+TEST_F(state_file, gives_back_to_the_digit_what_was_saved) {
+    std::vector<device> devices = make_devices(2, 1);
+    devices[1].settings = unusual();
+    EXPECT_EQ(saved_state(path).keep(devices[1]), "");
+    std::vector<device> later = make_devices(2, 1);
+    saved_state(path).apply_to(later);
+    EXPECT_EQ(later[0].settings, configuration{});
+    EXPECT_EQ(later[1].settings, unusual());
+    EXPECT_EQ(files(), 1U);
+}
+
+TEST_F(state_file, has_this_text) {
+    std::vector<device> devices = make_devices(1, 0);
+    EXPECT_EQ(saved_state(path).keep(devices[0]), "");
+    EXPECT_EQ(read(), R"({
+  "version": 1,
+  "devices": {
+    "6e2b84105f3c4d719a03c53800000001": {
+      "gravity_compensation": {
+        "enabled": true,
+        "scaling_factor": 0.75
+      },
+      "torque_scaling": {
+        "enabled": true
+      },
+      "handedness": "right"
+    }
+  }
+}
+)");
+}
+
+TEST_F(state_file, keeps_devices_that_are_not_simulated_this_time) {
+    std::vector<device> two = make_devices(2, 0);
+    two[1].settings = unusual();
+    EXPECT_EQ(saved_state(path).keep(two[1]), "");
+    EXPECT_EQ(saved_state(path).keep(make_devices(1, 0)[0]), "");
+    std::vector<device> later = make_devices(2, 0);
+    saved_state(path).apply_to(later);
+    EXPECT_EQ(later[1].settings, unusual());
+}
+
+TEST_F(state_file, keeps_what_was_saved_last) {
+    saved_state state(path);
+    std::vector<device> devices = make_devices(1, 0);
+    for (const float factor : {0.0F, 1.0F, 0.3F}) {
+        devices[0].settings.scaling_factor = factor;
+        EXPECT_EQ(state.keep(devices[0]), "");
+    }
+    std::vector<device> later = make_devices(1, 0);
+    saved_state(path).apply_to(later);
+    EXPECT_EQ(later[0].settings.scaling_factor, 0.3F);
+}
+
+TEST_F(state_file, without_its_folder_is_refused_at_the_start) {
+    path = (folder / "nowhere" / "state.json").string();
+    EXPECT_EQ(refusal_of_load(), path + ": its folder is not there");
+}
+
+TEST_F(state_file, that_is_a_folder_is_refused) {
+    path = folder.string();
+    EXPECT_EQ(refusal_of_load(), path + ": no regular file");
+}
+
+TEST_F(state_file, that_cannot_be_replaced_is_told_and_stays_as_it_is) {
+    std::vector<device> devices = make_devices(1, 0);
+    saved_state state(path);
+    ASSERT_EQ(state.keep(devices[0]), "");
+    const std::string before = read();
+    std::filesystem::create_directory(path + ".new");
+    devices[0].settings = unusual();
+    EXPECT_EQ(state.keep(devices[0]), "cannot create " + path + ".new: Is a directory");
+    EXPECT_EQ(read(), before);
+    std::filesystem::remove(path + ".new");
+    // What failed is not saved along with the next device.
+    EXPECT_EQ(state.keep(make_devices(2, 0)[1]), "");
+    std::vector<device> later = make_devices(1, 0);
+    saved_state(path).apply_to(later);
+    EXPECT_EQ(later[0].settings, configuration{});
+}
+
+TEST_F(state_file, cannot_replace_a_folder_and_leaves_no_temporary_file) {
+    std::filesystem::create_directory(path);
+    EXPECT_THAT(replace_file(path, "text"), StartsWith("cannot replace " + path + ": "));
+    EXPECT_EQ(files(), 1U);
+}
+
+TEST_F(state_file, on_a_full_device_is_told) {
+    std::filesystem::create_symlink("/dev/full", path + ".new");
+    EXPECT_EQ(replace_file(path, "text"), "cannot write " + path + ".new: No space left on device");
+    EXPECT_EQ(files(), 0U);
+}
+
+TEST_F(state_file, that_is_wrong_is_told_in_one_line_with_path_and_reason) {
+    const std::string good_gravity = R"("gravity_compensation": {"enabled": true, "scaling_factor": 0.5})";
+    const std::string good_torque = R"("torque_scaling": {"enabled": true})";
+    const std::string good_hand = R"("handedness": "left")";
+    const std::string place = std::string("device ") + first_uuid;
+    const auto gravity = [&](const std::string& value) {
+        return file_of("{\"gravity_compensation\": " + value + ", " + good_torque + ", " + good_hand + "}");
+    };
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "no JSON text: parse error"},
+        {"{\"version\": 1, \"devices\": {", "no JSON text: parse error"},
+        {"\xFF\xFE", "no JSON text: parse error"},
+        {"[]", "the whole is no object"},
+        {"{}", "the whole has no \"version\""},
+        {R"({"version": 1})", "the whole has no \"devices\""},
+        {R"({"version": 2, "devices": {}})", "version is not 1"},
+        {R"({"version": "1", "devices": {}})", "version is not 1"},
+        {R"({"version": 1, "devices": []})", "devices is no object"},
+        {R"({"version": 1, "devices": {}, "more": 0})", "the whole has an unknown member \"more\""},
+        {R"({"version": 1, "devices": {}, "two\nlines": 0})",
+         "the whole has an unknown member \"two?lines\""},
+        {R"({"version": 1, "devices": {"1": {}}})", "\"1\" is no device"},
+        {file_of("3"), place + " is no object"},
+        {file_of("{" + good_gravity + ", " + good_torque + "}"), place + " has no \"handedness\""},
+        {file_of("{" + good_gravity + ", " + good_hand + "}"), place + " has no \"torque_scaling\""},
+        {file_of("{" + good_torque + ", " + good_hand + "}"), place + " has no \"gravity_compensation\""},
+        {file_of("{" + good_gravity + ", " + good_torque + R"(, "handedness": "up"})"),
+         place + " handedness is neither \"right\" nor \"left\""},
+        {file_of("{" + good_gravity + R"(, "torque_scaling": {"enabled": 1}, )" + good_hand + "}"),
+         place + " torque_scaling enabled is neither true nor false"},
+        {gravity(R"({"enabled": "yes", "scaling_factor": 0.5})"),
+         place + " gravity_compensation enabled is neither true nor false"},
+        {gravity(R"({"enabled": true})"), place + " gravity_compensation has no \"scaling_factor\""},
+        {gravity(R"({"enabled": true, "scaling_factor": 1.5})"),
+         place + " gravity_compensation scaling_factor is no number from 0 to 1"},
+        {gravity(R"({"enabled": true, "scaling_factor": -0.5})"),
+         place + " gravity_compensation scaling_factor is no number from 0 to 1"},
+        {gravity(R"({"enabled": true, "scaling_factor": 1e300})"),
+         place + " gravity_compensation scaling_factor is no number from 0 to 1"},
+        {gravity(R"({"enabled": true, "scaling_factor": null})"),
+         place + " gravity_compensation scaling_factor is no number from 0 to 1"},
+    };
+    for (const auto& [text, reason] : cases) {
+        write(text);
+        const std::string refused = refusal_of_load();
+        EXPECT_THAT(refused, StartsWith(path + ": " + reason)) << text;
+        EXPECT_THAT(refused, Not(HasSubstr("\n")));
+        EXPECT_EQ(read(), text);
+    }
+}
+
+} // namespace
+} // namespace simulator_tests
