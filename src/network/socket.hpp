@@ -47,14 +47,14 @@ struct receive_record {
     std::uint32_t received{0};
     struct {
         std::uint32_t length{0};
-        std::byte *data{nullptr};
+        std::byte* data{nullptr};
     } wsabuf;
     std::uint32_t flags{0};
     struct {
         std::uintptr_t internal{0};
         std::uintptr_t internal_high{0};
         std::uint64_t offset{0};
-        void *event{nullptr};
+        void* event{nullptr};
     } overlapped;
 };
 
@@ -74,30 +74,30 @@ void socket_startup();
 
 // The first address of host:port (port as decimal text). os_error, with a warning, when there is
 // none. May block on the system's resolver.
-[[nodiscard]] resolved_endpoint resolve_address(const std::string &host, const std::string &port);
+[[nodiscard]] resolved_endpoint resolve_address(const std::string& host, const std::string& port);
 
 // A non-blocking UDP socket bound to the first address of host:port that can be bound; not inherited
 // by child processes. The socket asks for a receive buffer of 1 MiB and takes what it gets.
 // unavailable when no address could be bound, os_error otherwise. Release it with close_socket.
-[[nodiscard]] opened_socket open_bound_socket(const std::string &host, const std::string &port);
+[[nodiscard]] opened_socket open_bound_socket(const std::string& host, const std::string& port);
 
 // Sends the unread bytes of a buffer as one datagram and consumes them. Never blocks.
 //   ok            the datagram went out, also when the system still held an error of an earlier one
 //   would_block   the system has no room for it now
 //   unavailable   the destination's address family or address is refused
 //   os_error      anything else
-[[nodiscard]] socket_status send_packet(socket_handle socket, byte_buffer &buffer, const endpoint &to);
+[[nodiscard]] socket_status send_packet(socket_handle socket, byte_buffer& buffer, const endpoint& to);
 
 // Takes one waiting datagram into the record's buffer, behind what is unread there. Never blocks.
 //   ok               its bytes were appended (none, for an empty datagram)
 //   would_block      nothing is waiting
 //   connection_reset an earlier datagram met a closed port
 //   os_error         anything else; also a datagram larger than the room left, which is dropped
-[[nodiscard]] socket_status recv_packet(socket_handle socket, receive_record &record);
+[[nodiscard]] socket_status recv_packet(socket_handle socket, receive_record& record);
 
 // Starts one overlapped receive into the record, which must stay in place until
 // get_overlapped_result has returned anything but would_block. ok, connection_reset or os_error.
-[[nodiscard]] socket_status recv_packet_overlapped(socket_handle socket, receive_record &record);
+[[nodiscard]] socket_status recv_packet_overlapped(socket_handle socket, receive_record& record);
 
 // Waits for the receive that recv_packet_overlapped started, for the whole milliseconds in
 // timeout_ns: 0 ns waits without limit, less than a millisecond looks once.
@@ -106,12 +106,12 @@ void socket_startup();
 //   would_block  nothing was there on a single look
 //   os_error     anything else
 // A closed port that an earlier datagram met neither ends nor shortens the wait.
-[[nodiscard]] socket_status get_overlapped_result(socket_handle socket, receive_record &record,
+[[nodiscard]] socket_status get_overlapped_result(socket_handle socket, receive_record& record,
                                                   std::int64_t timeout_ns);
 
 // "address:port" in the system's form, followed by one zero character that counts as part of the
 // text; empty, after a warning, when there is no such text.
-[[nodiscard]] std::string stringify_addr(const endpoint &address);
+[[nodiscard]] std::string stringify_addr(const endpoint& address);
 
 // The same for the local address of a socket.
 [[nodiscard]] std::string stringify_socket(socket_handle socket);
@@ -120,6 +120,6 @@ void socket_startup();
 [[nodiscard]] std::string default_port();
 
 // Closes a socket and stores invalid_socket; a handle that is invalid or 0 is only overwritten.
-void close_socket(socket_handle &socket);
+void close_socket(socket_handle& socket);
 
 } // namespace vantu::orvanta

@@ -20,8 +20,8 @@ struct logger {
 };
 
 // Never destroyed: other threads and static destructors may still log at exit.
-logger &the_logger() {
-    static auto *instance = new logger;
+logger& the_logger() {
+    static auto* instance = new logger;
     return *instance;
 }
 
@@ -33,7 +33,7 @@ std::string_view file_name_of(std::string_view path) {
     return separator == std::string_view::npos ? path : path.substr(separator + 1);
 }
 
-const char *prefix_of(log_level level) {
+const char* prefix_of(log_level level) {
     switch (level) {
     case log_level::debug:
         return "DEBUG";
@@ -66,15 +66,15 @@ std::string harmless_format(std::string_view text) {
 
 } // namespace
 
-void write_default_log_line(log_level level, const std::string &path, std::uint64_t line,
-                            const std::string &message) {
+void write_default_log_line(log_level level, const std::string& path, std::uint64_t line,
+                            const std::string& message) {
     const std::string text = harmless_format(
         fmt::format("{} {} {} MSG {}\n", prefix_of(level), file_name_of(path), line, message));
     const bool to_output = level == log_level::debug || level == log_level::info;
     if (!to_output) {
         std::fflush(stdout);
     }
-    std::FILE *stream = to_output ? stdout : stderr;
+    std::FILE* stream = to_output ? stdout : stderr;
 #if defined(__GNUC__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-security"
@@ -87,10 +87,10 @@ void write_default_log_line(log_level level, const std::string &path, std::uint6
     std::fflush(stream);
 }
 
-void log(log_level level, const std::string &path, std::uint64_t line, const std::string &message) {
+void log(log_level level, const std::string& path, std::uint64_t line, const std::string& message) {
     // The call owns what it hands out, whatever a sink does to the original.
     const std::string owned = message; // NOLINT(performance-unnecessary-copy-initialization)
-    logger &target = the_logger();
+    logger& target = the_logger();
     const std::lock_guard lock(target.mutex);
     if (target.sink) {
         target.sink(target.opaque, level, path, line, owned);
@@ -99,12 +99,12 @@ void log(log_level level, const std::string &path, std::uint64_t line, const std
     }
 }
 
-void log(log_level level, const source_location &where, const std::string &message) {
+void log(log_level level, const source_location& where, const std::string& message) {
     log(level, where.path, where.line, message);
 }
 
 void set_log_sink(log_sink sink) {
-    logger &target = the_logger();
+    logger& target = the_logger();
     const std::lock_guard lock(target.mutex);
     target.sink = std::move(sink);
 }

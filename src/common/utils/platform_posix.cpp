@@ -20,9 +20,13 @@ std::int64_t read_clock(clockid_t clock) noexcept {
 
 } // namespace
 
-std::int64_t steady_now_ns() noexcept { return read_clock(CLOCK_MONOTONIC); }
+std::int64_t steady_now_ns() noexcept {
+    return read_clock(CLOCK_MONOTONIC);
+}
 
-std::int64_t coarse_now_ns() noexcept { return read_clock(CLOCK_MONOTONIC_COARSE); }
+std::int64_t coarse_now_ns() noexcept {
+    return read_clock(CLOCK_MONOTONIC_COARSE);
+}
 
 void sleep_until_ns(std::int64_t deadline_ns) noexcept {
     if (deadline_ns <= 0) {
@@ -40,8 +44,12 @@ void make_sleeps_precise() noexcept {
     prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
 }
 
-std::uint32_t process_id() noexcept { return static_cast<std::uint32_t>(getpid()); }
+std::uint32_t process_id() noexcept {
+    return static_cast<std::uint32_t>(getpid());
+}
 
-void debug_break() noexcept { std::raise(SIGTRAP); }
+void debug_break() noexcept {
+    std::raise(SIGTRAP);
+}
 
 } // namespace vantu::orvanta::platform

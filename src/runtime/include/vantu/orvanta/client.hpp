@@ -28,7 +28,7 @@ enum class error_code : std::int32_t {
 
 // The text of a code: a literal, never null, never freed. "unknown" for a code without one, "nil"
 // for 0. Any thread.
-[[nodiscard]] VANTU_ORVANTA_API const char *error_message(std::int32_t code) noexcept;
+[[nodiscard]] VANTU_ORVANTA_API const char* error_message(std::int32_t code) noexcept;
 
 // A failed call, for programs that prefer exceptions to codes. The library itself throws none.
 class VANTU_ORVANTA_API exception : public std::exception {
@@ -37,11 +37,11 @@ class VANTU_ORVANTA_API exception : public std::exception {
     explicit exception(std::uint32_t code);
     // what() is "label: " and the text of the code.
     exception(std::uint32_t code, std::string label);
-    exception(const exception &other);
-    exception &operator=(const exception &other);
+    exception(const exception& other);
+    exception& operator=(const exception& other);
     ~exception() override;
 
-    [[nodiscard]] const char *what() const noexcept override;
+    [[nodiscard]] const char* what() const noexcept override;
     [[nodiscard]] std::uint32_t code() const noexcept { return code_; }
 
   private:
@@ -65,18 +65,18 @@ enum class outcome : std::uint8_t {
 template <typename Record> struct reply {
     outcome result;
     unsigned device_id;
-    const Record *record;             // null unless replied
-    const vantu_orvanta_error *error; // null unless failed
+    const Record* record;             // null unless replied
+    const vantu_orvanta_error* error; // null unless failed
 };
 
 // The reply to opening or closing a device carries no record.
 template <> struct reply<void> {
     outcome result;
     unsigned device_id;
-    const vantu_orvanta_error *error; // null unless failed
+    const vantu_orvanta_error* error; // null unless failed
 };
 
-template <typename Record> using reply_handler = std::function<void(client &, const reply<Record> &)>;
+template <typename Record> using reply_handler = std::function<void(client&, const reply<Record>&)>;
 
 // One connection with callbacks. Not copyable, not movable: callbacks are given a reference to it.
 //
@@ -86,10 +86,10 @@ template <typename Record> using reply_handler = std::function<void(client &, co
 // a polling thread that ends the process.
 class VANTU_ORVANTA_API client {
   public:
-    using signal_callback = std::function<void(client &)>;
-    using device_callback = std::function<void(client &, unsigned device_id)>;
+    using signal_callback = std::function<void(client&)>;
+    using device_callback = std::function<void(client&, unsigned device_id)>;
     template <typename Record>
-    using record_callback = std::function<void(client &, unsigned device_id, const Record &)>;
+    using record_callback = std::function<void(client&, unsigned device_id, const Record&)>;
 
     // The callbacks, each empty when its event is not wanted. Those marked "route" are the default of
     // a reply: they get every reply for which no one-shot handler waits.
@@ -113,7 +113,7 @@ class VANTU_ORVANTA_API client {
         record_callback<vantu_orvanta_config_handedness> on_config_handedness;                     // route
         record_callback<vantu_orvanta_status_motor_current> on_status_motor_current;               // route
         record_callback<vantu_orvanta_status_power_supply> on_status_power_supply;                 // route
-        std::function<void(client &, const vantu_orvanta_service_stream_a &)> on_service_stream_a;
+        std::function<void(client&, const vantu_orvanta_service_stream_a&)> on_service_stream_a;
         record_callback<vantu_orvanta_service_stream_b> on_service_stream_b;
         record_callback<vantu_orvanta_table_block_128> on_table_block_128; // route; device id 0
         record_callback<vantu_orvanta_table_block_301> on_table_block_301; // route; device id 0
@@ -127,21 +127,21 @@ class VANTU_ORVANTA_API client {
     // thread first. Handlers that still wait are dropped without a call.
     ~client();
 
-    client(const client &) = delete;
-    client &operator=(const client &) = delete;
-    client(client &&) = delete;
-    client &operator=(client &&) = delete;
+    client(const client&) = delete;
+    client& operator=(const client&) = delete;
+    client(client&&) = delete;
+    client& operator=(client&&) = delete;
 
     // The context, for the flat API; it lives as long as the client. Never null.
-    [[nodiscard]] vantu_orvanta_context *context() const noexcept;
+    [[nodiscard]] vantu_orvanta_context* context() const noexcept;
 
     // Hands one event to the one-shot handler that waits for it or to its callback. False when the
     // event is empty (type 0), true otherwise, also for a type it does not know. One thread at a
     // time. A goodbye ends every waiting handler with error 8 before on_disconnected is called.
-    bool dispatch(const vantu_orvanta_event &event);
+    bool dispatch(const vantu_orvanta_event& event);
 
     // A vantu_orvanta_event_handler whose user pointer is the client: dispatches the event to it.
-    static void dispatch_event(void *user, const vantu_orvanta_event *event);
+    static void dispatch_event(void* user, const vantu_orvanta_event* event);
 
     // Requests with a one-shot handler. Each picks a free tag, sends and returns the code of the
     // send; 11 when all 255 tags are waiting, and nothing is sent. After a return of 0 the handler is
@@ -155,12 +155,12 @@ class VANTU_ORVANTA_API client {
     std::int32_t config_gravity_compensation_get(
         unsigned device_id, reply_handler<vantu_orvanta_config_gravity_compensation> handler);
     std::int32_t config_gravity_compensation_set(
-        unsigned device_id, const vantu_orvanta_config_gravity_compensation &value,
+        unsigned device_id, const vantu_orvanta_config_gravity_compensation& value,
         reply_handler<vantu_orvanta_config_gravity_compensation> handler);
     std::int32_t config_torque_scaling_get(unsigned device_id,
                                            reply_handler<vantu_orvanta_config_torque_scaling> handler);
     std::int32_t config_torque_scaling_set(unsigned device_id,
-                                           const vantu_orvanta_config_torque_scaling &value,
+                                           const vantu_orvanta_config_torque_scaling& value,
                                            reply_handler<vantu_orvanta_config_torque_scaling> handler);
     std::int32_t config_handedness_set(unsigned device_id, std::uint8_t handedness,
                                        reply_handler<vantu_orvanta_config_handedness> handler);

@@ -60,11 +60,11 @@ typedef struct vantu_orvanta_poll_thread vantu_orvanta_poll_thread;
 /* Receives each event that a polling thread takes, on that thread, with no lock of the library held.
  * The event is valid until the handler returns. The handler may call any function of this library
  * but vantu_orvanta_poll_thread_stop for its own thread and vantu_orvanta_disconnect. */
-typedef void (*vantu_orvanta_event_handler)(void *user, const vantu_orvanta_event *event);
+typedef void (*vantu_orvanta_event_handler)(void* user, const vantu_orvanta_event* event);
 
 /* The text of an error code. A constant that is never null and never freed; "unknown" for a code
  * without a text of its own, "nil" for 0. Never blocks, any thread. */
-VANTU_ORVANTA_API const char *vantu_orvanta_error_message(int32_t code);
+VANTU_ORVANTA_API const char* vantu_orvanta_error_message(int32_t code);
 
 /* Log levels; debug and info go to standard output, warning and error to standard error. */
 enum vantu_orvanta_log_level {
@@ -77,8 +77,8 @@ enum vantu_orvanta_log_level {
 /* Receives the library's log lines in place of the standard streams: an opaque value (0), the level,
  * the source path and line of the call, and the message; the texts are valid until it returns. Runs
  * on the thread that logs, one call at a time, under the logger's lock: it must not log. */
-typedef void (*vantu_orvanta_log_sink)(uint64_t opaque, uint32_t level, const char *path, uint64_t line,
-                                       const char *message);
+typedef void (*vantu_orvanta_log_sink)(uint64_t opaque, uint32_t level, const char* path, uint64_t line,
+                                       const char* message);
 
 /* Sends the log lines of the whole process to a sink; null brings the standard streams back. Returns
  * 0. Waits for a log call in progress. Any thread, but not from a sink. */
@@ -89,7 +89,7 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_log_sink_set(vantu_orvanta_log_sink sink
 VANTU_ORVANTA_API int32_t vantu_orvanta_init(void);
 
 /* A new context, not connected; null when memory runs out. vantu_orvanta_disconnect frees it. */
-VANTU_ORVANTA_API vantu_orvanta_context *vantu_orvanta_context_create(void);
+VANTU_ORVANTA_API vantu_orvanta_context* vantu_orvanta_context_create(void);
 
 /* Connects to the service on its own port (54320), from the first of the local ports 54321 to 54336
  * on which that works. Blocks for up to 16 reply time-outs; logs a line for each port it tries.
@@ -105,15 +105,15 @@ VANTU_ORVANTA_API vantu_orvanta_context *vantu_orvanta_context_create(void);
  * what an absent service gives; 6 when the answer cannot be understood; 178 when the service serves
  * another client only; 9 when it has no room; or a transport code. A failed call leaves the context
  * as it was. Call it from one thread while no other uses the context. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_connect(vantu_orvanta_context *context, const char *name,
+VANTU_ORVANTA_API int32_t vantu_orvanta_connect(vantu_orvanta_context* context, const char* name,
                                                 uint16_t value_a, uint16_t value_b, uint64_t keep_alive_ns,
                                                 uint64_t reply_timeout_ns);
 
 /* One attempt to connect from one local port to one service port, both decimal texts of at most 256
  * characters; client_port "0" lets the system choose. Otherwise as vantu_orvanta_connect: returns 4
  * when no answer came in time and 5 when the local port is taken. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_connect_ports(vantu_orvanta_context *context, const char *client_port,
-                                                      const char *service_port, const char *name,
+VANTU_ORVANTA_API int32_t vantu_orvanta_connect_ports(vantu_orvanta_context* context, const char* client_port,
+                                                      const char* service_port, const char* name,
                                                       uint16_t value_a, uint16_t value_b,
                                                       uint64_t keep_alive_ns, uint64_t reply_timeout_ns);
 
@@ -126,7 +126,7 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_connect_ports(vantu_orvanta_context *con
  * operation); 2 for a handedness of 0 from the service; 7 for details of a device that is not
  * listed with that type; 1 when memory runs out; or a transport code. Polling may go on after any
  * code. Any thread; calls wait for each other. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_poll(vantu_orvanta_context *context, vantu_orvanta_event *event);
+VANTU_ORVANTA_API int32_t vantu_orvanta_poll(vantu_orvanta_context* context, vantu_orvanta_event* event);
 
 /* Starts a thread that polls the context every 100 microseconds while nothing happens and back to
  * back while something does, and hands each event to the handler. It takes no signals. It ends by
@@ -135,36 +135,36 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_poll(vantu_orvanta_context *context, van
  * Returns the thread, to be freed with vantu_orvanta_poll_thread_stop before the context is; null
  * for a null context or handler and when memory runs out. Throws std::system_error
  * (resource_unavailable_try_again) when the system starts no thread. */
-VANTU_ORVANTA_API vantu_orvanta_poll_thread *vantu_orvanta_poll_thread_start(
-    vantu_orvanta_context *context, vantu_orvanta_event_handler handler, void *user);
+VANTU_ORVANTA_API vantu_orvanta_poll_thread* vantu_orvanta_poll_thread_start(
+    vantu_orvanta_context* context, vantu_orvanta_event_handler handler, void* user);
 
 /* The code that ended a polling thread; 0 while it runs and for a null. Any thread, until
  * vantu_orvanta_poll_thread_stop. */
-VANTU_ORVANTA_API uint32_t vantu_orvanta_poll_thread_result(const vantu_orvanta_poll_thread *thread);
+VANTU_ORVANTA_API uint32_t vantu_orvanta_poll_thread_result(const vantu_orvanta_poll_thread* thread);
 
 /* Stops a polling thread, waits for its end (a handler that is running is waited for) and frees it.
  * Null is ignored. Throws std::system_error: resource_deadlock_would_occur when called from that
  * very thread, which then ends once its handler returns and is still to be stopped from another
  * thread; no_such_process when the thread cannot be joined. */
-VANTU_ORVANTA_API void vantu_orvanta_poll_thread_stop(vantu_orvanta_poll_thread *thread);
+VANTU_ORVANTA_API void vantu_orvanta_poll_thread_stop(vantu_orvanta_poll_thread* thread);
 
 /* Says goodbye to the service if connected, waits up to 100 ms for its answer, closes the socket and
  * frees the context. Null is ignored. Stop the polling thread first; nothing may use the context
  * while or after this runs. */
-VANTU_ORVANTA_API void vantu_orvanta_disconnect(vantu_orvanta_context *context);
+VANTU_ORVANTA_API void vantu_orvanta_disconnect(vantu_orvanta_context* context);
 
 /* The ids of the devices that the service has listed, in no particular order, from the library's own
  * table: no traffic. count: in, the room in ids; out, the number written.
  * Returns 0; 2 for a null; 3 when not connected; 9 when there are more devices than room: the array
  * is full and usable. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_device_ids(vantu_orvanta_context *context, uint32_t *ids,
-                                                   size_t *count);
+VANTU_ORVANTA_API int32_t vantu_orvanta_device_ids(vantu_orvanta_context* context, uint32_t* ids,
+                                                   size_t* count);
 
 /* Copies what the library keeps of one device: its listing, details and latest state, as the poll
  * last took them. No traffic.
  * Returns 0; 2 for a null or id 0; 3 when not connected; 7 when no such device is listed. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_device_info(vantu_orvanta_context *context, uint32_t device_id,
-                                                    vantu_orvanta_device *device);
+VANTU_ORVANTA_API int32_t vantu_orvanta_device_info(vantu_orvanta_context* context, uint32_t device_id,
+                                                    vantu_orvanta_device* device);
 
 /* Requests. Each sends one datagram without waiting and without a lock; the answer comes later as an
  * event that carries the request's tag, or as an error event with the same tag. Tag 0 means that
@@ -174,46 +174,46 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_device_info(vantu_orvanta_context *conte
 
 /* Opens a device, so that its states are sent and its configuration can be changed. value is handed
  * to the service as it is; 0 will do. Answer: event 18. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_device_open(vantu_orvanta_context *context, uint32_t device_id,
+VANTU_ORVANTA_API int32_t vantu_orvanta_device_open(vantu_orvanta_context* context, uint32_t device_id,
                                                     uint8_t tag, uint16_t value);
 
 /* Closes a device. Answer: event 19. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_device_close(vantu_orvanta_context *context, uint32_t device_id,
+VANTU_ORVANTA_API int32_t vantu_orvanta_device_close(vantu_orvanta_context* context, uint32_t device_id,
                                                      uint8_t tag);
 
 /* Asks for the orientation. Answer: event 51, vantu_orvanta_orientation. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_orientation_get(vantu_orvanta_context *context, uint32_t device_id,
+VANTU_ORVANTA_API int32_t vantu_orvanta_orientation_get(vantu_orvanta_context* context, uint32_t device_id,
                                                         uint8_t tag);
 
 /* Saves the configuration on the device. Answer: event 64, vantu_orvanta_config_save. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_config_save_request(vantu_orvanta_context *context,
+VANTU_ORVANTA_API int32_t vantu_orvanta_config_save_request(vantu_orvanta_context* context,
                                                             uint32_t device_id, uint8_t tag);
 
 /* Asks for the gravity compensation. Answer: event 65,
  * vantu_orvanta_config_gravity_compensation. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_config_gravity_compensation_get(vantu_orvanta_context *context,
+VANTU_ORVANTA_API int32_t vantu_orvanta_config_gravity_compensation_get(vantu_orvanta_context* context,
                                                                         uint32_t device_id, uint8_t tag);
 
 /* Sets the gravity compensation; the values are not range-checked here. Answer: event 65, with the
  * values now in force. */
 VANTU_ORVANTA_API int32_t
-vantu_orvanta_config_gravity_compensation_set(vantu_orvanta_context *context, uint32_t device_id, uint8_t tag,
-                                              const vantu_orvanta_config_gravity_compensation *value);
+vantu_orvanta_config_gravity_compensation_set(vantu_orvanta_context* context, uint32_t device_id, uint8_t tag,
+                                              const vantu_orvanta_config_gravity_compensation* value);
 
 /* Asks for the torque scaling. Answer: event 66, vantu_orvanta_config_torque_scaling. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_config_torque_scaling_get(vantu_orvanta_context *context,
+VANTU_ORVANTA_API int32_t vantu_orvanta_config_torque_scaling_get(vantu_orvanta_context* context,
                                                                   uint32_t device_id, uint8_t tag);
 
 /* Sets the torque scaling. Answer: event 66, with the value now in force. */
 VANTU_ORVANTA_API int32_t
-vantu_orvanta_config_torque_scaling_set(vantu_orvanta_context *context, uint32_t device_id, uint8_t tag,
-                                        const vantu_orvanta_config_torque_scaling *value);
+vantu_orvanta_config_torque_scaling_set(vantu_orvanta_context* context, uint32_t device_id, uint8_t tag,
+                                        const vantu_orvanta_config_torque_scaling* value);
 
 /* Sets the handedness: 1 right, 2 left; returns 2 for 0. Answer: event 67,
  * vantu_orvanta_config_handedness. */
-VANTU_ORVANTA_API int32_t vantu_orvanta_config_handedness_set(vantu_orvanta_context *context,
+VANTU_ORVANTA_API int32_t vantu_orvanta_config_handedness_set(vantu_orvanta_context* context,
                                                               uint32_t device_id, uint8_t tag,
-                                                              const uint8_t *handedness);
+                                                              const uint8_t* handedness);
 
 /* Sleeps the calling thread for a duration in nanoseconds of the steady clock. Returns 0. */
 VANTU_ORVANTA_API int32_t vantu_orvanta_sleep(uint64_t duration_ns);

@@ -117,8 +117,8 @@ inline constexpr std::array operations{
 // clang-format on
 
 // The row of an operation, or null where the code does not travel that way.
-[[nodiscard]] constexpr const operation *find_operation(std::uint8_t code, direction way) {
-    for (const operation &row : operations) {
+[[nodiscard]] constexpr const operation* find_operation(std::uint8_t code, direction way) {
+    for (const operation& row : operations) {
         if (row.code == code && row.way == way) {
             return &row;
         }
@@ -128,7 +128,7 @@ inline constexpr std::array operations{
 
 // The body size of an operation that is known to be in the table.
 [[nodiscard]] constexpr std::uint16_t body_size_of(std::uint8_t code, direction way) {
-    const operation *row = find_operation(code, way);
+    const operation* row = find_operation(code, way);
     return row == nullptr ? throw "no such operation" : row->body_size;
 }
 
@@ -137,8 +137,8 @@ namespace checks {
 // By rising code; a code that travels both ways lists the request first.
 consteval bool operations_are_in_order() {
     for (std::size_t i = 1; i < operations.size(); ++i) {
-        const operation &before = operations[i - 1];
-        const operation &row = operations[i];
+        const operation& before = operations[i - 1];
+        const operation& row = operations[i];
         if (before.code > row.code || (before.code == row.code && before.way >= row.way)) {
             return false;
         }
@@ -147,7 +147,7 @@ consteval bool operations_are_in_order() {
 }
 
 consteval bool events_and_tags_belong_to_the_client() {
-    for (const operation &row : operations) {
+    for (const operation& row : operations) {
         const bool silent = row.event_type == vantu_orvanta_event_none;
         if (silent && row.tag == tag_rule::copied) {
             return false;

@@ -28,6 +28,6 @@ enum class service_status : std::uint8_t {
 
 // The text of a status code, given as a signed byte (-1 is 0xFF): a literal, never null. "undefined"
 // for a code without a text.
-[[nodiscard]] const char *service_status_message(std::int8_t code) noexcept;
+[[nodiscard]] const char* service_status_message(std::int8_t code) noexcept;
 
 } // namespace vantu::orvanta

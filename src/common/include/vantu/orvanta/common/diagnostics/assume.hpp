@@ -11,7 +11,7 @@ namespace vantu::orvanta {
 [[noreturn]] void assumption_failed();
 
 // Logs the message at level error with the given location, then ends through assumption_failed.
-[[noreturn]] void report_failed_assumption(const source_location &where, const char *message);
+[[noreturn]] void report_failed_assumption(const source_location& where, const char* message);
 
 } // namespace vantu::orvanta
 

@@ -21,16 +21,16 @@ enum class log_level : std::uint32_t {
 // Receives every log call in place of the default writer: an opaque value (0 in this system), the
 // level, the source path, the line and the message. Runs on the logging thread with the logger's
 // lock held: it is never entered twice at once, and it must not log.
-using log_sink = std::function<void(std::uint64_t opaque, log_level level, const std::string &path,
-                                    std::uint64_t line, const std::string &message)>;
+using log_sink = std::function<void(std::uint64_t opaque, log_level level, const std::string& path,
+                                    std::uint64_t line, const std::string& message)>;
 
 // Writes one line, or hands the call to the sink. The message is complete: nothing in it is expanded
 // but "%%", which prints one percent sign. Any thread. Throws std::system_error when the logger's
 // lock cannot be taken, and what the sink throws.
-void log(log_level level, const std::string &path, std::uint64_t line, const std::string &message);
+void log(log_level level, const std::string& path, std::uint64_t line, const std::string& message);
 
 // The same for a location that is part of the line's contract.
-void log(log_level level, const source_location &where, const std::string &message);
+void log(log_level level, const source_location& where, const std::string& message);
 
 // Installs a sink for the whole process; an empty one brings the default writer back.
 void set_log_sink(log_sink sink);
@@ -39,8 +39,8 @@ void set_log_sink(log_sink sink);
 // the last '/' or '\' of the path. Levels above error print as error. The line has left the
 // program's buffers when the call returns. Throws std::system_error (value_too_large) for a path
 // longer than the largest 32-bit signed value.
-void write_default_log_line(log_level level, const std::string &path, std::uint64_t line,
-                            const std::string &message);
+void write_default_log_line(log_level level, const std::string& path, std::uint64_t line,
+                            const std::string& message);
 
 } // namespace vantu::orvanta
 

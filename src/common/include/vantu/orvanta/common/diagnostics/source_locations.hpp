@@ -7,17 +7,17 @@
 namespace vantu::orvanta {
 
 struct source_location {
-    const char *path;
+    const char* path;
     std::uint64_t line;
 };
 
 namespace locations {
 
-inline constexpr const char *data_path =
+inline constexpr const char* data_path =
     "hardware-api-service/src/common/include/vantu/orvanta/common/utils/data";
-inline constexpr const char *utils_path =
+inline constexpr const char* utils_path =
     "hardware-api-service/src/common/include/vantu/orvanta/common/utils/utils";
-inline constexpr const char *lib_path = "hardware-api-service/src/runtime/lib";
+inline constexpr const char* lib_path = "hardware-api-service/src/runtime/lib";
 
 inline constexpr source_location skip_write_length{data_path, 40};
 inline constexpr source_location skip_read_length{data_path, 45};

@@ -12,8 +12,8 @@ struct version_record {
 
     version_record() : version_text(std::string(left_version) + '|' + right_version) {}
 
-    static constexpr const char *left_version = "2.0.0";
-    static constexpr const char *right_version = "2.0.0";
+    static constexpr const char* left_version = "2.0.0";
+    static constexpr const char* right_version = "2.0.0";
 };
 
 namespace {
