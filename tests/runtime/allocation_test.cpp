@@ -40,6 +40,8 @@ TEST(allocation_trap, sees_each_way_to_allocate) {
     EXPECT_EQ(allocation_trap::allocations(), before + 1);
     const std::unique_ptr<int> owned(new (std::nothrow) int(1));
     EXPECT_EQ(allocation_trap::allocations(), before + 2);
+    ::operator delete (::operator new (64, std::align_val_t{64}), std::align_val_t{64});
+    EXPECT_EQ(allocation_trap::allocations(), before + 3);
 }
 
 TEST(a_request_of_the_flat_api, allocates_nothing) {

@@ -8,6 +8,8 @@ namespace {
 
 thread_local bool armed = false;
 thread_local std::size_t counted = 0;
+thread_local std::size_t until_failure = 0; // 0: none is to fail
+thread_local bool failed = false;
 
 void count_one() {
     counted += armed ? 1 : 0;
@@ -39,26 +41,55 @@ void* __wrap_realloc(void* at, std::size_t size) {
 
 namespace {
 
-void* allocate(std::size_t size) {
+// Counts an allocation; true when it is the one that is to fail.
+bool is_to_fail() {
     count_one();
-    return __real_malloc(size == 0 ? 1 : size);
+    if (until_failure == 0 || --until_failure != 0) {
+        return false;
+    }
+    failed = true;
+    return true;
+}
+
+void* allocate(std::size_t size) {
+    return is_to_fail() ? nullptr : __real_malloc(size == 0 ? 1 : size);
+}
+
+void* allocate(std::size_t size, std::align_val_t alignment) {
+    const auto step = static_cast<std::size_t>(alignment);
+    return is_to_fail() ? nullptr : std::aligned_alloc(step, (size + step - 1) / step * step);
+}
+
+void* or_throw(void* at) {
+    return at != nullptr ? at : throw std::bad_alloc();
 }
 
 } // namespace
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 void* operator new(std::size_t size) {
-    void* at = allocate(size);
-    return at != nullptr ? at : throw std::bad_alloc();
+    return or_throw(allocate(size));
 }
 void* operator new[](std::size_t size) {
-    return operator new(size);
+    return or_throw(allocate(size));
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return or_throw(allocate(size, alignment));
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return or_throw(allocate(size, alignment));
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return allocate(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     return allocate(size);
+}
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return allocate(size, alignment);
+}
+void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return allocate(size, alignment);
 }
 void operator delete(void* at) noexcept {
     std::free(at);
@@ -72,10 +103,28 @@ void operator delete(void* at, std::size_t) noexcept {
 void operator delete[](void* at, std::size_t) noexcept {
     std::free(at);
 }
+void operator delete(void* at, std::align_val_t) noexcept {
+    std::free(at);
+}
+void operator delete[](void* at, std::align_val_t) noexcept {
+    std::free(at);
+}
+void operator delete(void* at, std::size_t, std::align_val_t) noexcept {
+    std::free(at);
+}
+void operator delete[](void* at, std::size_t, std::align_val_t) noexcept {
+    std::free(at);
+}
 void operator delete(void* at, const std::nothrow_t&) noexcept {
     std::free(at);
 }
 void operator delete[](void* at, const std::nothrow_t&) noexcept {
+    std::free(at);
+}
+void operator delete(void* at, std::align_val_t, const std::nothrow_t&) noexcept {
+    std::free(at);
+}
+void operator delete[](void* at, std::align_val_t, const std::nothrow_t&) noexcept {
     std::free(at);
 }
 
@@ -92,6 +141,19 @@ allocation_trap::~allocation_trap() {
 
 std::size_t allocation_trap::allocations() {
     return counted;
+}
+
+allocation_failure::allocation_failure(std::size_t nth) {
+    failed = false;
+    until_failure = nth;
+}
+
+allocation_failure::~allocation_failure() {
+    until_failure = 0;
+}
+
+bool allocation_failure::happened() {
+    return failed;
 }
 
 } // namespace orvanta_tests

@@ -15,4 +15,16 @@ class allocation_trap {
     [[nodiscard]] static std::size_t allocations();
 };
 
+// Lets one operator new of the calling thread fail while it lives: the nth from here (1: the next one).
+class allocation_failure {
+  public:
+    explicit allocation_failure(std::size_t nth);
+    ~allocation_failure();
+    allocation_failure(const allocation_failure&) = delete;
+    allocation_failure& operator=(const allocation_failure&) = delete;
+
+    // Whether that many were asked for, so that one has failed.
+    [[nodiscard]] static bool happened();
+};
+
 } // namespace orvanta_tests
