@@ -18,7 +18,10 @@ endif()
 
 if(ORVANTA_SANITIZE)
   string(REPLACE ";" "," sanitizers "${ORVANTA_SANITIZE}")
-  add_compile_options(-fsanitize=${sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)
+  # At -O2 the instrumented code takes g++ three times as long, and finds nothing more.
+  set(CMAKE_C_FLAGS_RELWITHDEBINFO "-O1 -g1")
+  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g1")
+  add_compile_options(-fsanitize=${sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${sanitizers})
 endif()
 
