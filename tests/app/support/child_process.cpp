@@ -18,8 +18,6 @@
 #include <unistd.h>
 #include <utility>
 
-extern char** environ;
-
 namespace orvanta_test {
 namespace {
 
@@ -82,6 +80,7 @@ class spawn_plan {
         const int session = own_session ? POSIX_SPAWN_SETSID : 0;
         posix_spawnattr_setflags(&attributes_, static_cast<short>(POSIX_SPAWN_SETSIGDEF | session));
         std::vector<char*> arguments;
+        arguments.reserve(command.size() + 1);
         for (std::string& word : command) {
             arguments.push_back(word.data());
         }

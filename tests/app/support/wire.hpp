@@ -27,7 +27,7 @@ using datagrams = std::vector<bytes>;
             throw std::invalid_argument("not a hexadecimal digit in: " + std::string(text));
         }
         if (second) {
-            result.back() = static_cast<std::uint8_t>(result.back() * 16 + value);
+            result.back() = static_cast<std::uint8_t>(std::size_t{result.back()} * 16 + value);
         } else {
             result.push_back(static_cast<std::uint8_t>(value));
         }
