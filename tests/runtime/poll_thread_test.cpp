@@ -79,8 +79,8 @@ TEST_F(poll_thread, hands_on_a_burst_in_order) {
     }
     ASSERT_TRUE(recorder_.has(20 * 61));
     for (std::uint32_t i = 0; i < number; ++i) {
-        EXPECT_EQ(recorder_.events[i].event_type, 17U);
-        EXPECT_EQ(recorder_.events[i].device_id, i);
+        EXPECT_EQ(+recorder_.events[i].event_type, 17U);
+        EXPECT_EQ(+recorder_.events[i].device_id, i);
     }
     EXPECT_EQ(vantu_orvanta_poll_thread_result(thread_), 0U) << "it still runs";
 }
@@ -126,7 +126,7 @@ TEST_F(poll_thread, hands_on_the_goodbye_of_the_service_and_ends_with_3) {
     session_.service.push(datagram({op(6, 0)}));
     EXPECT_TRUE(ends_with(3));
     ASSERT_EQ(recorder_.events.size(), 1U);
-    EXPECT_EQ(recorder_.events[0].event_type, 2U);
+    EXPECT_EQ(+recorder_.events[0].event_type, 2U);
 }
 
 TEST_F(poll_thread, ends_with_8_when_the_service_is_gone) {
