@@ -3,7 +3,7 @@
 #include "vantu/orvanta/communication/operations.hpp"
 
 #include <gmock/gmock.h>
-#include <limits>
+#include <ostream>
 #include <set>
 
 namespace simulator_tests {
@@ -24,6 +24,10 @@ struct device_request {
     bool needs_opening;
     bool needs_orvanta3;
 };
+
+void PrintTo(const device_request& row, std::ostream* out) {
+    *out << row.name;
+}
 
 const device_request device_requests[] = {
     {"open", 18, {0x00, 0x00}, false, false},
@@ -166,6 +170,10 @@ struct wrong_argument {
     std::uint8_t code;
     bytes argument;
 };
+
+void PrintTo(const wrong_argument& row, std::ostream* out) {
+    *out << row.name;
+}
 
 const wrong_argument wrong_arguments[] = {
     {"gravity_flag_of_2", 67, {0x02, 0x00, 0x00, 0x00, 0x3F}},
