@@ -99,6 +99,17 @@ TEST(connecting, keeps_every_datagram_within_2048_bytes_with_all_devices_there_c
     }
 }
 
+TEST(connecting, never_parts_the_details_of_a_device_from_its_listing) {
+    // Behind 35 Orvanta3 and 8 Palmetrons there are 29 bytes left: room for a listing alone.
+    bench tested(announcing(announce_order::after), 35, 20);
+    const sent_list answer = tested.send(1, datagram({connect_operation(tag)}));
+    ASSERT_THAT(answer, SizeIs(3));
+    EXPECT_EQ(answer[1].content.size(), 6U + 35 * 47 + 8 * 46);
+    EXPECT_EQ(answer[2].content.size(), 6U + 12 * 46);
+    EXPECT_EQ(count_of(16, answer[2].content), 12U);
+    EXPECT_EQ(count_of(24, answer[2].content), 12U);
+}
+
 TEST(connecting, gives_every_client_an_id_of_its_own_also_after_others_have_left) {
     bench tested(announcing(announce_order::after), 0, 0);
     std::set<bytes> ids;

@@ -115,6 +115,10 @@ TEST_P(each_request, with_a_body_too_short_or_too_long_is_refused_and_changes_no
             EXPECT_THAT(tested.send(1, datagram({changed})), ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
         }
     }
+    // One byte more is claimed than there is; then one byte less is there than is claimed.
+    ++request[2];
+    EXPECT_THAT(tested.send(1, datagram({request})), ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
+    --request[2];
     request.pop_back();
     EXPECT_THAT(tested.send(1, datagram({request})), ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
     EXPECT_EQ(tested.core.devices()[0].settings, before);
