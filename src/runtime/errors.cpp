@@ -1,4 +1,5 @@
 // The texts of the client's error codes, and the exception that carries one.
+#include "runtime/status_codes.hpp"
 #include "vantu/orvanta/client.hpp"
 #include "vantu/orvanta/communication/service_status.hpp"
 
@@ -40,23 +41,8 @@ const char* error_message(std::int32_t code) noexcept {
     case vantu_orvanta_request_queue_full:
         // The three service statuses that travel under small codes of the client's own.
         return service_text(code - vantu_orvanta_buffer_full_or_empty + 0xB3);
-    case 0:
-    case 160:
-    case 161:
-    case 162:
-    case 163:
-    case 176:
-    case 177:
-    case 178:
-    case 192:
-    case 193:
-    case 194:
-    case 195:
-    case 208:
-    case 209:
-        return service_text(code);
     default:
-        return service_text(unknown_status);
+        return service_text(is_own_client_code(code) ? code : unknown_status);
     }
 }
 

@@ -1,6 +1,7 @@
 // The receivers, one for each row of the operation table that the client receives.
 #include "runtime/receive.hpp"
 
+#include "runtime/status_codes.hpp"
 #include "vantu/orvanta/communication/bodies.hpp"
 #include "vantu/orvanta/orvanta.h"
 
@@ -69,35 +70,6 @@ template <std::uint8_t code, typename Body>
     return vantu_orvanta_success;
 }
 
-// The client error code that a service status becomes on receipt.
-[[nodiscard]] constexpr std::uint32_t error_status(std::uint8_t status) {
-    switch (status) {
-    case 0:
-    case 160:
-    case 161:
-    case 162:
-    case 163:
-    case 176:
-    case 177:
-    case 178:
-    case 192:
-    case 193:
-    case 194:
-    case 195:
-    case 208:
-    case 209:
-        return status;
-    case 179:
-        return vantu_orvanta_buffer_full_or_empty;
-    case 180:
-        return vantu_orvanta_request_queue_empty;
-    case 181:
-        return vantu_orvanta_request_queue_full;
-    default:
-        return 255;
-    }
-}
-
 using receive_function = std::int32_t (*)(byte_buffer&, device_table&, vantu_orvanta_event&);
 
 template <std::uint8_t code>
@@ -108,8 +80,10 @@ std::int32_t receive_body(byte_buffer& buffer, device_table& devices, vantu_orva
         event.event_type = event.tag != 0 ? vantu_orvanta_event_ack : vantu_orvanta_event_none;
     } else if constexpr (code == op_code::service_error) {
         const auto& body = buffer.read<body_type>();
-        fill_event(proto::addressed<vantu_orvanta_error>{body.device_id, {error_status(body.record.status)}},
-                   event);
+        fill_event(
+            proto::addressed<vantu_orvanta_error>{body.device_id,
+                                                  {client_code_from_service_status(body.record.status)}},
+            event);
     } else if constexpr (!std::is_same_v<body_type, proto::empty_body>) {
         const auto& body = buffer.read<body_type>();
         fill_event(body, event);
