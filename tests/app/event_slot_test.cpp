@@ -15,7 +15,7 @@ using namespace vantu::orvanta::app;
 using vantu::orvanta::client;
 
 struct pattern {
-    std::uint8_t bytes[26];
+    std::uint8_t bytes[250];
 };
 
 pattern pattern_of(std::uint8_t value) {
@@ -44,21 +44,35 @@ TEST(event_slot, never_shows_parts_of_two_records) {
     event_slot<pattern> slot;
     std::atomic<bool> done{false};
     std::thread writer([&] {
-        for (std::uint32_t i = 0; i < 100'000; ++i) {
-            slot.store(pattern_of(static_cast<std::uint8_t>(i)));
+        // Eight reads to let the reader through, then the next record.
+        for (std::uint32_t i = 0; !done; ++i) {
+            if (i % 8 == 0) {
+                slot.store(pattern_of(static_cast<std::uint8_t>(i / 8)));
+            } else {
+                (void)slot.load();
+            }
         }
         slot.store(pattern_of(200));
-        done = true;
     });
+    int changes = 0;
+    int idle = 0;
+    pattern last = slot.load();
     bool whole = true;
-    while (!done && whole) {
+    while (changes < 500 && whole) {
         const pattern seen = slot.load();
         whole = std::all_of(std::begin(seen.bytes), std::end(seen.bytes),
                             [&](std::uint8_t byte) { return byte == seen.bytes[0]; });
+        if (seen.bytes[0] != last.bytes[0]) {
+            ++changes;
+        } else if (++idle % 1000 == 0) { // where both threads share a processor
+            std::this_thread::yield();
+        }
+        last = seen;
     }
+    done = true;
     writer.join();
     EXPECT_TRUE(whole);
-    EXPECT_EQ(200, slot.load().bytes[25]);
+    EXPECT_EQ(200, slot.load().bytes[0]);
 }
 
 TEST(event_fn, copies_the_whole_record_into_its_slot) {

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <ostream>
 
 namespace {
 
@@ -117,6 +118,8 @@ TEST(tool_connect, ends_after_sixteen_seconds_when_the_service_is_absent) {
 struct refusal {
     const char* answer;
     const char* text;
+
+    friend void PrintTo(const refusal& value, std::ostream* out) { *out << value.text; }
 };
 
 class refused_tool : public testing::TestWithParam<refusal> {};
