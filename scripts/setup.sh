@@ -28,6 +28,12 @@ test)
 *) fail "usage: $0 run|test" ;;
 esac
 
+# clang's runtime for the thread sanitizer has a package of each version's own.
+if [ "${1-}" = test ] && ! compgen -G '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.tsan-x86_64.a' >/dev/null; then
+    clang_version=$(apt-cache depends clang 2>/dev/null | sed -n 's/.*Depends: clang-\([0-9]*\)$/\1/p')
+    needed+=("libclang-rt-${clang_version:-14}-dev:/usr/lib/llvm-${clang_version:-14}/no-such-file")
+fi
+
 missing=()
 for entry in "${needed[@]}"; do
     probe=${entry#*:}
