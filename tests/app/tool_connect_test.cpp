@@ -82,6 +82,7 @@ TEST(tool_connect, runs_beside_another_tool_on_the_next_port) {
 TEST(tool_connect, ends_when_all_sixteen_ports_are_taken) {
     fake_service service(service_port);
     std::vector<std::unique_ptr<fake_service>> taken;
+    taken.reserve(client_ports);
     for (int i = 0; i < client_ports; ++i) {
         taken.push_back(std::make_unique<fake_service>(static_cast<std::uint16_t>(first_client_port + i)));
     }
@@ -119,7 +120,7 @@ struct refusal {
     const char* answer;
     const char* text;
 
-    friend void PrintTo(const refusal& value, std::ostream* out) { *out << value.text; }
+    friend std::ostream& operator<<(std::ostream& out, const refusal& value) { return out << value.text; }
 };
 
 class refused_tool : public testing::TestWithParam<refusal> {};
