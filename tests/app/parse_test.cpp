@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iomanip>
 #include <limits>
 #include <locale>
 #include <sstream>
@@ -16,6 +17,13 @@ using testing::ThrowsMessage;
 using vantu::orvanta::app::parse_fraction;
 using vantu::orvanta::app::parse_index;
 
+// A digit many times over, and what follows it.
+std::string run_of(char digit, std::size_t count, const std::string& end = {}) {
+    std::ostringstream text;
+    text << std::setfill(digit) << std::setw(static_cast<int>(count)) << "" << end;
+    return text.str();
+}
+
 TEST(parse_index, converts_decimal_digits) {
     EXPECT_EQ(0U, parse_index("0"));
     EXPECT_EQ(4U, parse_index("4"));
@@ -25,7 +33,7 @@ TEST(parse_index, converts_decimal_digits) {
 TEST(parse_index, ignores_leading_zeros_however_many) {
     EXPECT_EQ(7U, parse_index("007"));
     EXPECT_EQ(0U, parse_index("000"));
-    EXPECT_EQ(7U, parse_index(std::string(5000, '0') + "7"));
+    EXPECT_EQ(7U, parse_index(run_of('0', 5000, "7")));
 }
 
 TEST(parse_index, gives_nothing_for_any_character_that_is_no_digit) {
@@ -44,7 +52,7 @@ TEST(parse_index, rejects_the_empty_word_as_an_invalid_argument) {
 
 TEST(parse_index, rejects_what_a_signed_32_bit_number_cannot_hold) {
     for (const std::string& word : {std::string("2147483648"), std::string("4294967296"),
-                                    std::string("99999999999"), std::string(5000, '9')}) {
+                                    std::string("99999999999"), run_of('9', 5000)}) {
         EXPECT_THAT([&] { (void)parse_index(word); },
                     ThrowsMessage<std::out_of_range>(StrEq("stoi argument out of range")))
             << word;
@@ -82,8 +90,8 @@ TEST(parse_fraction, rejects_words_without_a_number_as_an_invalid_argument) {
 }
 
 TEST(parse_fraction, rejects_what_a_float_cannot_hold) {
-    for (const std::string& word : {std::string(39, '9'), std::string(5000, '9') + ".5",
-                                    std::string("340282356779733661637539395458142568448")}) {
+    for (const std::string& word :
+         {run_of('9', 39), run_of('9', 5000, ".5"), std::string("340282356779733661637539395458142568448")}) {
         EXPECT_THAT([&] { (void)parse_fraction(word); },
                     ThrowsMessage<std::out_of_range>(StrEq("stof argument out of range")))
             << word;
@@ -96,15 +104,14 @@ TEST(parse_fraction, takes_the_largest_float_and_all_that_rounds_to_it) {
 }
 
 TEST(parse_fraction, takes_numbers_too_small_for_a_float_as_the_nearest_there_is) {
-    EXPECT_EQ(0.0F, parse_fraction(std::string("0.") + std::string(60, '0') + "1"));
-    EXPECT_EQ(0.0F, parse_fraction(std::string(".") + std::string(5000, '0') + "1"));
-    EXPECT_EQ(0.0F, parse_fraction(std::string("0.") + std::string(60, '0') + "1.9"));
-    EXPECT_EQ(std::numeric_limits<float>::denorm_min(),
-              parse_fraction(std::string("0.") + std::string(44, '0') + "14"));
+    EXPECT_EQ(0.0F, parse_fraction("0." + run_of('0', 60, "1")));
+    EXPECT_EQ(0.0F, parse_fraction("." + run_of('0', 5000, "1")));
+    EXPECT_EQ(0.0F, parse_fraction("0." + run_of('0', 60, "1.9")));
+    EXPECT_EQ(std::numeric_limits<float>::denorm_min(), parse_fraction("0." + run_of('0', 44, "14")));
 }
 
 TEST(parse_fraction, reads_long_words_to_their_end) {
-    EXPECT_EQ(7.25F, parse_fraction(std::string(5000, '0') + "7.25" + std::string(5000, '0')));
+    EXPECT_EQ(7.25F, parse_fraction(run_of('0', 5000, "7.25" + run_of('0', 5000))));
 }
 
 class german_numbers : public std::numpunct<char> {

@@ -71,7 +71,8 @@ TEST_F(tool_end, comes_with_a_factor_beyond_a_float) {
     find_the_device(tool);
     tool.exchange("3\n", settings_menu);
     tool.exchange("2\n", scaling_prompt);
-    tool.program.type(std::string(50, '9') + "\n");
+    tool.program.type(std::string(50, '9'));
+    tool.program.type("\n");
     tool.expect_end(aborted);
     EXPECT_THAT(tool.program.rest_of_errors(), HasSubstr("stof argument out of range"));
 }
