@@ -128,9 +128,9 @@ class a_handled_request : public testing::TestWithParam<handled_request> {
   protected:
     // Sends the request and returns its tag.
     std::uint8_t send() {
-        session_.expect(GetParam().code, GetParam().body);
-        EXPECT_EQ(GetParam().send(session_.client(), 5, notes_), 0);
-        const std::uint8_t tag = session_.tag_of_last_request();
+        session.expect(GetParam().code, GetParam().body);
+        EXPECT_EQ(GetParam().send(session.client(), 5, noted), 0);
+        const std::uint8_t tag = session.tag_of_last_request();
         EXPECT_NE(tag, 0);
         return tag;
     }
@@ -139,65 +139,65 @@ class a_handled_request : public testing::TestWithParam<handled_request> {
         return op(GetParam().reply_code, tag, join({id, GetParam().reply_record}));
     }
 
-    notes notes_;
-    client_session session_{notes_.config()};
+    notes noted;
+    client_session session{noted.config()};
 };
 
 TEST_P(a_handled_request, ends_with_its_reply) {
-    session_.receive(reply_under(send()));
+    session.receive(reply_under(send()));
     const std::string record = hex(GetParam().reply_record);
-    EXPECT_THAT(notes_.lines, ElementsAre(record.empty() ? "replied" : "replied " + record));
+    EXPECT_THAT(noted.lines, ElementsAre(record.empty() ? "replied" : "replied " + record));
 }
 
 TEST_P(a_handled_request, ends_with_an_acknowledgement) {
-    session_.receive(op(2, send()));
-    EXPECT_THAT(notes_.lines, ElementsAre("acknowledged"));
+    session.receive(op(2, send()));
+    EXPECT_THAT(noted.lines, ElementsAre("acknowledged"));
 }
 
 TEST_P(a_handled_request, ends_with_the_error_of_the_service) {
-    session_.receive(op(240, send(), join({id, {0xB1}})));
-    EXPECT_THAT(notes_.lines, ElementsAre("failed 177"));
+    session.receive(op(240, send(), join({id, {0xB1}})));
+    EXPECT_THAT(noted.lines, ElementsAre("failed 177"));
 }
 
 TEST_P(a_handled_request, ends_once_and_leaves_what_follows_to_the_default_callbacks) {
     const std::uint8_t tag = send();
-    session_.receive(reply_under(tag));
-    notes_.lines.clear();
-    session_.receive(op(2, tag));
-    session_.receive(op(240, tag, join({id, {0xC0}})));
-    EXPECT_THAT(notes_.lines, ElementsAre("default ack", "default error 192"));
-    session_.receive(reply_under(tag));
-    for (std::size_t i = 2; i < notes_.lines.size(); ++i) {
-        EXPECT_EQ(notes_.lines[i].rfind("default", 0), 0U) << notes_.lines[i];
+    session.receive(reply_under(tag));
+    noted.lines.clear();
+    session.receive(op(2, tag));
+    session.receive(op(240, tag, join({id, {0xC0}})));
+    EXPECT_THAT(noted.lines, ElementsAre("default ack", "default error 192"));
+    session.receive(reply_under(tag));
+    for (std::size_t i = 2; i < noted.lines.size(); ++i) {
+        EXPECT_EQ(noted.lines[i].rfind("default", 0), 0U) << noted.lines[i];
     }
 }
 
 TEST_P(a_handled_request, is_not_ended_by_its_own_reply_under_another_tag) {
     const std::uint8_t tag = send();
-    session_.receive(reply_under(static_cast<std::uint8_t>(tag + 1)));
-    session_.receive(reply_under(0));
-    EXPECT_EQ(std::count(notes_.lines.begin(), notes_.lines.end(), "failed 177"), 0);
-    notes_.lines.clear();
-    session_.receive(op(240, tag, join({id, {0xB1}})));
-    EXPECT_THAT(notes_.lines, ElementsAre("failed 177"));
+    session.receive(reply_under(static_cast<std::uint8_t>(tag + 1)));
+    session.receive(reply_under(0));
+    EXPECT_EQ(std::count(noted.lines.begin(), noted.lines.end(), "failed 177"), 0);
+    noted.lines.clear();
+    session.receive(op(240, tag, join({id, {0xB1}})));
+    EXPECT_THAT(noted.lines, ElementsAre("failed 177"));
 }
 
 TEST_P(a_handled_request, returns_2_for_device_0_and_enters_nothing) {
-    EXPECT_EQ(GetParam().send(session_.client(), 0, notes_), 2);
+    EXPECT_EQ(GetParam().send(session.client(), 0, noted), 2);
     for (int tag = 0; tag < 256; ++tag) {
-        session_.client().dispatch(make_event(1, static_cast<std::uint8_t>(tag)));
+        session.client().dispatch(make_event(1, static_cast<std::uint8_t>(tag)));
     }
-    EXPECT_EQ(std::count(notes_.lines.begin(), notes_.lines.end(), "default ack"), 256);
+    EXPECT_EQ(std::count(noted.lines.begin(), noted.lines.end(), "default ack"), 256);
 }
 
 TEST_P(a_handled_request, returns_3_without_a_connection_and_enters_nothing) {
-    client unconnected(notes_.config());
-    EXPECT_EQ(GetParam().send(unconnected, 5, notes_), 3);
+    client unconnected(noted.config());
+    EXPECT_EQ(GetParam().send(unconnected, 5, noted), 3);
     for (int tag = 0; tag < 256; ++tag) {
         unconnected.dispatch(make_event(1, static_cast<std::uint8_t>(tag)));
     }
-    EXPECT_EQ(std::count(notes_.lines.begin(), notes_.lines.end(), "default ack"), 256);
-    EXPECT_EQ(notes_.lines.size(), 256U);
+    EXPECT_EQ(std::count(noted.lines.begin(), noted.lines.end(), "default ack"), 256);
+    EXPECT_EQ(noted.lines.size(), 256U);
 }
 
 INSTANTIATE_TEST_SUITE_P(each, a_handled_request, testing::ValuesIn(requests()),
@@ -207,93 +207,93 @@ class handlers : public testing::Test {
   protected:
     // Sends a save request with a handler and returns its tag.
     std::uint8_t save(vantu::orvanta::reply_handler<vantu_orvanta_config_save> handler) {
-        session_.expect(64, id);
-        EXPECT_EQ(session_.client().config_save(5, std::move(handler)), 0);
-        return session_.tag_of_last_request();
+        session.expect(64, id);
+        EXPECT_EQ(session.client().config_save(5, std::move(handler)), 0);
+        return session.tag_of_last_request();
     }
 
-    notes notes_;
-    client_session session_{notes_.config()};
+    notes noted;
+    client_session session{noted.config()};
 };
 
 TEST_F(handlers, wait_on_when_another_kind_of_reply_comes_under_their_tag) {
-    const std::uint8_t tag = save(notes_.noting());
-    session_.receive(op(47, tag, join({id, filled(16, 0)})));
-    session_.receive(op(19, tag, id));
-    session_.receive(op(64, tag, join({id, {3}})));
-    EXPECT_THAT(notes_.lines, ElementsAre("default orientation", "default opened", "replied 03"));
+    const std::uint8_t tag = save(noted.noting());
+    session.receive(op(47, tag, join({id, filled(16, 0)})));
+    session.receive(op(19, tag, id));
+    session.receive(op(64, tag, join({id, {3}})));
+    EXPECT_THAT(noted.lines, ElementsAre("default orientation", "default opened", "replied 03"));
 }
 
 TEST_F(handlers, may_be_empty_and_still_take_the_reply) {
     const std::uint8_t tag = save(nullptr);
-    session_.receive(op(64, tag, join({id, {3}})));
-    EXPECT_THAT(notes_.lines, ElementsAre());
-    session_.receive(op(64, tag, join({id, {3}})));
-    EXPECT_THAT(notes_.lines, ElementsAre("default save"));
+    session.receive(op(64, tag, join({id, {3}})));
+    EXPECT_THAT(noted.lines, ElementsAre());
+    session.receive(op(64, tag, join({id, {3}})));
+    EXPECT_THAT(noted.lines, ElementsAre("default save"));
 }
 
 TEST_F(handlers, are_given_the_client) {
     client* seen = nullptr;
     const std::uint8_t tag = save([&](client& from, const auto&) { seen = &from; });
-    session_.receive(op(2, tag));
-    EXPECT_EQ(seen, &session_.client());
+    session.receive(op(2, tag));
+    EXPECT_EQ(seen, &session.client());
 }
 
 TEST_F(handlers, may_send_the_next_request) {
     const std::uint8_t first = save([&](client& from, const auto& answer) {
-        notes_.handler(answer);
-        session_.expect(47, id);
-        EXPECT_EQ(from.orientation_get(5, notes_.noting()), 0);
+        noted.handler(answer);
+        session.expect(47, id);
+        EXPECT_EQ(from.orientation_get(5, noted.noting()), 0);
     });
-    session_.receive(op(64, first, join({id, {1}})));
-    const std::uint8_t second = session_.tag_of_last_request();
-    session_.receive(op(47, second, join({id, filled(16, 1)})));
-    EXPECT_THAT(notes_.lines,
+    session.receive(op(64, first, join({id, {1}})));
+    const std::uint8_t second = session.tag_of_last_request();
+    session.receive(op(47, second, join({id, filled(16, 1)})));
+    EXPECT_THAT(noted.lines,
                 ElementsAre("replied 01", "replied 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01"));
 }
 
 TEST_F(handlers, are_done_with_even_when_they_throw) {
     const std::uint8_t tag = save([](client&, const auto&) { throw std::runtime_error("from the handler"); });
-    EXPECT_THROW(session_.client().dispatch(make_event(1, tag)), std::runtime_error);
-    EXPECT_TRUE(session_.client().dispatch(make_event(1, tag)));
-    EXPECT_THAT(notes_.lines, ElementsAre("default ack"));
+    EXPECT_THROW(session.client().dispatch(make_event(1, tag)), std::runtime_error);
+    EXPECT_TRUE(session.client().dispatch(make_event(1, tag)));
+    EXPECT_THAT(noted.lines, ElementsAre("default ack"));
 }
 
 TEST_F(handlers, let_go_of_what_they_own_once_they_were_called) {
     const auto owned = std::make_shared<int>(1);
     const std::uint8_t tag = save([owned](client&, const auto&) {});
     EXPECT_EQ(owned.use_count(), 2);
-    session_.receive(op(2, tag));
+    session.receive(op(2, tag));
     EXPECT_EQ(owned.use_count(), 1);
 }
 
 TEST_F(handlers, are_dropped_without_a_call_when_the_client_is_destroyed) {
     const auto owned = std::make_shared<int>(1);
     static_cast<void>(save([owned](client&, const auto&) { FAIL() << "called"; }));
-    session_.destroy_client();
+    session.destroy_client();
     EXPECT_EQ(owned.use_count(), 1);
 }
 
 TEST_F(handlers, all_fail_with_8_before_the_goodbye_of_the_service_is_announced) {
-    session_.expect(64, id);
-    EXPECT_EQ(session_.client().config_save(5, notes_.noting()), 0);
-    session_.expect(18, join({id, {0, 0}}));
-    EXPECT_EQ(session_.client().device_open(5, 0, notes_.noting()), 0);
-    session_.expect(47, id);
-    EXPECT_EQ(session_.client().orientation_get(5, notes_.noting()), 0);
-    session_.service().await_script();
-    session_.receive(op(6, 0));
-    EXPECT_THAT(notes_.lines, ElementsAre("failed 8", "failed 8", "failed 8", "disconnected"));
-    session_.client().dispatch(make_event(2));
-    EXPECT_EQ(notes_.lines.size(), 5U) << "only the announcement comes a second time";
+    session.expect(64, id);
+    EXPECT_EQ(session.client().config_save(5, noted.noting()), 0);
+    session.expect(18, join({id, {0, 0}}));
+    EXPECT_EQ(session.client().device_open(5, 0, noted.noting()), 0);
+    session.expect(47, id);
+    EXPECT_EQ(session.client().orientation_get(5, noted.noting()), 0);
+    session.service().await_script();
+    session.receive(op(6, 0));
+    EXPECT_THAT(noted.lines, ElementsAre("failed 8", "failed 8", "failed 8", "disconnected"));
+    session.client().dispatch(make_event(2));
+    EXPECT_EQ(noted.lines.size(), 5U) << "only the announcement comes a second time";
 }
 
 TEST_F(handlers, cannot_send_while_the_goodbye_ends_them) {
     std::int32_t code = -1;
-    static_cast<void>(save([&](client& from, const auto&) { code = from.config_save(5, notes_.noting()); }));
-    session_.receive(op(6, 0));
+    static_cast<void>(save([&](client& from, const auto&) { code = from.config_save(5, noted.noting()); }));
+    session.receive(op(6, 0));
     EXPECT_EQ(code, 3);
-    EXPECT_THAT(notes_.lines, ElementsAre("disconnected"));
+    EXPECT_THAT(noted.lines, ElementsAre("disconnected"));
 }
 
 } // namespace

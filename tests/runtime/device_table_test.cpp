@@ -17,24 +17,24 @@ const bytes id{5, 0, 0, 0};
 class device_table : public testing::Test {
   protected:
     std::int32_t receive(const bytes& operation) {
-        session_.service.push(datagram({operation}));
-        return poll_until_something(session_.context).code;
+        session.service.push(datagram({operation}));
+        return poll_until_something(session.context).code;
     }
 
     // The stored record of device 5.
     std::string stored() {
         vantu_orvanta_device device;
         std::memset(&device, 0xAA, sizeof(device));
-        EXPECT_EQ(vantu_orvanta_device_info(session_.context, 5, &device), 0);
+        EXPECT_EQ(vantu_orvanta_device_info(session.context, 5, &device), 0);
         return hex(bytes_of(device));
     }
 
     std::int32_t info_code(std::uint32_t device_id) {
         vantu_orvanta_device device{};
-        return vantu_orvanta_device_info(session_.context, device_id, &device);
+        return vantu_orvanta_device_info(session.context, device_id, &device);
     }
 
-    service_session session_;
+    service_session session;
 };
 
 bytes cursor(std::uint8_t first) {
@@ -103,9 +103,9 @@ TEST_F(device_table, gives_7_for_details_of_another_type_and_stores_nothing) {
 }
 
 TEST_F(device_table, drops_the_datagram_of_details_that_match_no_device) {
-    session_.service.push(datagram({orvanta3_details(), op(2, 1)}));
-    EXPECT_EQ(poll_until_something(session_.context).code, 7);
-    EXPECT_EQ(poll_once(session_.context).event.event_type, 0U);
+    session.service.push(datagram({orvanta3_details(), op(2, 1)}));
+    EXPECT_EQ(poll_until_something(session.context).code, 7);
+    EXPECT_EQ(poll_once(session.context).event.event_type, 0U);
 }
 
 TEST_F(device_table, stores_cursor_states_and_their_kind_and_counts_them) {
@@ -182,7 +182,7 @@ TEST_F(device_table, takes_a_device_with_id_0_that_no_reader_can_ask_for) {
     ASSERT_EQ(receive(device_listed(0, 1)), 0);
     std::uint32_t only = 99;
     std::size_t count = 1;
-    EXPECT_EQ(vantu_orvanta_device_ids(session_.context, &only, &count), 0);
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, &only, &count), 0);
     EXPECT_EQ(count, 1U);
     EXPECT_EQ(only, 0U);
     EXPECT_EQ(info_code(0), 2);
@@ -191,18 +191,18 @@ TEST_F(device_table, takes_a_device_with_id_0_that_no_reader_can_ask_for) {
 TEST_F(device_table, lists_its_ids) {
     std::vector<std::uint32_t> ids(4, 99);
     std::size_t count = ids.size();
-    EXPECT_EQ(vantu_orvanta_device_ids(session_.context, ids.data(), &count), 0);
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, ids.data(), &count), 0);
     EXPECT_EQ(count, 0U);
     for (const std::uint32_t device : {7U, 0xFFFFFFFFU, 9U}) {
         ASSERT_EQ(receive(device_listed(device, 1)), 0);
     }
     count = 4;
-    EXPECT_EQ(vantu_orvanta_device_ids(session_.context, ids.data(), &count), 0);
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, ids.data(), &count), 0);
     EXPECT_EQ(count, 3U);
     EXPECT_THAT(ids, UnorderedElementsAre(7U, 0xFFFFFFFFU, 9U, 99U));
     EXPECT_EQ(ids[3], 99U) << "nothing is written behind the last id";
     count = 3;
-    EXPECT_EQ(vantu_orvanta_device_ids(session_.context, ids.data(), &count), 0) << "just enough room";
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, ids.data(), &count), 0) << "just enough room";
     EXPECT_EQ(count, 3U);
 }
 
@@ -212,10 +212,10 @@ TEST_F(device_table, fills_an_array_that_is_too_small_and_says_9) {
     }
     std::vector<std::uint32_t> all(3);
     std::size_t count = 3;
-    ASSERT_EQ(vantu_orvanta_device_ids(session_.context, all.data(), &count), 0);
+    ASSERT_EQ(vantu_orvanta_device_ids(session.context, all.data(), &count), 0);
     std::vector<std::uint32_t> some(3, 99);
     count = 2;
-    EXPECT_EQ(vantu_orvanta_device_ids(session_.context, some.data(), &count), 9);
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, some.data(), &count), 9);
     EXPECT_EQ(count, 2U);
     EXPECT_EQ(some, (std::vector<std::uint32_t>{all[0], all[1], 99}));
 }
@@ -223,10 +223,10 @@ TEST_F(device_table, fills_an_array_that_is_too_small_and_says_9) {
 TEST_F(device_table, says_9_and_a_count_of_0_for_no_room_only_when_there_is_a_device) {
     std::uint32_t none = 99;
     std::size_t count = 0;
-    EXPECT_EQ(vantu_orvanta_device_ids(session_.context, &none, &count), 0);
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, &none, &count), 0);
     EXPECT_EQ(count, 0U);
     ASSERT_EQ(receive(device_listed(5, 1)), 0);
-    EXPECT_EQ(vantu_orvanta_device_ids(session_.context, &none, &count), 9);
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, &none, &count), 9);
     EXPECT_EQ(count, 0U);
     EXPECT_EQ(none, 99U);
 }
@@ -237,7 +237,7 @@ TEST_F(device_table, holds_a_thousand_devices) {
     }
     std::vector<std::uint32_t> ids(1000);
     std::size_t count = ids.size();
-    EXPECT_EQ(vantu_orvanta_device_ids(session_.context, ids.data(), &count), 0);
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, ids.data(), &count), 0);
     std::sort(ids.begin(), ids.end());
     for (std::uint32_t device = 1; device <= 1000; ++device) {
         EXPECT_EQ(ids[device - 1], device);
@@ -258,7 +258,7 @@ TEST_F(device_table, readers_check_arguments_first_and_the_connection_then) {
     EXPECT_EQ(vantu_orvanta_device_info(unconnected, 0, &device), 2);
     EXPECT_EQ(vantu_orvanta_device_info(unconnected, 5, nullptr), 2);
     EXPECT_EQ(vantu_orvanta_device_info(unconnected, 5, &device), 3);
-    EXPECT_EQ(vantu_orvanta_device_info(session_.context, 5, &device), 7);
+    EXPECT_EQ(vantu_orvanta_device_info(session.context, 5, &device), 7);
     vantu_orvanta_disconnect(unconnected);
 }
 

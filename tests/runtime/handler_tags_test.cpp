@@ -18,31 +18,31 @@ const bytes id{5, 0, 0, 0};
 class handler_tags : public testing::Test {
   protected:
     handler_tags() {
-        session_.service().respond_with([this](const bytes& request) {
-            const std::lock_guard lock(mutex_);
-            tags_.push_back(request.at(10));
+        session.service().respond_with([this](const bytes& request) {
+            const std::lock_guard lock(mutex);
+            noted_tags.push_back(request.at(10));
             return std::vector<bytes>{};
         });
     }
 
     std::int32_t send() {
-        return session_.client().config_save(5, [this](client&, const auto&) { ++calls_; });
+        return session.client().config_save(5, [this](client&, const auto&) { ++calls; });
     }
 
     // The tags of the requests that have come, when there are that many.
     std::vector<std::uint8_t> tags(std::size_t count) {
         EXPECT_TRUE(wait_until([&] {
-            const std::lock_guard lock(mutex_);
-            return tags_.size() >= count;
+            const std::lock_guard lock(mutex);
+            return noted_tags.size() >= count;
         }));
-        const std::lock_guard lock(mutex_);
-        return tags_;
+        const std::lock_guard lock(mutex);
+        return noted_tags;
     }
 
-    std::mutex mutex_;
-    std::vector<std::uint8_t> tags_;
-    int calls_{0};
-    client_session session_;
+    std::mutex mutex;
+    std::vector<std::uint8_t> noted_tags;
+    int calls{0};
+    client_session session;
 };
 
 TEST_F(handler_tags, are_255_different_ones_and_then_the_request_is_refused_with_11) {
@@ -54,16 +54,16 @@ TEST_F(handler_tags, are_255_different_ones_and_then_the_request_is_refused_with
     EXPECT_EQ(std::set<std::uint8_t>(used.begin(), used.end()).size(), 255U);
     EXPECT_EQ(std::set<std::uint8_t>(used.begin(), used.end()).count(0), 0U);
     EXPECT_EQ(send(), 11);
-    EXPECT_EQ(session_.client().device_open(5, 0, {}), 11);
-    EXPECT_EQ(session_.client().device_open(0, 0, {}), 11) << "no tag, no look at the arguments";
-    ASSERT_EQ(vantu_orvanta_config_save_request(session_.client().context(), 5, 0), 0);
+    EXPECT_EQ(session.client().device_open(5, 0, {}), 11);
+    EXPECT_EQ(session.client().device_open(0, 0, {}), 11) << "no tag, no look at the arguments";
+    ASSERT_EQ(vantu_orvanta_config_save_request(session.client().context(), 5, 0), 0);
     EXPECT_EQ(tags(256).size(), 256U) << "only the request of the flat API came";
     EXPECT_EQ(tags(256).at(255), 0);
-    EXPECT_EQ(calls_, 0);
+    EXPECT_EQ(calls, 0);
     for (const std::uint8_t tag : used) {
-        session_.client().dispatch(make_event(64, tag));
+        session.client().dispatch(make_event(64, tag));
     }
-    EXPECT_EQ(calls_, 255);
+    EXPECT_EQ(calls, 255);
     EXPECT_EQ(send(), 0);
 }
 
@@ -72,14 +72,14 @@ TEST_F(handler_tags, are_given_back_by_each_way_to_end) {
         ASSERT_EQ(send(), 0);
         const std::uint8_t tag = tags(i + 1).at(i);
         constexpr std::uint32_t ends[]{64, 1, 255};
-        session_.client().dispatch(make_event(ends[i % 3], tag));
+        session.client().dispatch(make_event(ends[i % 3], tag));
     }
-    EXPECT_EQ(calls_, 900);
+    EXPECT_EQ(calls, 900);
 }
 
 TEST_F(handler_tags, are_not_used_up_by_requests_that_fail) {
     for (int i = 0; i < 600; ++i) {
-        ASSERT_EQ(session_.client().config_save(0, {}), 2);
+        ASSERT_EQ(session.client().config_save(0, {}), 2);
     }
     EXPECT_EQ(send(), 0);
     EXPECT_EQ(tags(1).size(), 1U);
@@ -92,12 +92,12 @@ TEST_F(handler_tags, let_the_handler_that_frees_the_last_one_send_again) {
     }
     std::int32_t again = -1;
     ASSERT_EQ(
-        session_.client().config_save(
+        session.client().config_save(
             5, [&](client& from, const auto&) { again = from.config_save(5, [](client&, const auto&) {}); }),
         0);
     ASSERT_EQ(send(), 11);
     const std::uint8_t last = tags(255).at(254);
-    session_.client().dispatch(make_event(64, last));
+    session.client().dispatch(make_event(64, last));
     EXPECT_EQ(again, 0);
     EXPECT_EQ(tags(256).at(255), last) << "the only free tag";
     EXPECT_EQ(send(), 11);
@@ -108,8 +108,8 @@ TEST_F(handler_tags, are_all_free_again_after_the_goodbye_of_the_service) {
         ASSERT_EQ(send(), 0);
         ASSERT_EQ(tags(i).size(), i);
     }
-    session_.receive(op(6, 0));
-    EXPECT_EQ(calls_, 255);
+    session.receive(op(6, 0));
+    EXPECT_EQ(calls, 255);
     EXPECT_EQ(send(), 3);
 }
 

@@ -27,93 +27,93 @@ std::size_t open_descriptors() {
 class failing_handshake : public testing::Test {
   protected:
     failing_handshake() { vantu_orvanta_init(); }
-    ~failing_handshake() override { vantu_orvanta_disconnect(context_); }
+    ~failing_handshake() override { vantu_orvanta_disconnect(context); }
 
     std::int32_t connect_ports(const std::string& client_port, const std::string& service_port,
                                std::uint64_t timeout_ns) {
-        return vantu_orvanta_connect_ports(context_, client_port.c_str(), service_port.c_str(), "test client",
+        return vantu_orvanta_connect_ports(context, client_port.c_str(), service_port.c_str(), "test client",
                                            0, 0, keep_alive_ns, timeout_ns);
     }
 
     // The code of a connect that is answered with one datagram.
     std::int32_t code_of_reply(const bytes& reply) {
-        service_.expect(connect_request()).answer(reply);
-        return connect_to(service_, context_);
+        service.expect(connect_request()).answer(reply);
+        return connect_to(service, context);
     }
 
     void expect_usable() {
         EXPECT_EQ(code_of_reply(acceptance()), 0);
-        service_.expect(goodbye()).answer(goodbye_received());
+        service.expect(goodbye()).answer(goodbye_received());
     }
 
-    log_capture log_;
-    scripted_service service_;
-    vantu_orvanta_context* context_{vantu_orvanta_context_create()};
+    log_capture log;
+    scripted_service service;
+    vantu_orvanta_context* context{vantu_orvanta_context_create()};
 };
 
 TEST_F(failing_handshake, refuses_null_arguments) {
-    const char* port = service_.port().c_str();
+    const char* port = service.port().c_str();
     EXPECT_EQ(vantu_orvanta_connect_ports(nullptr, "0", port, "name", 0, 0, 0, 1), 2);
-    EXPECT_EQ(vantu_orvanta_connect_ports(context_, nullptr, port, "name", 0, 0, 0, 1), 2);
-    EXPECT_EQ(vantu_orvanta_connect_ports(context_, "0", nullptr, "name", 0, 0, 0, 1), 2);
-    EXPECT_EQ(vantu_orvanta_connect_ports(context_, "0", port, nullptr, 0, 0, 0, 1), 2);
+    EXPECT_EQ(vantu_orvanta_connect_ports(context, nullptr, port, "name", 0, 0, 0, 1), 2);
+    EXPECT_EQ(vantu_orvanta_connect_ports(context, "0", nullptr, "name", 0, 0, 0, 1), 2);
+    EXPECT_EQ(vantu_orvanta_connect_ports(context, "0", port, nullptr, 0, 0, 0, 1), 2);
     EXPECT_EQ(vantu_orvanta_connect(nullptr, "name", 0, 0, 0, 1), 2);
-    EXPECT_EQ(vantu_orvanta_connect(context_, nullptr, 0, 0, 0, 1), 2);
-    EXPECT_THAT(log_.take_messages(), IsEmpty());
+    EXPECT_EQ(vantu_orvanta_connect(context, nullptr, 0, 0, 0, 1), 2);
+    EXPECT_THAT(log.take_messages(), IsEmpty());
     expect_usable();
 }
 
 TEST_F(failing_handshake, refuses_port_texts_of_257_characters) {
     EXPECT_EQ(connect_ports("0", std::string(257, '1'), patient_timeout_ns), 2);
-    EXPECT_EQ(connect_ports(std::string(257, '1'), service_.port(), patient_timeout_ns), 2);
-    EXPECT_THAT(log_.take_messages(), IsEmpty());
+    EXPECT_EQ(connect_ports(std::string(257, '1'), service.port(), patient_timeout_ns), 2);
+    EXPECT_THAT(log.take_messages(), IsEmpty());
     expect_usable();
 }
 
 TEST_F(failing_handshake, hands_port_texts_of_256_characters_to_the_system) {
     const std::string no_port(256, 'x');
-    EXPECT_EQ(connect_ports(no_port, service_.port(), patient_timeout_ns), 1);
-    auto lines = log_.take();
+    EXPECT_EQ(connect_ports(no_port, service.port(), patient_timeout_ns), 1);
+    auto lines = log.take();
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].level, warning_level);
     EXPECT_THAT(lines[0].message, testing::StartsWith("message: unable to getaddrinfo for 'localhost:" +
                                                       no_port + "' with code: "));
     EXPECT_EQ(connect_ports("0", no_port, patient_timeout_ns), 1);
-    EXPECT_THAT(log_.take_messages(),
+    EXPECT_THAT(log.take_messages(),
                 ElementsAre(testing::StartsWith("message: unable to getaddrinfo for 'localhost:" + no_port)));
     expect_usable();
 }
 
 TEST_F(failing_handshake, gives_5_when_the_local_port_is_taken) {
     const scripted_service holder;
-    EXPECT_EQ(connect_ports(holder.port(), service_.port(), patient_timeout_ns), 5);
-    EXPECT_THAT(log_.take(), ElementsAre(testing::AllOf(
-                                 testing::Field(&log_line::level, warning_level),
-                                 testing::Field(&log_line::message, "no valid interface to bind 'localhost:" +
-                                                                        holder.port() + "'"))));
+    EXPECT_EQ(connect_ports(holder.port(), service.port(), patient_timeout_ns), 5);
+    EXPECT_THAT(log.take(), ElementsAre(testing::AllOf(
+                                testing::Field(&log_line::level, warning_level),
+                                testing::Field(&log_line::message, "no valid interface to bind 'localhost:" +
+                                                                       holder.port() + "'"))));
     expect_usable();
 }
 
 TEST_F(failing_handshake, gives_4_when_a_silent_service_has_let_the_time_pass) {
-    service_.expect(connect_request());
+    service.expect(connect_request());
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(connect_ports("0", service_.port(), 60'000'000), 4);
+    EXPECT_EQ(connect_ports("0", service.port(), 60'000'000), 4);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
     expect_usable();
 }
 
 TEST_F(failing_handshake, gives_4_after_the_whole_time_when_no_service_is_there) {
-    const std::string port = service_.port();
-    service_.close();
+    const std::string port = service.port();
+    service.close();
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(connect_ports("0", port, 60'000'000), 4);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
-    EXPECT_THAT(log_.take_messages(), IsEmpty());
+    EXPECT_THAT(log.take_messages(), IsEmpty());
 }
 
 TEST_F(failing_handshake, looks_once_with_a_time_out_below_a_millisecond) {
-    service_.expect(connect_request());
-    EXPECT_EQ(connect_ports("0", service_.port(), 999'999), 254);
+    service.expect(connect_request());
+    EXPECT_EQ(connect_ports("0", service.port(), 999'999), 254);
     expect_usable();
 }
 
@@ -134,7 +134,7 @@ TEST_F(failing_handshake, gives_6_for_every_other_refusal) {
             EXPECT_EQ(code_of_reply(datagram({op(240, 0, {0, 0, 0, 0, byte})})), 6) << status;
         }
     }
-    EXPECT_THAT(log_.take_messages(), IsEmpty());
+    EXPECT_THAT(log.take_messages(), IsEmpty());
 }
 
 TEST_F(failing_handshake, gives_6_without_a_line_for_a_reply_that_is_no_datagram_of_the_service) {
@@ -148,7 +148,7 @@ TEST_F(failing_handshake, gives_6_without_a_line_for_a_reply_that_is_no_datagram
         bad[place] = static_cast<std::uint8_t>(bad[place] ^ 0x10U);
         EXPECT_EQ(code_of_reply(bad), 6) << "byte " << place;
     }
-    EXPECT_THAT(log_.take_messages(), IsEmpty());
+    EXPECT_THAT(log.take_messages(), IsEmpty());
     expect_usable();
 }
 
@@ -160,14 +160,14 @@ TEST_F(failing_handshake, gives_6_when_the_datagram_ends_after_a_notice) {
 
 TEST_F(failing_handshake, logs_an_operation_that_has_no_place_in_a_reply) {
     EXPECT_EQ(code_of_reply(datagram({op(33, 0, filled(28, 0)), op(4, 0, u64(1))})), 6);
-    EXPECT_THAT(log_.take(), ElementsAre(log_line{warning_level, "hardware-api-service/src/runtime/lib", 1082,
-                                                  "vantu_orvanta_connect_ports cannot handle op [0x21]"}));
+    EXPECT_THAT(log.take(), ElementsAre(log_line{warning_level, "hardware-api-service/src/runtime/lib", 1082,
+                                                 "vantu_orvanta_connect_ports cannot handle op [0x21]"}));
     EXPECT_EQ(code_of_reply(datagram({op(2, 0)})), 6);
-    EXPECT_THAT(log_.take_messages(), ElementsAre("vantu_orvanta_connect_ports cannot handle op [0x2]"));
+    EXPECT_THAT(log.take_messages(), ElementsAre("vantu_orvanta_connect_ports cannot handle op [0x2]"));
     EXPECT_EQ(code_of_reply(datagram({op(255, 0)})), 6);
-    EXPECT_THAT(log_.take_messages(), ElementsAre("vantu_orvanta_connect_ports cannot handle op [0xff]"));
+    EXPECT_THAT(log.take_messages(), ElementsAre("vantu_orvanta_connect_ports cannot handle op [0xff]"));
     EXPECT_EQ(code_of_reply(datagram({op(0, 0)})), 6);
-    EXPECT_THAT(log_.take_messages(), ElementsAre("vantu_orvanta_connect_ports cannot handle op [0x0]"));
+    EXPECT_THAT(log.take_messages(), ElementsAre("vantu_orvanta_connect_ports cannot handle op [0x0]"));
     expect_usable();
 }
 
@@ -175,7 +175,7 @@ TEST_F(failing_handshake, logs_every_other_received_operation_as_out_of_place) {
     for (const int code : {2, 6, 17, 19, 21, 22, 33, 37, 40, 47, 64, 66, 68, 70, 80, 81, 96, 97, 224, 225}) {
         EXPECT_EQ(code_of_reply(datagram({op(static_cast<std::uint8_t>(code), 0, filled(301, 0))})), 6)
             << code;
-        EXPECT_EQ(log_.take().size(), 1U) << code;
+        EXPECT_EQ(log.take().size(), 1U) << code;
     }
 }
 
@@ -183,7 +183,7 @@ TEST_F(failing_handshake, gives_6_for_a_notice_that_is_cut_short) {
     EXPECT_EQ(code_of_reply(datagram({op(16, 0, filled(23, 1))})), 6);
     EXPECT_EQ(code_of_reply(datagram({device_listed(5, 1), op(23, 0, join({u32(5), filled(8, 1)}))})), 6);
     EXPECT_EQ(code_of_reply(datagram({device_listed(5, 2), op(24, 0, join({u32(5), filled(7, 1)}))})), 6);
-    EXPECT_THAT(log_.take_messages(), IsEmpty());
+    EXPECT_THAT(log.take_messages(), IsEmpty());
     expect_usable();
 }
 
@@ -199,26 +199,26 @@ TEST_F(failing_handshake, gives_7_for_details_of_a_device_that_was_not_listed_wi
 TEST_F(failing_handshake, leaves_no_descriptor_open) {
     const scripted_service holder;
     const std::size_t before = open_descriptors();
-    EXPECT_EQ(connect_ports(holder.port(), service_.port(), patient_timeout_ns), 5);
+    EXPECT_EQ(connect_ports(holder.port(), service.port(), patient_timeout_ns), 5);
     EXPECT_EQ(connect_ports("0", "no port", patient_timeout_ns), 1);
     EXPECT_EQ(code_of_reply(datagram({op(240, 0, {0, 0, 0, 0, 178})})), 178);
     EXPECT_EQ(code_of_reply(datagram({op(2, 0)})), 6);
-    service_.expect(connect_request());
-    EXPECT_EQ(connect_ports("0", service_.port(), 2'000'000), 4);
+    service.expect(connect_request());
+    EXPECT_EQ(connect_ports("0", service.port(), 2'000'000), 4);
     EXPECT_EQ(open_descriptors(), before);
 }
 
 TEST_F(failing_handshake, keeps_nothing_of_the_failed_reply_for_the_next_polls) {
     EXPECT_EQ(code_of_reply(datagram({op(240, 0, {0, 0, 0, 0, 178}), op(81, 0, join({u32(5), {1}}))})), 178);
     EXPECT_EQ(code_of_reply(acceptance()), 0);
-    EXPECT_EQ(poll_once(context_).event.event_type, 0U);
-    service_.expect(goodbye()).answer(goodbye_received());
+    EXPECT_EQ(poll_once(context).event.event_type, 0U);
+    service.expect(goodbye()).answer(goodbye_received());
 }
 
 TEST_F(failing_handshake, leaves_the_context_unconnected) {
     EXPECT_EQ(code_of_reply(datagram({op(240, 0, {0, 0, 0, 0, 178})})), 178);
-    EXPECT_EQ(poll_once(context_).code, 3);
-    EXPECT_EQ(vantu_orvanta_device_open(context_, 5, 0, 0), 3);
+    EXPECT_EQ(poll_once(context).code, 3);
+    EXPECT_EQ(vantu_orvanta_device_open(context, 5, 0, 0), 3);
 }
 
 } // namespace

@@ -17,24 +17,24 @@ class handshake : public testing::Test {
     ~handshake() override {
         std::uint32_t id = 0;
         std::size_t count = 0;
-        if (vantu_orvanta_device_ids(context_, &id, &count) != 3) {
-            service_.expect(goodbye()).answer(goodbye_received());
+        if (vantu_orvanta_device_ids(context, &id, &count) != 3) {
+            service.expect(goodbye()).answer(goodbye_received());
         }
-        vantu_orvanta_disconnect(context_);
+        vantu_orvanta_disconnect(context);
     }
 
     void connect() {
-        ASSERT_EQ(connect_to(service_, context_), 0);
-        service_.await_script();
+        ASSERT_EQ(connect_to(service, context), 0);
+        service.await_script();
     }
 
-    scripted_service service_;
-    vantu_orvanta_context* context_{vantu_orvanta_context_create()};
+    scripted_service service;
+    vantu_orvanta_context* context{vantu_orvanta_context_create()};
 };
 
 TEST_F(handshake, sends_one_request_of_123_bytes) {
     const auto process = static_cast<std::uint32_t>(getpid());
-    service_
+    service
         .expect(join({{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00},             // header
                       {0xFF, 0x03, 0x70, 0x00, 0x00},                   // operation 3, 112 bytes, tag 0
                       {0x34, 0x12},                                     // value a
@@ -47,23 +47,23 @@ TEST_F(handshake, sends_one_request_of_123_bytes) {
                       {'2', '.', '0', '.', '0', '|', '2', '.', '0', '.', '0'},
                       filled(53, 0)}))
         .answer(acceptance());
-    EXPECT_EQ(vantu_orvanta_connect_ports(context_, "0", service_.port().c_str(), "Device Config", 0x1234,
+    EXPECT_EQ(vantu_orvanta_connect_ports(context, "0", service.port().c_str(), "Device Config", 0x1234,
                                           0x5678, 0x0123456789ABCDEF, patient_timeout_ns),
               0);
-    service_.await_script();
-    EXPECT_EQ(service_.last_datagram().size(), 123U);
+    service.await_script();
+    EXPECT_EQ(service.last_datagram().size(), 123U);
 }
 
 TEST_F(handshake, takes_a_name_of_31_characters_and_an_empty_one) {
     for (const std::string& name : {std::string(31, 'n'), std::string()}) {
-        service_
+        service
             .expect(join({{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0x03, 0x70, 0x00, 0x00},
                           filled(12, 0),
                           u32(static_cast<std::uint32_t>(getpid())),
                           text_field(name, 32),
                           text_field("2.0.0|2.0.0", 64)}))
             .answer(datagram({op(240, 0, {0, 0, 0, 0, 178})}));
-        EXPECT_EQ(vantu_orvanta_connect_ports(context_, "0", service_.port().c_str(), name.c_str(), 0, 0, 0,
+        EXPECT_EQ(vantu_orvanta_connect_ports(context, "0", service.port().c_str(), name.c_str(), 0, 0, 0,
                                               patient_timeout_ns),
                   178);
     }
@@ -75,88 +75,88 @@ TEST_F(handshake, connects_from_the_local_port_that_was_asked_for) {
         const scripted_service finds_a_free_port;
         port = finds_a_free_port.port();
     }
-    service_.expect(connect_request()).answer(acceptance());
-    ASSERT_EQ(vantu_orvanta_connect_ports(context_, port.c_str(), service_.port().c_str(), "test client", 0,
-                                          0, keep_alive_ns, patient_timeout_ns),
+    service.expect(connect_request()).answer(acceptance());
+    ASSERT_EQ(vantu_orvanta_connect_ports(context, port.c_str(), service.port().c_str(), "test client", 0, 0,
+                                          keep_alive_ns, patient_timeout_ns),
               0);
-    const std::string sender = service_.last_sender();
+    const std::string sender = service.last_sender();
     EXPECT_EQ(sender.substr(sender.rfind(':') + 1), port);
 }
 
 TEST_F(handshake, logs_one_whole_line_with_ids_and_addresses) {
     log_capture log;
-    service_.expect(connect_request()).answer(acceptance());
+    service.expect(connect_request()).answer(acceptance());
     connect();
     const auto lines = log.take();
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].level, info_level);
     EXPECT_EQ(lines[0].message, "Connected: cid[1234605616436508552], pid:[" + std::to_string(getpid()) +
-                                    "], client addr:[" + service_.last_sender() +
-                                    "] -> service addr:" + service_.address_text());
+                                    "], client addr:[" + service.last_sender() +
+                                    "] -> service addr:" + service.address_text());
 }
 
 TEST_F(handshake, takes_device_notices_ahead_of_the_acceptance_into_the_device_table) {
-    service_.expect(connect_request())
+    service.expect(connect_request())
         .answer(
             datagram({device_listed(5, 1), op(23, 0, join({u32(5), counting(0x30, 8), {2}})),
                       device_listed(6, 2), op(24, 0, join({u32(6), counting(0x40, 8)})), op(4, 0, u64(1))}));
     connect();
     vantu_orvanta_device device{};
-    ASSERT_EQ(vantu_orvanta_device_info(context_, 5, &device), 0);
+    ASSERT_EQ(vantu_orvanta_device_info(context, 5, &device), 0);
     EXPECT_EQ(
         hex(bytes_of(device)),
         hex(join({u64(1), {1, 7, 0xEF, 0xBE}, counting(0x60, 16), counting(0x30, 8), {2}, filled(41, 0)})));
-    ASSERT_EQ(vantu_orvanta_device_info(context_, 6, &device), 0);
+    ASSERT_EQ(vantu_orvanta_device_info(context, 6, &device), 0);
     EXPECT_EQ(hex(bytes_of(device)),
               hex(join({u64(1), {2, 7, 0xEF, 0xBE}, counting(0x60, 16), counting(0x40, 8), filled(42, 0)})));
-    EXPECT_EQ(poll_once(context_).event.event_type, 0U) << "a notice of the handshake is no event";
+    EXPECT_EQ(poll_once(context).event.event_type, 0U) << "a notice of the handshake is no event";
 }
 
 TEST_F(handshake, leaves_what_follows_the_acceptance_to_the_polls) {
-    service_.expect(connect_request())
+    service.expect(connect_request())
         .answer(datagram({op(4, 0, u64(1)), device_listed(5, 1), op(81, 3, join({u32(5), {9}}))}));
     connect();
-    const polled listed = poll_once(context_);
+    const polled listed = poll_once(context);
     EXPECT_EQ(listed.code, 0);
     EXPECT_EQ(hex(bytes_of(listed.event)),
               hex(join({u32(16), u32(5), {0}, {1, 7, 0xEF, 0xBE}, counting(0x60, 16), filled(281, 0)})));
-    const polled power = poll_once(context_);
+    const polled power = poll_once(context);
     EXPECT_EQ(power.code, 0);
     EXPECT_EQ(hex(bytes_of(power.event)), hex(join({u32(81), u32(5), {3, 9}, filled(300, 0)})));
-    const polled nothing = poll_once(context_);
+    const polled nothing = poll_once(context);
     EXPECT_EQ(nothing.code, 0);
     EXPECT_EQ(nothing.event.event_type, 0U);
 }
 
 TEST_F(handshake, ignores_the_reserved_field_the_lengths_and_the_tag_of_the_reply) {
-    service_.expect(connect_request())
+    service.expect(connect_request())
         .answer(join({{0xE9, 0x9E, 0x01, 0x00, 0xAB, 0xCD}, op_of_length(4, 200, 0, u64(1))}));
     connect();
 }
 
 TEST_F(handshake, waits_without_limit_for_a_time_out_of_zero) {
-    service_.expect(connect_request()).answer(acceptance());
-    EXPECT_EQ(vantu_orvanta_connect_ports(context_, "0", service_.port().c_str(), "test client", 0, 0,
+    service.expect(connect_request()).answer(acceptance());
+    EXPECT_EQ(vantu_orvanta_connect_ports(context, "0", service.port().c_str(), "test client", 0, 0,
                                           keep_alive_ns, 0),
               0);
 }
 
 TEST_F(handshake, refuses_a_second_connect_and_sends_nothing_for_it) {
-    service_.expect(connect_request()).answer(acceptance());
+    service.expect(connect_request()).answer(acceptance());
     connect();
-    EXPECT_EQ(connect_to(service_, context_), 3);
-    EXPECT_EQ(vantu_orvanta_connect(context_, "test client", 0, 0, keep_alive_ns, 1'000'000), 3);
+    EXPECT_EQ(connect_to(service, context), 3);
+    EXPECT_EQ(vantu_orvanta_connect(context, "test client", 0, 0, keep_alive_ns, 1'000'000), 3);
 }
 
 TEST_F(handshake, works_again_after_the_service_said_goodbye) {
-    service_.expect(connect_request()).answer(acceptance());
+    service.expect(connect_request()).answer(acceptance());
     connect();
-    service_.push(goodbye_received());
-    EXPECT_EQ(poll_until_something(context_).event.event_type, 2U);
-    service_.expect(connect_request()).answer(acceptance());
+    service.push(goodbye_received());
+    EXPECT_EQ(poll_until_something(context).event.event_type, 2U);
+    service.expect(connect_request()).answer(acceptance());
     connect();
-    service_.push(datagram({op(81, 0, join({u32(5), {9}}))}));
-    EXPECT_EQ(poll_until_something(context_).event.event_type, 81U);
+    service.push(datagram({op(81, 0, join({u32(5), {9}}))}));
+    EXPECT_EQ(poll_until_something(context).event.event_type, 81U);
 }
 
 } // namespace

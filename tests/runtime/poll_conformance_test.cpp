@@ -91,8 +91,8 @@ class received : public testing::TestWithParam<received_operation> {
   protected:
     void list_device() {
         if (!GetParam().listing.empty()) {
-            session_.service.push(datagram({GetParam().listing}));
-            EXPECT_EQ(poll_until_something(session_.context).event.event_type, 16U);
+            session.service.push(datagram({GetParam().listing}));
+            EXPECT_EQ(poll_until_something(session.context).event.event_type, 16U);
         }
     }
 
@@ -110,13 +110,13 @@ class received : public testing::TestWithParam<received_operation> {
     }
 
     void expect_event(std::uint8_t tag) {
-        const polled result = poll_once(session_.context);
+        const polled result = poll_once(session.context);
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(hex(bytes_of(result.event)), expected_event(tag));
     }
 
     void expect_nothing_more() {
-        const polled result = poll_once(session_.context);
+        const polled result = poll_once(session.context);
         if (GetParam().code == 6) {
             EXPECT_EQ(result.code, 3);
             return;
@@ -125,52 +125,52 @@ class received : public testing::TestWithParam<received_operation> {
         EXPECT_EQ(hex(bytes_of(result.event)), hex(filled(310, 0)));
     }
 
-    service_session session_;
+    service_session session;
 };
 
 TEST_P(received, yields_its_event_with_tag_0) {
     list_device();
-    session_.service.push(datagram({op(GetParam().code, 0, GetParam().body)}));
+    session.service.push(datagram({op(GetParam().code, 0, GetParam().body)}));
     expect_event(0);
     expect_nothing_more();
 }
 
 TEST_P(received, yields_its_event_with_tag_255) {
     list_device();
-    session_.service.push(datagram({op(GetParam().code, 255, GetParam().body)}));
+    session.service.push(datagram({op(GetParam().code, 255, GetParam().body)}));
     expect_event(255);
     expect_nothing_more();
 }
 
 TEST_P(received, goes_by_the_bytes_that_are_there_and_not_by_the_stated_length) {
     list_device();
-    session_.service.push(datagram({op_of_length(GetParam().code, 255, 0, GetParam().body)}));
+    session.service.push(datagram({op_of_length(GetParam().code, 255, 0, GetParam().body)}));
     expect_event(255);
     if (GetParam().code != 6) {
-        session_.service.push(datagram({op_of_length(GetParam().code, 255, 0xFFFF, GetParam().body)}));
+        session.service.push(datagram({op_of_length(GetParam().code, 255, 0xFFFF, GetParam().body)}));
         expect_event(255);
     }
 }
 
 TEST_P(received, leaves_up_to_4_spare_bytes_unread) {
     list_device();
-    session_.service.push(datagram({op(GetParam().code, 255, join({GetParam().body, filled(4, 0)}))}));
+    session.service.push(datagram({op(GetParam().code, 255, join({GetParam().body, filled(4, 0)}))}));
     expect_event(255);
     expect_nothing_more();
 }
 
 TEST_P(received, takes_5_spare_bytes_for_the_next_operation) {
     if (GetParam().code == 6) {
-        session_.service.push(datagram({op(6, 255, filled(5, 0))}));
+        session.service.push(datagram({op(6, 255, filled(5, 0))}));
         expect_event(255);
         expect_nothing_more();
         return;
     }
     list_device();
-    session_.service.push(datagram({op(GetParam().code, 255, join({GetParam().body, filled(5, 0)}))}));
+    session.service.push(datagram({op(GetParam().code, 255, join({GetParam().body, filled(5, 0)}))}));
     expect_event(255);
     log_capture log;
-    EXPECT_EQ(poll_once(session_.context).code, 6);
+    EXPECT_EQ(poll_once(session.context).code, 6);
     EXPECT_THAT(log.take_messages(),
                 ElementsAre("vantu_orvanta_poll: communication::proto::op magic mismatch"));
     expect_nothing_more();
@@ -178,10 +178,10 @@ TEST_P(received, takes_5_spare_bytes_for_the_next_operation) {
 
 TEST_P(received, lets_the_operation_behind_it_through) {
     list_device();
-    session_.service.push(datagram({op(GetParam().code, 255, GetParam().body), op(81, 9, with_id({7}))}));
+    session.service.push(datagram({op(GetParam().code, 255, GetParam().body), op(81, 9, with_id({7}))}));
     expect_event(255);
     if (GetParam().code != 6) {
-        EXPECT_EQ(hex(bytes_of(poll_once(session_.context).event)),
+        EXPECT_EQ(hex(bytes_of(poll_once(session.context).event)),
                   hex(join({u32(81), id, {9, 7}, filled(300, 0)})));
     }
     expect_nothing_more();
@@ -193,16 +193,16 @@ TEST_P(received_with_body, is_refused_one_byte_short_and_the_buffer_is_emptied) 
     list_device();
     const bytes& body = GetParam().body;
     const log_capture silent;
-    session_.service.push(datagram({op(GetParam().code, 255, bytes(body.begin(), body.end() - 1))}));
-    EXPECT_EQ(poll_once(session_.context).code, 6);
+    session.service.push(datagram({op(GetParam().code, 255, bytes(body.begin(), body.end() - 1))}));
+    EXPECT_EQ(poll_once(session.context).code, 6);
     expect_nothing_more();
 }
 
 TEST_P(received_with_body, is_refused_with_no_body_at_all) {
     list_device();
     log_capture log;
-    session_.service.push(datagram({op_of_length(GetParam().code, 255, 400, {})}));
-    EXPECT_EQ(poll_once(session_.context).code, 6);
+    session.service.push(datagram({op_of_length(GetParam().code, 255, 400, {})}));
+    EXPECT_EQ(poll_once(session.context).code, 6);
     EXPECT_THAT(log.take(), IsEmpty());
     expect_nothing_more();
 }
@@ -210,9 +210,9 @@ TEST_P(received_with_body, is_refused_with_no_body_at_all) {
 TEST_P(received_with_body, is_not_understood_cut_short_but_the_next_datagram_is) {
     list_device();
     const bytes& body = GetParam().body;
-    session_.service.push(datagram({op(GetParam().code, 1, bytes(body.begin(), body.end() - 1))}));
-    session_.service.push(datagram({op(GetParam().code, 2, body)}));
-    EXPECT_EQ(poll_once(session_.context).code, 6);
+    session.service.push(datagram({op(GetParam().code, 1, bytes(body.begin(), body.end() - 1))}));
+    session.service.push(datagram({op(GetParam().code, 2, body)}));
+    EXPECT_EQ(poll_once(session.context).code, 6);
     expect_event(2);
 }
 

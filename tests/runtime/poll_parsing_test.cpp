@@ -19,9 +19,9 @@ class poll_parsing : public testing::Test {
   protected:
     // The code of the next poll, and that another one finds nothing.
     std::int32_t code_of(const bytes& datagram) {
-        session_.service.push(datagram);
-        const std::int32_t code = poll_once(session_.context).code;
-        const polled after = poll_once(session_.context);
+        session.service.push(datagram);
+        const std::int32_t code = poll_once(session.context).code;
+        const polled after = poll_once(session.context);
         EXPECT_EQ(after.code, 0);
         EXPECT_EQ(after.event.event_type, 0U);
         return code;
@@ -29,42 +29,42 @@ class poll_parsing : public testing::Test {
 
     void expect_rejected(const bytes& datagram, std::uint64_t line, const char* message) {
         EXPECT_EQ(code_of(datagram), 6);
-        EXPECT_THAT(log_.take(),
+        EXPECT_THAT(log.take(),
                     ElementsAre(log_line{info_level, "hardware-api-service/src/runtime/lib", line, message}));
     }
 
     void expect_event(std::uint32_t type) {
-        const polled result = poll_once(session_.context);
+        const polled result = poll_once(session.context);
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(result.event.event_type, type);
     }
 
-    service_session session_;
-    log_capture log_;
+    service_session session;
+    log_capture log;
 };
 
 TEST_F(poll_parsing, finds_nothing_and_logs_nothing_on_a_quiet_connection) {
-    const polled result = poll_once(session_.context);
+    const polled result = poll_once(session.context);
     EXPECT_EQ(result.code, 0);
     EXPECT_EQ(hex(bytes_of(result.event)), hex(filled(310, 0)));
-    EXPECT_THAT(log_.take(), IsEmpty());
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST_F(poll_parsing, zeroes_the_event_it_is_given) {
     vantu_orvanta_event event;
     std::memset(&event, 0xAA, sizeof(event));
-    EXPECT_EQ(vantu_orvanta_poll(session_.context, &event), 0);
+    EXPECT_EQ(vantu_orvanta_poll(session.context, &event), 0);
     EXPECT_EQ(hex(bytes_of(event)), hex(filled(310, 0)));
     std::memset(&event, 0xAA, sizeof(event));
-    session_.service.push(datagram({op(64, 1, join({id, {1}}))}));
-    EXPECT_EQ(vantu_orvanta_poll(session_.context, &event), 0);
+    session.service.push(datagram({op(64, 1, join({id, {1}}))}));
+    EXPECT_EQ(vantu_orvanta_poll(session.context, &event), 0);
     EXPECT_EQ(hex(bytes_of(event)), hex(join({u32(64), id, {1, 1}, filled(300, 0)})));
 }
 
 TEST_F(poll_parsing, refuses_null_arguments) {
     vantu_orvanta_event event;
     EXPECT_EQ(vantu_orvanta_poll(nullptr, &event), 2);
-    EXPECT_EQ(vantu_orvanta_poll(session_.context, nullptr), 2);
+    EXPECT_EQ(vantu_orvanta_poll(session.context, nullptr), 2);
     EXPECT_EQ(vantu_orvanta_poll(nullptr, nullptr), 2);
 }
 
@@ -92,7 +92,7 @@ TEST_F(poll_parsing, refuses_another_version) {
 }
 
 TEST_F(poll_parsing, takes_any_value_in_the_reserved_field) {
-    session_.service.push({0xE9, 0x9E, 1, 0, 0xFF, 0xFF, 0xFF, 2, 0, 0, 1});
+    session.service.push({0xE9, 0x9E, 1, 0, 0xFF, 0xFF, 0xFF, 2, 0, 0, 1});
     expect_event(1);
 }
 
@@ -112,10 +112,10 @@ TEST_F(poll_parsing, refuses_another_operation_magic_and_drops_the_rest) {
 }
 
 TEST_F(poll_parsing, checks_the_header_of_each_datagram_once) {
-    session_.service.push(datagram({op(2, 1), op(2, 2), op(2, 3)}));
-    session_.service.push(datagram({op(2, 4)}));
+    session.service.push(datagram({op(2, 1), op(2, 2), op(2, 3)}));
+    session.service.push(datagram({op(2, 4)}));
     for (std::uint8_t tag = 1; tag <= 4; ++tag) {
-        const polled result = poll_once(session_.context);
+        const polled result = poll_once(session.context);
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(result.event.event_type, 1U);
         EXPECT_EQ(result.event.tag, tag);
@@ -127,25 +127,25 @@ TEST_F(poll_parsing, skips_each_unknown_operation_and_delivers_the_next) {
                         47, 64, 66, 68, 70, 80, 81, 96, 97, 224, 225, 240};
     for (int code = 0; code < 256; ++code) {
         if (known.count(code) == 0) {
-            session_.service.push(datagram({op(static_cast<std::uint8_t>(code), 1, {0xFF, 2, 0}), op(2, 1)}));
-            EXPECT_EQ(poll_once(session_.context).code, 6) << code;
+            session.service.push(datagram({op(static_cast<std::uint8_t>(code), 1, {0xFF, 2, 0}), op(2, 1)}));
+            EXPECT_EQ(poll_once(session.context).code, 6) << code;
             expect_event(1);
         }
     }
-    EXPECT_THAT(log_.take(), IsEmpty());
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST_F(poll_parsing, skips_an_unknown_operation_without_a_body) {
-    session_.service.push(datagram({op(241, 1), op(2, 1)}));
-    EXPECT_EQ(poll_once(session_.context).code, 6);
+    session.service.push(datagram({op(241, 1), op(2, 1)}));
+    EXPECT_EQ(poll_once(session.context).code, 6);
     expect_event(1);
 }
 
 TEST_F(poll_parsing, drops_the_datagram_of_an_unknown_operation_that_is_cut_short) {
     EXPECT_EQ(code_of(datagram({op_of_length(241, 1, 11, {1, 2, 3, 4, 5}), op(2, 1)})), 6);
     EXPECT_EQ(code_of(datagram({op_of_length(241, 1, 0xFFFF, {}), op(2, 1)})), 6);
-    session_.service.push(datagram({op_of_length(241, 1, 10, {1, 2, 3, 4, 5}), op(2, 1)}));
-    EXPECT_EQ(poll_once(session_.context).code, 6) << "the length covers all of it";
+    session.service.push(datagram({op_of_length(241, 1, 10, {1, 2, 3, 4, 5}), op(2, 1)}));
+    EXPECT_EQ(poll_once(session.context).code, 6) << "the length covers all of it";
     expect_event(0);
 }
 
@@ -154,15 +154,15 @@ TEST_F(poll_parsing, does_not_take_an_acceptance_outside_the_handshake) {
 }
 
 TEST_F(poll_parsing, yields_no_event_for_an_acknowledgement_with_tag_0_and_goes_on_behind_it) {
-    session_.service.push(datagram({op(2, 0), op(2, 7)}));
+    session.service.push(datagram({op(2, 0), op(2, 7)}));
     expect_event(0);
     expect_event(1);
 }
 
 TEST_F(poll_parsing, refuses_a_handedness_of_0_but_not_what_follows) {
-    session_.service.push(datagram({op(70, 1, join({id, {0}})), op(70, 1, join({id, {255}}))}));
-    EXPECT_EQ(poll_once(session_.context).code, 2);
-    const polled next = poll_once(session_.context);
+    session.service.push(datagram({op(70, 1, join({id, {0}})), op(70, 1, join({id, {255}}))}));
+    EXPECT_EQ(poll_once(session.context).code, 2);
+    const polled next = poll_once(session.context);
     EXPECT_EQ(next.code, 0);
     EXPECT_EQ(hex(bytes_of(next.event)), hex(join({u32(67), id, {1, 255}, filled(300, 0)})));
 }
@@ -172,8 +172,8 @@ TEST_F(poll_parsing, maps_every_service_status_of_an_error) {
     for (int status = 0; status < 256; ++status) {
         std::uint32_t expected = kept.count(status) != 0 ? static_cast<std::uint32_t>(status) : 255;
         expected = status == 179 ? 9 : status == 180 ? 10 : status == 181 ? 11 : expected;
-        session_.service.push(datagram({op(240, 4, join({id, {static_cast<std::uint8_t>(status)}}))}));
-        const polled result = poll_once(session_.context);
+        session.service.push(datagram({op(240, 4, join({id, {static_cast<std::uint8_t>(status)}}))}));
+        const polled result = poll_once(session.context);
         EXPECT_EQ(result.code, 0);
         EXPECT_EQ(hex(bytes_of(result.event)), hex(join({u32(255), id, {4}, u32(expected), filled(297, 0)})))
             << status;
@@ -181,16 +181,16 @@ TEST_F(poll_parsing, maps_every_service_status_of_an_error) {
 }
 
 TEST_F(poll_parsing, takes_a_grip_state_without_a_tail_as_exactly_22_bytes) {
-    session_.service.push(datagram({op(40, 1, join({id, {9}, counting(1, 16), {0}})), op(2, 1)}));
-    const polled result = poll_once(session_.context);
+    session.service.push(datagram({op(40, 1, join({id, {9}, counting(1, 16), {0}})), op(2, 1)}));
+    const polled result = poll_once(session.context);
     EXPECT_EQ(hex(bytes_of(result.event)), hex(join({u32(50), id, {0, 9}, counting(1, 16), filled(284, 0)})));
     expect_event(1);
 }
 
 TEST_F(poll_parsing, takes_a_grip_state_with_the_longest_tail) {
-    session_.service.push(
+    session.service.push(
         datagram({op(40, 1, join({id, {9}, counting(1, 16), {255}, counting(1, 255)})), op(2, 1)}));
-    const polled result = poll_once(session_.context);
+    const polled result = poll_once(session.context);
     EXPECT_EQ(hex(bytes_of(result.event)),
               hex(join({u32(50), id, {0, 9}, counting(1, 16), {255}, counting(1, 255), filled(28, 0)})));
     expect_event(1);
@@ -200,27 +200,27 @@ TEST_F(poll_parsing, refuses_a_grip_state_with_less_tail_than_it_counts) {
     EXPECT_EQ(code_of(datagram({op(40, 1, join({id, {9}, counting(1, 16), {6}, counting(1, 5)}))})), 6);
     EXPECT_EQ(code_of(datagram({op(40, 1, join({id, {9}, counting(1, 16), {255}, counting(1, 254)}))})), 6);
     EXPECT_EQ(code_of(datagram({op(40, 1, join({id, {9}, counting(1, 16)}))})), 6);
-    EXPECT_THAT(log_.take(), IsEmpty());
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST_F(poll_parsing, takes_a_datagram_of_2048_bytes) {
     bytes longest = datagram({op(2, 1), op(241, 0, filled(2032, 1))});
     ASSERT_EQ(longest.size(), 2048U);
-    session_.service.push(longest);
+    session.service.push(longest);
     expect_event(1);
-    EXPECT_EQ(poll_once(session_.context).code, 6);
-    EXPECT_THAT(log_.take(), IsEmpty());
+    EXPECT_EQ(poll_once(session.context).code, 6);
+    EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST_F(poll_parsing, gives_1_and_a_warning_for_a_larger_datagram_and_drops_it) {
     for (const std::size_t spare : {2033U, 9000U, 60000U}) {
         EXPECT_EQ(code_of(datagram({op(2, 1), op(241, 0, filled(spare, 1))})), 1) << spare;
-        const auto lines = log_.take();
+        const auto lines = log.take();
         ASSERT_EQ(lines.size(), 1U);
         EXPECT_EQ(lines[0].level, warning_level);
         EXPECT_THAT(lines[0].message, testing::StartsWith("message: unable to recv packet with code: "));
     }
-    session_.service.push(datagram({op(2, 1)}));
+    session.service.push(datagram({op(2, 1)}));
     expect_event(1);
 }
 

@@ -45,22 +45,22 @@ struct recorder {
 class poll_thread : public testing::Test {
   protected:
     void start() {
-        thread_ = vantu_orvanta_poll_thread_start(session_.context, recorder::handle, &recorder_);
-        ASSERT_NE(thread_, nullptr);
+        thread = vantu_orvanta_poll_thread_start(session.context, recorder::handle, &recorded);
+        ASSERT_NE(thread, nullptr);
     }
 
-    void stop() { vantu_orvanta_poll_thread_stop(std::exchange(thread_, nullptr)); }
+    void stop() { vantu_orvanta_poll_thread_stop(std::exchange(thread, nullptr)); }
 
     ~poll_thread() override { stop(); }
 
     bool ends_with(std::uint32_t code) {
-        EXPECT_TRUE(wait_until([&] { return vantu_orvanta_poll_thread_result(thread_) != 0; }));
-        return vantu_orvanta_poll_thread_result(thread_) == code;
+        EXPECT_TRUE(wait_until([&] { return vantu_orvanta_poll_thread_result(thread) != 0; }));
+        return vantu_orvanta_poll_thread_result(thread) == code;
     }
 
-    service_session session_;
-    recorder recorder_;
-    vantu_orvanta_poll_thread* thread_{nullptr};
+    service_session session;
+    recorder recorded;
+    vantu_orvanta_poll_thread* thread{nullptr};
 };
 
 bytes numbered(std::uint32_t number) {
@@ -75,64 +75,64 @@ TEST_F(poll_thread, hands_on_a_burst_in_order) {
         for (int i = 0; i < 61; ++i) {
             packed = join({packed, numbered(number++)});
         }
-        session_.service.push(packed);
+        session.service.push(packed);
     }
-    ASSERT_TRUE(recorder_.has(20 * 61));
+    ASSERT_TRUE(recorded.has(20 * 61));
     for (std::uint32_t i = 0; i < number; ++i) {
-        EXPECT_EQ(+recorder_.events[i].event_type, 17U);
-        EXPECT_EQ(+recorder_.events[i].device_id, i);
+        EXPECT_EQ(+recorded.events[i].event_type, 17U);
+        EXPECT_EQ(+recorded.events[i].device_id, i);
     }
-    EXPECT_EQ(vantu_orvanta_poll_thread_result(thread_), 0U) << "it still runs";
+    EXPECT_EQ(vantu_orvanta_poll_thread_result(thread), 0U) << "it still runs";
 }
 
 TEST_F(poll_thread, hands_on_whole_events_but_no_empty_ones) {
     start();
-    session_.service.push(datagram({op(2, 0), op(64, 7, {5, 0, 0, 0, 1})}));
-    ASSERT_TRUE(recorder_.has(1));
+    session.service.push(datagram({op(2, 0), op(64, 7, {5, 0, 0, 0, 1})}));
+    ASSERT_TRUE(recorded.has(1));
     stop();
-    ASSERT_EQ(recorder_.events.size(), 1U);
-    EXPECT_EQ(hex(bytes_of(recorder_.events[0])), hex(join({u32(64), u32(5), {7, 1}, filled(300, 0)})));
+    ASSERT_EQ(recorded.events.size(), 1U);
+    EXPECT_EQ(hex(bytes_of(recorded.events[0])), hex(join({u32(64), u32(5), {7, 1}, filled(300, 0)})));
 }
 
 TEST_F(poll_thread, sends_the_keep_alives) {
     start();
-    EXPECT_TRUE(wait_until([&] { return !session_.service.keep_alives().empty(); }));
+    EXPECT_TRUE(wait_until([&] { return !session.service.keep_alives().empty(); }));
 }
 
 TEST_F(poll_thread, ends_with_6_on_a_datagram_that_is_not_understood) {
     const log_capture quiet;
     start();
-    session_.service.push({1, 2, 3});
+    session.service.push({1, 2, 3});
     EXPECT_TRUE(ends_with(6));
-    session_.service.push(datagram({op(2, 1)}));
-    EXPECT_EQ(poll_until_something(session_.context).event.event_type, 1U) << "the context goes on";
-    EXPECT_EQ(recorder_.events.size(), 0U);
+    session.service.push(datagram({op(2, 1)}));
+    EXPECT_EQ(poll_until_something(session.context).event.event_type, 1U) << "the context goes on";
+    EXPECT_EQ(recorded.events.size(), 0U);
 }
 
 TEST_F(poll_thread, ends_with_7_on_details_of_an_unlisted_device) {
     start();
-    session_.service.push(datagram({op(23, 0, join({u32(5), filled(9, 0)}))}));
+    session.service.push(datagram({op(23, 0, join({u32(5), filled(9, 0)}))}));
     EXPECT_TRUE(ends_with(7));
 }
 
 TEST_F(poll_thread, ends_with_2_on_a_handedness_of_0) {
     start();
-    session_.service.push(datagram({op(70, 0, {5, 0, 0, 0, 0})}));
+    session.service.push(datagram({op(70, 0, {5, 0, 0, 0, 0})}));
     EXPECT_TRUE(ends_with(2));
 }
 
 TEST_F(poll_thread, hands_on_the_goodbye_of_the_service_and_ends_with_3) {
     start();
-    session_.service.push(datagram({op(6, 0)}));
+    session.service.push(datagram({op(6, 0)}));
     EXPECT_TRUE(ends_with(3));
-    ASSERT_EQ(recorder_.events.size(), 1U);
-    EXPECT_EQ(+recorder_.events[0].event_type, 2U);
+    ASSERT_EQ(recorded.events.size(), 1U);
+    EXPECT_EQ(+recorded.events[0].event_type, 2U);
 }
 
 TEST_F(poll_thread, ends_with_8_when_the_service_is_gone) {
     start();
-    session_.service.close();
-    EXPECT_EQ(vantu_orvanta_config_save_request(session_.context, 5, 0), 0);
+    session.service.close();
+    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), 0);
     EXPECT_TRUE(ends_with(8));
 }
 
@@ -146,8 +146,8 @@ TEST(poll_thread_start, ends_with_3_at_once_on_a_context_that_never_connected) {
 }
 
 TEST_F(poll_thread, is_not_started_for_a_null_context_or_handler) {
-    EXPECT_EQ(vantu_orvanta_poll_thread_start(nullptr, recorder::handle, &recorder_), nullptr);
-    EXPECT_EQ(vantu_orvanta_poll_thread_start(session_.context, nullptr, &recorder_), nullptr);
+    EXPECT_EQ(vantu_orvanta_poll_thread_start(nullptr, recorder::handle, &recorded), nullptr);
+    EXPECT_EQ(vantu_orvanta_poll_thread_start(session.context, nullptr, &recorded), nullptr);
 }
 
 TEST_F(poll_thread, leaves_a_null_handle_alone) {
@@ -158,8 +158,8 @@ TEST_F(poll_thread, leaves_a_null_handle_alone) {
 TEST_F(poll_thread, can_be_stopped_and_started_again) {
     for (std::size_t round = 1; round <= 20; ++round) {
         start();
-        session_.service.push(datagram({op(2, 1)}));
-        ASSERT_TRUE(recorder_.has(round));
+        session.service.push(datagram({op(2, 1)}));
+        ASSERT_TRUE(recorded.has(round));
         stop();
     }
 }
@@ -169,10 +169,10 @@ TEST_F(poll_thread, stops_even_while_events_keep_coming) {
     start();
     std::thread flood([&] {
         while (flooding) {
-            session_.service.push(datagram({op(2, 1), op(2, 1), op(2, 1)}));
+            session.service.push(datagram({op(2, 1), op(2, 1), op(2, 1)}));
         }
     });
-    ASSERT_TRUE(recorder_.has(10));
+    ASSERT_TRUE(recorded.has(10));
     stop();
     flooding = false;
     flood.join();
@@ -181,30 +181,30 @@ TEST_F(poll_thread, stops_even_while_events_keep_coming) {
 TEST_F(poll_thread, refuses_to_be_joined_by_its_own_handler_and_ends_when_that_returns) {
     std::atomic<int> refused{0};
     std::atomic<bool> started{false};
-    recorder_.more = [&](const vantu_orvanta_event&) {
+    recorded.more = [&](const vantu_orvanta_event&) {
         while (!started) {
             std::this_thread::yield();
         }
         try {
-            vantu_orvanta_poll_thread_stop(thread_);
+            vantu_orvanta_poll_thread_stop(thread);
         } catch (const std::system_error& failure) {
             refused += failure.code() == std::errc::resource_deadlock_would_occur ? 1 : 0;
         }
     };
     start();
     started = true;
-    session_.service.push(datagram({op(2, 1), op(2, 2)}));
+    session.service.push(datagram({op(2, 1), op(2, 2)}));
     EXPECT_TRUE(wait_until([&] { return refused.load() == 1; }));
     stop();
-    EXPECT_EQ(recorder_.events.size(), 1U);
-    EXPECT_EQ(poll_once(session_.context).event.tag, 2) << "the rest is left to later polls";
+    EXPECT_EQ(recorded.events.size(), 1U);
+    EXPECT_EQ(poll_once(session.context).event.tag, 2) << "the rest is left to later polls";
 }
 
 TEST_F(poll_thread, waits_on_stop_for_a_handler_that_is_running) {
     std::atomic<bool> entered{false};
     std::atomic<bool> release{false};
     std::atomic<bool> left{false};
-    recorder_.more = [&](const vantu_orvanta_event&) {
+    recorded.more = [&](const vantu_orvanta_event&) {
         entered = true;
         while (!release) {
             std::this_thread::yield();
@@ -212,7 +212,7 @@ TEST_F(poll_thread, waits_on_stop_for_a_handler_that_is_running) {
         left = true;
     };
     start();
-    session_.service.push(datagram({op(2, 1)}));
+    session.service.push(datagram({op(2, 1)}));
     ASSERT_TRUE(wait_until([&] { return entered.load(); }));
     std::thread opener([&] {
         vantu_orvanta_sleep(20'000'000);
@@ -225,22 +225,22 @@ TEST_F(poll_thread, waits_on_stop_for_a_handler_that_is_running) {
 
 TEST_F(poll_thread, calls_its_handler_with_no_lock_held) {
     std::atomic<int> codes{-1};
-    recorder_.more = [&](const vantu_orvanta_event&) {
+    recorded.more = [&](const vantu_orvanta_event&) {
         vantu_orvanta_event inner{};
         vantu_orvanta_device device{};
-        codes = vantu_orvanta_poll(session_.context, &inner) * 100 +
-                vantu_orvanta_device_info(session_.context, 5, &device) * 10 +
-                vantu_orvanta_orientation_get(session_.context, 5, 1);
+        codes = vantu_orvanta_poll(session.context, &inner) * 100 +
+                vantu_orvanta_device_info(session.context, 5, &device) * 10 +
+                vantu_orvanta_orientation_get(session.context, 5, 1);
     };
-    session_.service.expect(datagram({op(47, 1, {5, 0, 0, 0})}));
+    session.service.expect(datagram({op(47, 1, {5, 0, 0, 0})}));
     start();
-    session_.service.push(datagram({device_listed(5, 1)}));
+    session.service.push(datagram({device_listed(5, 1)}));
     EXPECT_TRUE(wait_until([&] { return codes.load() == 0; })) << codes.load();
 }
 
 TEST_F(poll_thread, takes_no_signals) {
     std::atomic<int> blocked{0};
-    recorder_.more = [&](const vantu_orvanta_event&) {
+    recorded.more = [&](const vantu_orvanta_event&) {
         sigset_t mask;
         pthread_sigmask(SIG_BLOCK, nullptr, &mask);
         for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGALRM, SIGCHLD}) {
@@ -248,7 +248,7 @@ TEST_F(poll_thread, takes_no_signals) {
         }
     };
     start();
-    session_.service.push(datagram({op(2, 1)}));
+    session.service.push(datagram({op(2, 1)}));
     EXPECT_TRUE(wait_until([&] { return blocked.load() == 6; }));
     sigset_t own;
     pthread_sigmask(SIG_BLOCK, nullptr, &own);

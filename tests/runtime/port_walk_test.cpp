@@ -17,16 +17,16 @@ using testing::HasSubstr;
 class port_walk : public testing::Test {
   protected:
     port_walk() { vantu_orvanta_init(); }
-    ~port_walk() override { vantu_orvanta_disconnect(context_); }
+    ~port_walk() override { vantu_orvanta_disconnect(context); }
 
     std::int32_t connect(std::uint64_t timeout_ns) {
-        return vantu_orvanta_connect(context_, "test client", 0, 0, keep_alive_ns, timeout_ns);
+        return vantu_orvanta_connect(context, "test client", 0, 0, keep_alive_ns, timeout_ns);
     }
 
     // The lines about attempts.
     std::vector<std::string> attempts() {
         std::vector<std::string> result;
-        for (const log_line& line : log_.take()) {
+        for (const log_line& line : log.take()) {
             if (line.message.rfind("Attempted", 0) == 0) {
                 EXPECT_EQ(line.level, info_level);
                 result.push_back(line.message);
@@ -35,8 +35,8 @@ class port_walk : public testing::Test {
         return result;
     }
 
-    log_capture log_;
-    vantu_orvanta_context* context_{vantu_orvanta_context_create()};
+    log_capture log;
+    vantu_orvanta_context* context{vantu_orvanta_context_create()};
 };
 
 std::string attempt(int port, const std::string& text) {
@@ -50,8 +50,8 @@ TEST_F(port_walk, connects_from_port_54321_and_logs_nil) {
     EXPECT_THAT(attempts(), ElementsAre(attempt(54321, "nil")));
     EXPECT_THAT(service.last_sender(), HasSubstr(":54321"));
     service.expect(goodbye()).answer(goodbye_received());
-    vantu_orvanta_disconnect(context_);
-    context_ = nullptr;
+    vantu_orvanta_disconnect(context);
+    context = nullptr;
 }
 
 TEST_F(port_walk, passes_over_taken_ports_and_time_outs) {
@@ -65,8 +65,8 @@ TEST_F(port_walk, passes_over_taken_ports_and_time_outs) {
                                         attempt(54322, "unable to bind the client socket"),
                                         attempt(54323, "operation timed out"), attempt(54324, "nil")));
     service.expect(goodbye()).answer(goodbye_received());
-    vantu_orvanta_disconnect(context_);
-    context_ = nullptr;
+    vantu_orvanta_disconnect(context);
+    context = nullptr;
 }
 
 TEST_F(port_walk, gives_5_after_sixteen_time_outs_when_no_service_is_there) {
@@ -124,7 +124,7 @@ TEST_F(port_walk, lets_two_clients_stand_side_by_side) {
     vantu_orvanta_disconnect(second);
     std::uint32_t id = 0;
     std::size_t count = 0;
-    EXPECT_EQ(vantu_orvanta_device_ids(context_, &id, &count), 0);
+    EXPECT_EQ(vantu_orvanta_device_ids(context, &id, &count), 0);
     service.close();
 }
 

@@ -113,7 +113,7 @@ TEST(a_refused_receive, is_the_code_of_its_poll_and_the_datagram_comes_with_the_
 
 class a_refused_connect : public testing::Test {
   protected:
-    ~a_refused_connect() override { vantu_orvanta_disconnect(context_); }
+    ~a_refused_connect() override { vantu_orvanta_disconnect(context); }
 
     // Connects while a call fails; the descriptors are those of before.
     std::int32_t connect_without(system_call call, int error, int first = 1) {
@@ -122,17 +122,17 @@ class a_refused_connect : public testing::Test {
         {
             scripted_calls calls;
             calls.fail(call, error, first, scripted_calls::always);
-            code = vantu_orvanta_connect_ports(context_, "0", service_.port().c_str(), "test client", 0, 0,
+            code = vantu_orvanta_connect_ports(context, "0", service.port().c_str(), "test client", 0, 0,
                                                keep_alive_ns, 20'000'000);
         }
         EXPECT_EQ(open_descriptors(), before);
-        EXPECT_EQ(poll_once(context_).code, 3);
+        EXPECT_EQ(poll_once(context).code, 3);
         return code;
     }
 
-    log_capture log_;
-    scripted_service service_;
-    vantu_orvanta_context* context_{vantu_orvanta_context_create()};
+    log_capture log;
+    scripted_service service;
+    vantu_orvanta_context* context{vantu_orvanta_context_create()};
 };
 
 TEST_F(a_refused_connect, gives_5_when_no_socket_can_be_made_or_bound) {
