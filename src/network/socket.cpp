@@ -12,6 +12,15 @@ std::string default_port() {
     return "54320";
 }
 
+socket_status send_packet(socket_handle socket, byte_buffer& buffer, const endpoint& to) {
+    const std::uint64_t length = buffer.read_len();
+    const socket_status status = send_bytes(socket, {buffer.unread(), length}, to);
+    if (status == socket_status::ok) {
+        buffer.skip_read(length);
+    }
+    return status;
+}
+
 namespace socket_shared {
 
 std::string failure_text(std::string_view operation, std::string_view system_text) {

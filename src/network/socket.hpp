@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 namespace vantu::orvanta {
@@ -81,11 +82,15 @@ void socket_startup();
 // unavailable when no address could be bound, os_error otherwise. Release it with close_socket.
 [[nodiscard]] opened_socket open_bound_socket(const std::string& host, const std::string& port);
 
-// Sends the unread bytes of a buffer as one datagram and consumes them. Never blocks.
+// Sends the bytes as one datagram. Never blocks.
 //   ok            the datagram went out, also when the system still held an error of an earlier one
 //   would_block   the system has no room for it now
 //   unavailable   the destination's address family or address is refused
 //   os_error      anything else
+[[nodiscard]] socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes,
+                                       const endpoint& to);
+
+// The same with the unread bytes of a buffer, which it consumes when they went out.
 [[nodiscard]] socket_status send_packet(socket_handle socket, byte_buffer& buffer, const endpoint& to);
 
 // Takes one waiting datagram into the record's buffer, behind what is unread there. Never blocks.

@@ -209,15 +209,14 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
     return {invalid_socket, socket_status::unavailable};
 }
 
-socket_status send_packet(socket_handle socket, byte_buffer& buffer, const endpoint& to) {
+socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
     const int descriptor = descriptor_of(socket);
     int error = 0;
     for (int attempt = 0; attempt < send_attempts; ++attempt) {
         const ssize_t sent =
-            sendto(descriptor, buffer.unread(), buffer.read_len(), 0,
+            sendto(descriptor, bytes.data(), bytes.size(), 0,
                    reinterpret_cast<const sockaddr*>(to.address.bytes), static_cast<socklen_t>(to.length));
         if (sent >= 0) {
-            buffer.skip_read(static_cast<std::uint64_t>(sent));
             return socket_status::ok;
         }
         error = errno;
