@@ -1,0 +1,31 @@
+// Standard input as lines, without waiting for them. One source file a platform implements it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+
+// Whether somebody types the lines.
+[[nodiscard]] bool standard_input_is_terminal() noexcept;
+
+class console_input {
+  public:
+    console_input();
+    ~console_input();
+    console_input(const console_input&) = delete;
+    console_input& operator=(const console_input&) = delete;
+
+    // The lines that have come since the last call, without their ends; the last one counts at the end of
+    // the input without an end of its own. Never waits.
+    [[nodiscard]] std::vector<std::string> take_lines();
+
+    // Whether there is nothing more to come, ever.
+    [[nodiscard]] bool has_ended() const noexcept { return ended_; }
+
+  private:
+    std::string begun_; // a line whose end has not come yet
+    bool ended_{false};
+};
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,60 @@
+// JSON text as a tree whose values know their lines, so that what is wrong in a file can be pointed at.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+
+enum class json_kind : std::uint8_t { null, boolean, number, string, array, object };
+
+struct located_value {
+    json_kind kind{json_kind::null};
+    std::size_t line{1}; // from 1; of an array or object the line on which it begins
+    bool boolean{false};
+    double number{0};
+    bool is_whole{false}; // a number from 0 on without a fraction, which whole holds
+    std::uint64_t whole{0};
+    std::string string;
+    std::string name;                 // of a member of an object
+    std::size_t name_line{1};         // where that name stands
+    std::vector<located_value> items; // of an array, or the members of an object, in the text's order
+
+    // The member of that name, or null.
+    [[nodiscard]] const located_value* find(std::string_view member) const noexcept;
+};
+
+// What is wrong with a text, in one line without control characters, and where.
+class located_error : public std::runtime_error {
+  public:
+    located_error(std::size_t line, std::string_view what);
+    [[nodiscard]] std::size_t line() const noexcept { return line_; }
+
+  private:
+    std::size_t line_;
+};
+
+// Reads a whole text. Throws located_error where it is no JSON, names a member of an object twice, or is
+// nested deeper than any use of ours.
+[[nodiscard]] located_value read_located_json(const std::string& text);
+
+// What the readers of such trees ask. Each throws located_error with what is wrong and what would be right,
+// in which `place` names the value.
+void require_object(const located_value& value, std::string_view place,
+                    std::span<const std::string_view> members);
+[[nodiscard]] const located_value& required_member(const located_value& object, std::string_view place,
+                                                   std::string_view member);
+[[nodiscard]] std::uint64_t require_whole(const located_value& value, std::string_view place,
+                                          std::uint64_t least, std::uint64_t greatest);
+[[nodiscard]] const std::string& require_string(const located_value& value, std::string_view place,
+                                                std::string_view right);
+
+// The value as a message names it: "the text \"x\"", "the number 1.5", "an array".
+[[nodiscard]] std::string description_of(const located_value& value);
+
+} // namespace vantu::orvanta::simulator
