@@ -56,6 +56,12 @@ void accept_client(outbox& out, const peer& to, std::uint8_t tag, std::uint64_t 
     out.seal();
 }
 
+void announce_device(outbox& out, const peer& to, const device& which) {
+    out.seal();
+    announce(out, to, which);
+    out.seal();
+}
+
 void send_orvanta3_details(outbox& out, const peer& to, const device& which) {
     out.send<op_code::device_info_orvanta3>(to, 0, orvanta3_details(which));
 }

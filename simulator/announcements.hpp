@@ -20,6 +20,9 @@ enum class announce_order : std::uint8_t {
 void accept_client(outbox& out, const peer& to, std::uint8_t tag, std::uint64_t client_id,
                    std::span<const device> devices, announce_order order);
 
+// A device's listing and details in a datagram of their own.
+void announce_device(outbox& out, const peer& to, const device& which);
+
 // The details of an Orvanta3, its handedness among them, in a datagram of their own.
 void send_orvanta3_details(outbox& out, const peer& to, const device& which);
 

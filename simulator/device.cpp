@@ -29,7 +29,11 @@ constexpr device_family palmetron_family{
     {0xB1, 0x47, 0x0D, 0x29, 0xE8, 0x62, 0x4A, 0x15, 0x8C, 0x90, 0x7E, 0xD4}};
 static_assert(first_orvanta3_id + most_devices_of_a_type <= first_palmetron_id);
 
-device make_device(const device_family& family, std::uint32_t place) {
+} // namespace
+
+device make_device(std::uint8_t device_type, std::uint32_t place) {
+    const device_family& family =
+        device_type == vantu_orvanta_device_type_orvanta3 ? orvanta3_family : palmetron_family;
     device made;
     made.id = family.first_id + place;
     made.place = place;
@@ -45,16 +49,14 @@ device make_device(const device_family& family, std::uint32_t place) {
     return made;
 }
 
-} // namespace
-
 std::vector<device> make_devices(std::size_t orvanta3_count, std::size_t palmetron_count) {
     std::vector<device> made;
     made.reserve(orvanta3_count + palmetron_count);
     for (std::uint32_t place = 0; place < orvanta3_count; ++place) {
-        made.push_back(make_device(orvanta3_family, place));
+        made.push_back(make_device(vantu_orvanta_device_type_orvanta3, place));
     }
     for (std::uint32_t place = 0; place < palmetron_count; ++place) {
-        made.push_back(make_device(palmetron_family, place));
+        made.push_back(make_device(vantu_orvanta_device_type_palmetron, place));
     }
     return made;
 }

@@ -49,6 +49,9 @@ inline constexpr std::size_t most_devices_of_a_type = 256;
 inline constexpr std::uint32_t first_orvanta3_id = 1;
 inline constexpr std::uint32_t first_palmetron_id = 1001;
 
+// The device of a type at a place below most_devices_of_a_type, as it leaves the factory.
+[[nodiscard]] device make_device(std::uint8_t device_type, std::uint32_t place);
+
 // The devices by rising id. Identities depend on type and place alone, so that they are the same on
 // every start. At most most_devices_of_a_type of each.
 [[nodiscard]] std::vector<device> make_devices(std::size_t orvanta3_count, std::size_t palmetron_count);

@@ -184,12 +184,4 @@ std::int64_t service::next_due_ns() const {
     return soonest;
 }
 
-void service::say_goodbye() {
-    while (!clients_.all().empty()) {
-        const peer to = clients_.all().front().address;
-        out_.send<op_code::disconnected>(to, 0, {});
-        clients_.forget(to);
-    }
-}
-
 } // namespace vantu::orvanta::simulator

@@ -41,6 +41,20 @@ class service {
 
     // Tells all clients that the connection has ended, and forgets them.
     void say_goodbye();
+    // The same for one client; nothing happens for a stranger.
+    void say_goodbye_to(const peer& who);
+
+    // Forgets all clients without a word and goes on with these devices, which stand by rising id.
+    void restart(std::vector<device> devices);
+
+    // Takes a device in and lists it to all clients; false when its id is taken.
+    bool plug(const device& which);
+    // Takes a device away, also from those that have opened it, and tells all clients; false when there is
+    // none of that id.
+    bool unplug(std::uint32_t device_id);
+    // Changes a device's settings and tells all clients of another handedness, which they cannot ask for;
+    // false when there is none of that id.
+    bool configure(std::uint32_t device_id, const configuration& settings);
 
     // The datagrams to send now, in order.
     [[nodiscard]] std::deque<outgoing_datagram> take_outgoing() { return out_.take(); }
