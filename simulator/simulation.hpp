@@ -27,6 +27,7 @@ struct simulation_settings {
     std::vector<device> devices; // by rising id
     saved_state* state{nullptr}; // null: configurations are saved for as long as the simulation lives
     narrate_function narrate;    // empty: nobody is told
+    narrate_function warn;       // told of a configuration that could not be saved; empty: nobody is
 };
 
 // An operation that the service has received or sent, faults being done; what scenarios wait for.
@@ -53,7 +54,8 @@ class simulation {
     void receive(const peer& from, std::span<const std::byte> datagram);
 
     // Moves the ticks to this time since the start, rounded down to a whole tick, doing on the way what is
-    // due, in order of time. Never moves back.
+    // due, in order of time. Never moves back. What becomes due during a tick is done at the next one, so
+    // that the outcome does not depend on how often this is called.
     void advance_to(std::int64_t since_start_ns);
     [[nodiscard]] std::int64_t now_ns() const noexcept;
     [[nodiscard]] std::int64_t next_due_ns() const;

@@ -1,0 +1,207 @@
+// Devices that come, go and remember, in a simulation.
+#include "simulator/simulation_bench.hpp"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace simulator_tests {
+namespace {
+
+using namespace vantu::orvanta::simulator;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr std::uint8_t orvanta3 = 1;
+constexpr std::uint8_t palmetron = 2;
+
+// Gravity compensation on with a factor of 0.5; the answer that tells of it; that of a new device.
+const bytes set_half{0x01, 0x00, 0x00, 0x00, 0x3F};
+const bytes half_told =
+    datagram({{0xFF, 0x42, 0x09, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x3F}});
+const bytes factory_told =
+    datagram({{0xFF, 0x42, 0x09, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x40, 0x3F}});
+const bytes first_removed = datagram({{0xFF, 0x11, 0x04, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00}});
+
+std::vector<std::uint32_t> ids_of(const simulation& tested) {
+    std::vector<std::uint32_t> ids;
+    for (const device& one : tested.devices()) {
+        ids.push_back(one.id);
+    }
+    return ids;
+}
+
+TEST(a_device_unplugged, is_told_to_all_clients_and_closed_for_all) {
+    simulation_bench bench;
+    bench.enter(1, {1, 1001});
+    bench.enter(2, {1});
+    bench.enter(3);
+    ASSERT_TRUE(bench.tested.unplug(1));
+    EXPECT_THAT(bench.take(),
+                ElementsAre(sent{1, first_removed}, sent{2, first_removed}, sent{3, first_removed}));
+    EXPECT_THAT(ids_of(bench.tested), ElementsAre(1001));
+    EXPECT_THAT(bench.tested.clients()[0].opened, SizeIs(1));
+    EXPECT_THAT(bench.tested.clients()[1].opened, IsEmpty());
+    for (const sent& one : bench.wait(second)) {
+        EXPECT_EQ(one.to, 1U);
+        EXPECT_EQ(one.content.at(7), 40);
+    }
+    EXPECT_THAT(bench.send(1, request_of(0x2F, 9, 1)), ElementsAre(sent{1, refusal(9, 1, 0xC0)}));
+    EXPECT_FALSE(bench.tested.unplug(1));
+    EXPECT_THAT(bench.take(), IsEmpty());
+}
+
+TEST(a_device_plugged_in_again, is_the_same_one_and_not_opened) {
+    simulation_bench bench;
+    bench.enter(1, {1});
+    bench.enter(2);
+    bench.tested.unplug(1);
+    bench.take();
+    EXPECT_EQ(bench.tested.plug(orvanta3), 1U);
+    const bytes listed = datagram({orvanta3_added, orvanta3_details});
+    EXPECT_THAT(bench.take(), ElementsAre(sent{1, listed}, sent{2, listed}));
+    EXPECT_THAT(bench.send(1, request_of(0x2F, 9, 1)), ElementsAre(sent{1, refusal(9, 1, 0xB1)}));
+    EXPECT_THAT(bench.wait(second), IsEmpty());
+}
+
+TEST(a_device_plugged_in, takes_the_lowest_free_identity_of_its_type) {
+    simulation_bench bench;
+    EXPECT_EQ(bench.tested.plug(orvanta3), 2U);
+    EXPECT_EQ(bench.tested.plug(orvanta3), 3U);
+    EXPECT_EQ(bench.tested.plug(palmetron), 1002U);
+    bench.tested.unplug(2);
+    bench.tested.unplug(1);
+    EXPECT_EQ(bench.tested.plug(orvanta3), 1U);
+    EXPECT_EQ(bench.tested.plug(orvanta3), 2U);
+    EXPECT_THAT(ids_of(bench.tested), ElementsAre(1, 2, 3, 1001, 1002));
+}
+
+TEST(a_device_plugged_in, is_refused_beyond_256_of_its_type) {
+    simulation_settings settings;
+    settings.devices = make_devices(256, 0);
+    simulation_bench bench(std::move(settings));
+    EXPECT_EQ(bench.tested.plug(orvanta3), 0U);
+    EXPECT_EQ(bench.tested.plug(palmetron), 1001U);
+    bench.tested.unplug(77);
+    EXPECT_EQ(bench.tested.plug(orvanta3), 77U);
+}
+
+TEST(a_device_of_ones_own, is_taken_in_once_and_listed_in_the_order_of_ids) {
+    simulation_bench bench;
+    device own = make_device(orvanta3, 0);
+    own.id = 500;
+    own.settings.handedness = 2;
+    EXPECT_TRUE(bench.tested.plug(own));
+    EXPECT_FALSE(bench.tested.plug(own));
+    EXPECT_THAT(ids_of(bench.tested), ElementsAre(1, 500, 1001));
+    // Of the type's first place there is one already.
+    EXPECT_EQ(bench.tested.devices()[1].place, 1U);
+    bench.tested.unplug(500);
+    bench.tested.unplug(1);
+    EXPECT_EQ(bench.tested.plug(orvanta3), 1U);
+    EXPECT_EQ(bench.tested.plug(orvanta3), 2U);
+    EXPECT_EQ(bench.tested.devices()[1].place, 2U);
+    EXPECT_TRUE(bench.tested.plug(own));
+    EXPECT_EQ(bench.tested.devices()[2].settings.handedness, 2);
+}
+
+TEST(a_restart, brings_back_what_was_saved_and_loses_what_was_only_set) {
+    simulation_bench bench;
+    bench.enter(1, {1});
+    bench.send(1, request_of(0x43, 1, 1, set_half));
+    bench.tested.restart();
+    bench.enter(1, {1});
+    EXPECT_THAT(bench.send(1, request_of(0x42, 5, 1)), ElementsAre(sent{1, factory_told}));
+
+    bench.send(1, request_of(0x43, 1, 1, set_half));
+    EXPECT_THAT(
+        bench.send(1, request_of(0x40, 3, 1)),
+        ElementsAre(sent{1, datagram({{0xFF, 0x40, 0x05, 0x00, 0x03, 0x01, 0x00, 0x00, 0x00, 0x01}})}));
+    bench.send(1, request_of(0x43, 1, 1, {0x00, 0x00, 0x00, 0x00, 0x00}));
+    bench.tested.restart();
+    bench.enter(1, {1});
+    EXPECT_THAT(bench.send(1, request_of(0x42, 5, 1)), ElementsAre(sent{1, half_told}));
+}
+
+TEST(a_device_plugged_in_again, has_its_saved_configuration) {
+    simulation_bench bench;
+    bench.enter(1, {1});
+    bench.send(1, request_of(0x43, 1, 1, set_half));
+    bench.send(1, request_of(0x40, 3, 1));
+    bench.send(1, request_of(0x43, 1, 1, {0x00, 0x00, 0x00, 0x00, 0x00}));
+    bench.tested.unplug(1);
+    bench.tested.plug(orvanta3);
+    bench.take();
+    bench.send(1, open_request(0, 1));
+    EXPECT_THAT(bench.send(1, request_of(0x42, 5, 1)), ElementsAre(sent{1, half_told}));
+}
+
+TEST(a_configuration_set_by_hand, is_seen_by_clients_that_ask_and_its_hand_is_told_to_all) {
+    simulation_bench bench;
+    bench.enter(1, {1});
+    bench.enter(2);
+    configuration changed;
+    changed.scaling_factor = 0.5F;
+    EXPECT_TRUE(bench.tested.configure(1, changed));
+    EXPECT_THAT(bench.take(), IsEmpty());
+    EXPECT_THAT(bench.send(1, request_of(0x42, 5, 1)), ElementsAre(sent{1, half_told}));
+    changed.handedness = 2;
+    EXPECT_TRUE(bench.tested.configure(1, changed));
+    bytes left_details = orvanta3_details;
+    left_details.back() = 0x02;
+    EXPECT_THAT(bench.take(),
+                ElementsAre(sent{1, datagram({left_details})}, sent{2, datagram({left_details})}));
+    EXPECT_FALSE(bench.tested.configure(99, changed));
+    bench.tested.restart();
+    EXPECT_EQ(bench.tested.devices()[0].settings, configuration());
+}
+
+class with_a_state_file : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (std::filesystem::temp_directory_path() / "simulation_XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    [[nodiscard]] std::string path() const { return (folder / "state.json").string(); }
+
+    std::filesystem::path folder;
+};
+
+TEST_F(with_a_state_file, what_is_saved_is_there_in_the_next_simulation) {
+    {
+        saved_state state(path());
+        simulation_settings settings;
+        settings.state = &state;
+        simulation_bench bench(std::move(settings));
+        bench.enter(1, {1});
+        bench.send(1, request_of(0x43, 1, 1, set_half));
+        bench.send(1, request_of(0x40, 3, 1));
+        bench.send(1, request_of(0x43, 1, 1, {0x00, 0x00, 0x00, 0x00, 0x00}));
+        bench.tested.restart();
+        EXPECT_EQ(bench.tested.devices()[0].settings.scaling_factor, 0.5F);
+        EXPECT_THAT(bench.warnings, IsEmpty());
+    }
+    saved_state state(path());
+    simulation_settings settings;
+    settings.state = &state;
+    simulation_bench bench(std::move(settings));
+    bench.enter(1, {1});
+    EXPECT_THAT(bench.send(1, request_of(0x42, 5, 1)), ElementsAre(sent{1, half_told}));
+}
+
+TEST_F(with_a_state_file, a_save_that_fails_is_refused_and_warned_of) {
+    saved_state state(path());
+    simulation_settings settings;
+    settings.state = &state;
+    simulation_bench bench(std::move(settings));
+    bench.enter(1, {1});
+    std::filesystem::create_directory(path() + ".new");
+    EXPECT_THAT(bench.send(1, request_of(0x40, 3, 1)), ElementsAre(sent{1, refusal(3, 1, 0xD0)}));
+    EXPECT_THAT(bench.warnings, SizeIs(1));
+}
+
+} // namespace
+} // namespace simulator_tests
