@@ -49,11 +49,11 @@ enum class fault_kind : std::uint8_t {
 // What stands before the selector of a rule.
 enum class fault_argument : std::uint8_t {
     none,           // a probability may stand there instead
-    count,          // a whole number above 0
-    bytes,          // a size from 0 to 65507
+    count,          // a whole number from 1 to most_copies
+    bytes,          // a size from 0 to 65507; short-acceptance takes 0 to 7
     milliseconds,   // a whole number, or two with '-' between them for a uniform choice
     status,         // a service status, decimal or 0x hexadecimal, 0 to 255
-    status_and_tag, // a service status, and after ':' the tag, which is the request's where it is left out
+    status_and_tag, // a service status, and after ':' the tag; else the request's, or 0 where there is none
     tag,            // 0 to 255; another one than the reply's where it is left out
     device,         // a device id; another one than the reply's where it is left out
     device_type,    // orvanta3 or palmetron
@@ -88,8 +88,8 @@ inline constexpr std::array faults{
     fault_row{fault_kind::unknown_operation, "unknown-operation", fault_argument::none,           true,  true,  false, "an operation in it gets a code that nobody knows, its length right",        "0.02"},
     fault_row{fault_kind::lying_operation,   "lying-operation",   fault_argument::none,           true,  true,  false, "an operation in it gets an unknown code and a length past the end",         "0.02"},
     fault_row{fault_kind::short_body,        "short-body",        fault_argument::none,           true,  true,  false, "an operation's body lacks its last byte, the length says so",               "@op=66"},
-    fault_row{fault_kind::bad_between,       "bad-between",       fault_argument::none,           true,  true,  false, "it comes twice in one datagram, a bad operation between the two",           "@n=3,dir=out"},
-    fault_row{fault_kind::flood,             "flood",             fault_argument::count,          false, true,  true,  "so many copies follow it at once, beyond a client's receive buffer",        "5000@n=10"},
+    fault_row{fault_kind::bad_between,       "bad-between",       fault_argument::none,           true,  true,  false, "an operation in it comes twice, an unknown one of 4 bytes between the two", "@n=3,dir=out"},
+    fault_row{fault_kind::flood,             "flood",             fault_argument::count,          false, true,  true,  "so many tiny ones (ack, tag 0) follow it, beyond a client's receive buffer", "5000@n=10"},
     fault_row{fault_kind::retag,             "retag",             fault_argument::tag,            false, true,  false, "a reply carries another tag",                                               "9@op=66"},
     fault_row{fault_kind::readdress,         "readdress",         fault_argument::device,         false, true,  false, "a reply names another device",                                              "77@op=66"},
     fault_row{fault_kind::stale,             "stale",             fault_argument::none,           false, true,  false, "a reply of the client's earlier session goes ahead of it",                  "@op=19"},
@@ -125,6 +125,15 @@ static_assert(fault_checks::rows_stand_by_kind());
 }
 
 // When a fault happens, to which datagrams, and with which numbers.
+//
+// A rule fits a datagram that goes its way and holds an operation of its code. Faults of one operation act on
+// the first of that code, or on the first of all. Beyond that
+//   late, retag, readdress and stale fit datagrams with an answer to what the client asked, connect and
+//   disconnect included; refuse fits those with a connect, error those with a request to a device,
+//   short-acceptance those with an acceptance; goodbye fits none that is a goodbye already.
+//   reorder holds one datagram of a client and a way at a time, so that the next ones pass it.
+//   silence, goodbye, restart, unplug and plug begin right behind the datagram; silence swallows it too.
+//   What a rule adds (copies, answers) suffers the rules behind it; forged datagrams suffer none.
 struct fault_rule {
     fault_kind kind{fault_kind::drop};
     std::optional<communication::direction> way; // empty: each way that the fault can go
@@ -133,13 +142,23 @@ struct fault_rule {
     std::uint64_t nth{0};               // 0: as probable; else the nth datagram that the rule fits, once
     std::optional<std::uint32_t> first; // the argument, or the lower end of a span
     std::optional<std::uint32_t> last;  // the upper end of a span; the tag of status_and_tag
-    bool now{false};                    // asked for at once, by a verb without a selector
+    bool now{false};                    // asked for at once: a row that can be, without any selector
+
+    bool operator==(const fault_rule&) const = default;
 };
+
+inline constexpr std::uint32_t most_copies = 100'000;
+inline constexpr std::uint32_t greatest_datagram = 65'507;
 
 // Reads "ARGUMENT@SELECTOR", as in "17@op=66,dir=out,p=0.5" or "0.05" or "@n=3"; blanks around the parts
 // are passed over. Selectors: op (code, or name of the table of operations), dir (in: from clients, out),
-// p (0 to 1), n (from 1). Throws std::invalid_argument with one line: what is wrong, what would be right.
+// p (0 to 1), n (from 1). A probability in the argument's place is a selector as well. Throws
+// std::invalid_argument with one line: what is wrong, what would be right.
 [[nodiscard]] fault_rule parse_fault(fault_kind kind, std::string_view text);
+
+// The same for a rule that stands from the start, where there is nobody yet to suffer a fault at once: what
+// would be asked for at once waits for the first datagram that it fits.
+[[nodiscard]] fault_rule parse_initial_fault(fault_kind kind, std::string_view text);
 
 // The row of that name, or null.
 [[nodiscard]] const fault_row* find_fault(std::string_view name) noexcept;

@@ -1,0 +1,46 @@
+// Taking lines of text apart.
+#include "simulator/words.hpp"
+
+#include <array>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace vantu::orvanta::simulator;
+
+TEST(words, come_off_a_line_one_by_one) {
+    std::string_view line = "  set\t1  handedness left \r";
+    EXPECT_EQ(take_word(line), "set");
+    EXPECT_EQ(take_word(line), "1");
+    EXPECT_EQ(line, "handedness left");
+    EXPECT_EQ(take_word(line), "handedness");
+    EXPECT_EQ(take_word(line), "left");
+    EXPECT_EQ(take_word(line), "");
+}
+
+TEST(words, are_whole_numbers_only_as_a_whole) {
+    EXPECT_EQ(whole_number("0"), 0U);
+    EXPECT_EQ(whole_number("18446744073709551615"), 18446744073709551615U);
+    EXPECT_EQ(whole_number("0xD0"), 208U);
+    for (const char* wrong : {"", "0x", "-1", "+1", "1x", " 1", "18446744073709551616", "1.0"}) {
+        EXPECT_EQ(whole_number(wrong), std::nullopt) << wrong;
+    }
+}
+
+TEST(words, are_numbers_only_when_finite_and_whole) {
+    EXPECT_EQ(real_number("0.25"), 0.25);
+    EXPECT_EQ(real_number("1e-3"), 0.001);
+    for (const char* wrong : {"", "nan", "inf", "0.5x", " 0.5", "+1"}) {
+        EXPECT_EQ(real_number(wrong), std::nullopt) << wrong;
+    }
+}
+
+TEST(words, are_nearest_by_single_letters) {
+    constexpr std::array<std::string_view, 3> known{"plug", "unplug", "drop"};
+    EXPECT_EQ(nearest_word("plugg", known), "plug");
+    EXPECT_EQ(nearest_word("unplg", known), "unplug");
+    EXPECT_EQ(nearest_word("rdop", known), "drop");
+    EXPECT_EQ(nearest_word("plug", known), "plug");
+}
+
+} // namespace
