@@ -8,8 +8,8 @@
 namespace vantu::orvanta::simulator {
 namespace {
 
-constexpr const char* ipv4_host = "127.0.0.1";
-constexpr const char* ipv6_host = "::1";
+constexpr const char* ipv4_host = listener_hosts[0];
+constexpr const char* ipv6_host = listener_hosts[1];
 
 bool system_has_ipv6() {
     opened_socket probe = open_bound_socket(ipv6_host, "0");

@@ -4,11 +4,15 @@
 
 #include "network/socket.hpp"
 
+#include <array>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
+
+// The host of each socket, by the socket's place.
+inline constexpr std::array listener_hosts{"127.0.0.1", "::1"};
 
 class listeners {
   public:

@@ -3,8 +3,8 @@
 #include "simulator/options.hpp"
 #include "simulator/saved_state.hpp"
 #include "simulator/server.hpp"
-#include "simulator/service.hpp"
 #include "simulator/shutdown_signal.hpp"
+#include "simulator/simulation.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
@@ -14,6 +14,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -30,10 +31,10 @@ void say(std::string_view line) {
     std::fputs(text.c_str(), stderr);
 }
 
-// Ids go on differing after a restart: a client of the last run is told from those of this one.
-std::uint64_t random_first_id() {
+// Each run has chances of its own, and ids of clients that no other run gives.
+std::uint64_t random_seed() {
     std::random_device source;
-    return (static_cast<std::uint64_t>(source()) << 32U) + 1;
+    return (static_cast<std::uint64_t>(source()) << 32U) | source();
 }
 
 int simulate(const options& chosen) {
@@ -47,34 +48,27 @@ int simulate(const options& chosen) {
     socket_startup();
     platform::make_sleeps_precise();
 
-    auto devices = make_devices(chosen.orvanta3_count, chosen.palmetron_count);
-    service_settings settings;
+    simulation_settings settings;
     settings.announce = chosen.announce;
     settings.single_client = chosen.single_client;
     settings.rate_hz = chosen.rate_hz;
-    settings.first_client_id = random_first_id();
+    settings.seed = random_seed();
+    settings.devices = make_devices(chosen.orvanta3_count, chosen.palmetron_count);
+    settings.warn = say;
     if (chosen.verbose) {
         settings.narrate = say;
     }
     std::optional<saved_state> state;
     if (!chosen.state_path.empty()) {
-        state.emplace(chosen.state_path);
-        state->apply_to(devices);
-        settings.save = [&state](const device& which) {
-            const std::string failure = state->keep(which);
-            if (!failure.empty()) {
-                say(failure);
-            }
-            return failure.empty();
-        };
+        settings.state = &state.emplace(chosen.state_path);
     }
 
-    service core(std::move(settings), std::move(devices));
+    simulation simulated(std::move(settings));
     const listeners sockets(chosen.port);
     watch_for_shutdown();
     std::printf("listening on port %s\n", sockets.port().c_str());
     std::fflush(stdout);
-    server(core, sockets).serve(shutdown_was_requested);
+    server(simulated, sockets, make_steady_clock()).serve(shutdown_was_requested);
     return 0;
 }
 

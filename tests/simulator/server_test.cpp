@@ -1,4 +1,4 @@
-// The service core on real sockets, within the test's own process.
+// The simulation on real sockets, within the test's own process.
 #include "simulator/server.hpp"
 
 #include "simulator/test_client.hpp"
@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <gmock/gmock.h>
+#include <span>
 #include <stdexcept>
 #include <thread>
 
@@ -39,9 +40,10 @@ std::vector<std::string> hosts() {
 // Serves on a thread until the test ends.
 class running_server {
   public:
-    explicit running_server(service_settings settings = {})
-        : core_(std::move(settings), make_devices(1, 1)),
-          thread_([this] { server(core_, sockets_).serve([this] { return stop_.load(); }); }) {}
+    running_server()
+        : thread_([this] {
+              server(simulated_, sockets_, make_steady_clock()).serve([this] { return stop_.load(); });
+          }) {}
     ~running_server() { stop(); }
 
     void stop() {
@@ -53,7 +55,13 @@ class running_server {
     [[nodiscard]] const std::string& port() const { return sockets_.port(); }
 
   private:
-    service core_;
+    static simulation_settings settings() {
+        simulation_settings made;
+        made.devices = make_devices(1, 1);
+        return made;
+    }
+
+    simulation simulated_{settings()};
     listeners sockets_{"0"};
     std::atomic<bool> stop_{false};
     std::thread thread_;
@@ -183,6 +191,97 @@ TEST_F(serving, answers_a_burst_of_requests_one_by_one) {
     for (std::uint8_t tag = 1; tag <= 200; ++tag) {
         // The device was not opened.
         EXPECT_EQ(client.receive(), datagram({{0xFF, 0xF0, 0x05, 0x00, tag, 0x01, 0x00, 0x00, 0x00, 0xB1}}));
+    }
+}
+
+// Serves with a clock moved by hand, whenever it is told to.
+class hand_served : public quiet {
+  protected:
+    static simulation_settings one_orvanta3() {
+        simulation_settings made;
+        made.devices = make_devices(1, 0);
+        return made;
+    }
+
+    // Serves until that many datagrams have come.
+    void serve(std::size_t count) {
+        while (count > 0) {
+            count -= std::min(count, tested.serve_waiting());
+        }
+    }
+
+    std::int64_t now = 0;
+    simulation simulated{one_orvanta3()};
+    listeners sockets{"0"};
+    server tested{simulated, sockets, [this] { return now; }};
+};
+
+TEST_F(hand_served, nothing_comes_before_the_clock_is_moved_and_all_that_is_due_behind_it) {
+    test_client client("127.0.0.1", sockets.port());
+    client.send(datagram({connect_operation(0)}));
+    client.send(datagram({{0xFF, 0x12, 0x06, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}}));
+    serve(2);
+    EXPECT_FALSE(client.receive_until(19).empty());
+    EXPECT_EQ(tested.serve_waiting(), 0U);
+    EXPECT_EQ(simulated.counters().sent, 2U);
+    now = 1'000'000'000;
+    EXPECT_EQ(tested.serve_waiting(), 0U);
+    // The first at once, the last on the stroke of the second.
+    EXPECT_EQ(simulated.counters().sent, 103U);
+    for (int i = 0; i < 101; ++i) {
+        EXPECT_EQ(client.receive().at(7), 33);
+    }
+}
+
+TEST_F(hand_served, a_datagram_is_taken_at_the_time_of_the_clock) {
+    test_client client("127.0.0.1", sockets.port());
+    client.send(datagram({connect_operation(0, 5'000'000'000)}));
+    serve(1);
+    now = 4'000'000'000;
+    client.send(datagram({{0xFF, 0x01, 0x00, 0x00, 0x00}}));
+    serve(1);
+    now = 8'000'000'000;
+    tested.serve_waiting();
+    EXPECT_EQ(simulated.clients().size(), 1U);
+    now = 9'000'200'000;
+    tested.serve_waiting();
+    EXPECT_TRUE(simulated.clients().empty());
+}
+
+TEST(a_steady_clock, leaves_out_a_gap_beyond_half_a_second) {
+    std::int64_t source = 7'000'000'000;
+    const clock_function clock = make_steady_clock([&source] { return source; });
+    EXPECT_EQ(clock(), 0);
+    source += 500'000'000;
+    EXPECT_EQ(clock(), 500'000'000);
+    source += 60'000'000'000;
+    EXPECT_EQ(clock(), 1'000'000'000);
+    source += 1;
+    EXPECT_EQ(clock(), 1'000'000'001);
+}
+
+TEST_F(serving, forges_from_an_address_that_is_not_the_service_s) {
+    for (std::size_t listener = 0; listener < hosts().size(); ++listener) {
+        opened_socket receiver = open_bound_socket(listener_hosts[listener], "0");
+        ASSERT_EQ(receiver.status, socket_status::ok);
+        const auto to = resolve_address(listener_hosts[listener], port_of(receiver.socket));
+        ASSERT_EQ(to.status, socket_status::ok);
+        forged_sender tested;
+        const bytes content{0x01, 0x02, 0x03};
+        const auto raw = std::as_bytes(std::span(content));
+        tested.send({{to.address, listener}, {raw.begin(), raw.end()}, true});
+        tested.send({{to.address, listener}, {raw.begin(), raw.end()}, true});
+        std::vector<std::string> senders;
+        while (senders.size() < 2) {
+            receive_record record;
+            if (recv_packet(receiver.socket, record) == socket_status::ok) {
+                EXPECT_EQ(record.buffer.read_len(), 3U);
+                senders.push_back(stringify_addr({record.from_length, record.from}));
+            }
+        }
+        EXPECT_EQ(senders[0], senders[1]);
+        EXPECT_THAT(senders[0], HasSubstr(listener_hosts[listener]));
+        close_socket(receiver.socket);
     }
 }
 
