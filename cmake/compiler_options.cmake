@@ -2,9 +2,16 @@
 add_library(orvanta_options INTERFACE)
 
 if(MSVC)
-  target_compile_options(orvanta_options INTERFACE /W4 /WX /permissive- /utf-8)
+  # 5030: attributes of other compilers are passed over.
+  target_compile_options(orvanta_options INTERFACE /W4 /WX /wd5030 /permissive- /utf-8)
 else()
   target_compile_options(orvanta_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+endif()
+
+if(WIN32)
+  # Windows 10 and later, without the parts of the system's headers that nothing here needs.
+  add_compile_definitions(_WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX _CRT_SECURE_NO_WARNINGS
+    _WINSOCK_DEPRECATED_NO_WARNINGS)
 endif()
 
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

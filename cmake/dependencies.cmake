@@ -1,6 +1,10 @@
 # What the project takes from elsewhere. The library needs fmt 10 alone, header-only.
 find_package(Threads REQUIRED)
 
+if(CMAKE_CROSSCOMPILING)
+  include(build_machine_packages)
+endif()
+
 find_package(fmt 10 QUIET)
 if(NOT fmt_FOUND)
   set(fmt_folder ${PROJECT_SOURCE_DIR}/.deps/fmt)

@@ -80,8 +80,10 @@ TEST_F(byte_buffer_death_test, a_write_one_byte_past_the_end) {
 TEST_F(byte_buffer_death_test, tells_the_sink_its_whole_path) {
     const auto check = [] {
         vantu::orvanta::set_log_sink([](std::uint64_t, vantu::orvanta::log_level, const std::string& path,
-                                        std::uint64_t,
-                                        const std::string&) { std::fputs(path.c_str(), stderr); });
+                                        std::uint64_t, const std::string&) {
+            std::fputs(path.c_str(), stderr);
+            std::fflush(stderr);
+        });
         used(0).skip_read(1);
     };
     EXPECT_TRAP(check(), "hardware-api-service/src/common/include/vantu/orvanta/common/utils/data");

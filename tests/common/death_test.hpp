@@ -1,7 +1,8 @@
 // For tests of code that ends the process: each runs in a fresh process of its own.
 #pragma once
 
-#include <csignal>
+#include "support/traps.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,4 +17,4 @@ class death_test : public testing::Test {
 
 // The statement stops at the breakpoint trap, after this and nothing else on standard error.
 #define EXPECT_TRAP(statement, text)                                                                         \
-    EXPECT_EXIT(statement, testing::KilledBySignal(SIGTRAP), testing::Eq<std::string>(text))
+    EXPECT_EXIT(statement, orvanta_tests::ended_by_trap, testing::Eq<std::string>(text))

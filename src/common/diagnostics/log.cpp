@@ -1,13 +1,12 @@
 // The logger and its default writer.
 #include "vantu/orvanta/common/diagnostics/log.hpp"
 
+#include "common/diagnostics/file_name.hpp"
 #include "vantu/orvanta/common/utils/format.hpp"
 
 #include <cstdio>
-#include <limits>
 #include <mutex>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace vantu::orvanta {
@@ -23,14 +22,6 @@ struct logger {
 logger& the_logger() {
     static auto* instance = new logger;
     return *instance;
-}
-
-std::string_view file_name_of(std::string_view path) {
-    if (path.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-        throw std::system_error(std::make_error_code(std::errc::value_too_large));
-    }
-    const auto separator = path.find_last_of("/\\");
-    return separator == std::string_view::npos ? path : path.substr(separator + 1);
 }
 
 const char* prefix_of(log_level level) {

@@ -1,0 +1,62 @@
+// Waiting on several sockets at once, on Windows: one event for all of them, beside the timer. select and
+// WSAPoll would round the time up to the system's tick.
+#include "network/socket_wait.hpp"
+
+#include "common/utils/waitable_timer_windows.hpp"
+#include "network/error_text_winsock.hpp"
+#include "network/socket_shared.hpp"
+#include "vantu/orvanta/common/diagnostics/log.hpp"
+
+#include <array>
+#include <winsock2.h>
+
+namespace vantu::orvanta {
+namespace {
+
+// An event that the calling thread keeps.
+class thread_event {
+  public:
+    thread_event() : handle_(WSACreateEvent()) {}
+    ~thread_event() {
+        if (handle_ != WSA_INVALID_EVENT) {
+            WSACloseEvent(handle_);
+        }
+    }
+    thread_event(const thread_event&) = delete;
+    thread_event& operator=(const thread_event&) = delete;
+    [[nodiscard]] WSAEVENT handle() const { return handle_; }
+
+  private:
+    WSAEVENT handle_;
+};
+
+bool fail(int error) {
+    const std::string reason = winsock_error_text(static_cast<std::uint32_t>(error));
+    log_here(log_level::warning, socket_shared::failure_text("unable to wait for packets", reason));
+    return false;
+}
+
+} // namespace
+
+bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadline_ns) {
+    thread_local const thread_event event;
+    WSAResetEvent(event.handle());
+    for (const socket_handle socket : sockets) {
+        // The event is set at once when something waits already.
+        if (socket != invalid_socket && WSAEventSelect(socket, event.handle(), FD_READ) != 0) {
+            return fail(WSAGetLastError());
+        }
+    }
+    const platform::waitable_timer& timer = platform::timer_of_this_thread();
+    const bool timed = timer.set(deadline_ns);
+    const std::array<HANDLE, 2> handles{event.handle(), timer.handle()};
+    // Of handles that are both set the first one counts.
+    const DWORD ready = WaitForMultipleObjects(timed ? 2 : 1, handles.data(), FALSE,
+                                               timed ? INFINITE : platform::milliseconds_until(deadline_ns));
+    if (ready == WAIT_FAILED) {
+        return fail(static_cast<int>(GetLastError()));
+    }
+    return ready == WAIT_OBJECT_0;
+}
+
+} // namespace vantu::orvanta

@@ -1,0 +1,358 @@
+// The socket layer on Windows. Of a closed port Windows tells the receive that is pending or comes next;
+// a wait for an answer goes on after such news, and while it waits the record belongs to the system.
+#include "network/socket.hpp"
+
+#include "network/error_text_winsock.hpp"
+#include "network/socket_shared.hpp"
+#include "vantu/orvanta/common/diagnostics/assume.hpp"
+#include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/utils/platform.hpp"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+namespace vantu::orvanta {
+namespace {
+
+using namespace socket_shared;
+
+// The record's last members stand for the system's own.
+using buffer_descriptor = decltype(receive_record::wsabuf);
+using overlapped_state = decltype(receive_record::overlapped);
+static_assert(sizeof(socket_handle) == sizeof(SOCKET) && invalid_socket == INVALID_SOCKET);
+static_assert(sizeof(socket_address) == sizeof(sockaddr_storage) &&
+              alignof(socket_address) == alignof(sockaddr_storage));
+static_assert(sizeof(buffer_descriptor) == sizeof(WSABUF) &&
+              offsetof(buffer_descriptor, data) == offsetof(WSABUF, buf));
+static_assert(sizeof(overlapped_state) == sizeof(OVERLAPPED) &&
+              offsetof(overlapped_state, internal_high) == offsetof(OVERLAPPED, InternalHigh) &&
+              offsetof(overlapped_state, offset) == offsetof(OVERLAPPED, Offset) &&
+              offsetof(overlapped_state, event) == offsetof(OVERLAPPED, hEvent));
+static_assert(sizeof(std::uint32_t) == sizeof(DWORD) && sizeof(std::int32_t) == sizeof(INT));
+
+constexpr std::int64_t ns_per_millisecond = 1'000'000;
+// One report of a closed port is taken by one call; more attempts than two only serve reports that
+// arrive in between.
+constexpr int attempts_past_closed_ports = 8;
+constexpr WORD winsock_version = 0x0202;
+
+std::string last_error_text() {
+    return winsock_error_text(static_cast<std::uint32_t>(WSAGetLastError()));
+}
+
+// A closed port has one name at Winsock and others where a receive's result is collected.
+bool is_port_closed(DWORD error) {
+    switch (error) {
+    case WSAECONNRESET:
+    case ERROR_PORT_UNREACHABLE:
+    case ERROR_NETNAME_DELETED:
+    case ERROR_CONNECTION_REFUSED:
+        return true;
+    default:
+        return false;
+    }
+}
+
+HANDLE handle_of(socket_handle socket) {
+    return reinterpret_cast<HANDLE>(socket);
+}
+
+OVERLAPPED* overlapped_of(receive_record& record) {
+    return reinterpret_cast<OVERLAPPED*>(&record.overlapped);
+}
+
+// The record's buffer descriptor points into the buffer for as long as the system may write there.
+bool is_armed(const receive_record& record) {
+    return record.wsabuf.data != nullptr;
+}
+
+void disarm(receive_record& record) {
+    record.wsabuf = {};
+}
+
+// Starts a receive: 0, or the error's number.
+DWORD arm(socket_handle socket, receive_record& record) {
+    DWORD error = 0;
+    for (int attempt = 0; attempt < attempts_past_closed_ports; ++attempt) {
+        prepare_overlapped_receive(record);
+        if (WSARecvFrom(socket, reinterpret_cast<WSABUF*>(&record.wsabuf), 1,
+                        reinterpret_cast<DWORD*>(&record.received), reinterpret_cast<DWORD*>(&record.flags),
+                        reinterpret_cast<sockaddr*>(record.from.bytes),
+                        reinterpret_cast<INT*>(&record.from_length), overlapped_of(record), nullptr) == 0) {
+            return 0;
+        }
+        error = static_cast<DWORD>(WSAGetLastError());
+        if (error == WSA_IO_PENDING) {
+            return 0;
+        }
+        if (!is_port_closed(error)) {
+            break;
+        }
+    }
+    disarm(record);
+    return error;
+}
+
+struct collected {
+    DWORD error; // 0: a datagram came
+    DWORD length;
+};
+
+collected collect(socket_handle socket, receive_record& record, DWORD milliseconds) {
+    DWORD length = 0;
+    if (GetOverlappedResultEx(handle_of(socket), overlapped_of(record), &length, milliseconds, FALSE) != 0) {
+        return {0, length};
+    }
+    return {GetLastError(), 0};
+}
+
+// Takes the record back from the system, which has let go of it when this returns. A datagram that came
+// ahead of the cancellation is the result.
+collected take_back(socket_handle socket, receive_record& record) {
+    CancelIoEx(handle_of(socket), overlapped_of(record));
+    const collected result = collect(socket, record, INFINITE);
+    disarm(record);
+    return result;
+}
+
+socket_status commit(receive_record& record, DWORD length) {
+    disarm(record);
+    record.received = length;
+    record.buffer.skip_write(length);
+    return socket_status::ok;
+}
+
+DWORD milliseconds_left(const wait_limit& limit, std::int64_t deadline_ns) {
+    if (limit.without_end) {
+        return INFINITE;
+    }
+    const std::int64_t left_ns = std::max<std::int64_t>(deadline_ns - platform::steady_now_ns(), 0);
+    const std::int64_t left_ms = left_ns / ns_per_millisecond + (left_ns % ns_per_millisecond == 0 ? 0 : 1);
+    return static_cast<DWORD>(std::min<std::int64_t>(left_ms, INFINITE - 1));
+}
+
+// All of these improve the socket and none is needed: a refusal is no failure. Without the second,
+// another program could take the port as well.
+void set_options(SOCKET socket) {
+    const int on = 1;
+    const int room = receive_buffer_bytes;
+    setsockopt(socket, SOL_SOCKET, SO_RCVBUF, reinterpret_cast<const char*>(&room), sizeof room);
+    setsockopt(socket, SOL_SOCKET, SO_EXCLUSIVEADDRUSE, reinterpret_cast<const char*>(&on), sizeof on);
+}
+
+// Empty when there is none; Winsock then knows why.
+std::string text_of_address(const endpoint& address) {
+    std::array<char, 65> text{};
+    auto length = static_cast<DWORD>(text.size());
+    // The system takes the address as writable and leaves it as it is.
+    endpoint copy = address;
+    if (WSAAddressToStringA(reinterpret_cast<sockaddr*>(copy.address.bytes), static_cast<DWORD>(copy.length),
+                            nullptr, text.data(), &length) != 0) {
+        return {};
+    }
+    return {text.data(), std::min<std::size_t>(length, text.size())};
+}
+
+} // namespace
+
+void socket_startup() {
+    static WSADATA data;
+    if (WSAStartup(winsock_version, &data) != 0) {
+        log_here(log_level::error, failure_text(unable_to_startup, last_error_text()));
+        assumption_failed();
+    }
+}
+
+resolved_endpoint resolve_address(const std::string& host, const std::string& port) {
+    addrinfo hints{};
+    hints.ai_protocol = IPPROTO_UDP;
+    addrinfo* list = nullptr;
+    if (getaddrinfo(host.c_str(), port.c_str(), &hints, &list) != 0) {
+        const std::string reason = last_error_text();
+        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), reason));
+        return {{}, socket_status::os_error};
+    }
+    if (list == nullptr) {
+        log_here(log_level::warning, no_valid_address(host, port));
+        return {{}, socket_status::os_error};
+    }
+    resolved_endpoint found;
+    const auto length = std::min<std::size_t>(list->ai_addrlen, address_room);
+    found.address.length = static_cast<std::int32_t>(length);
+    std::memcpy(found.address.address.bytes, list->ai_addr, length);
+    // The list stays allocated on purpose: a few bytes, once a connect.
+    return found;
+}
+
+opened_socket open_bound_socket(const std::string& host, const std::string& port) {
+    addrinfo hints{};
+    hints.ai_flags = AI_PASSIVE;
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_DGRAM;
+    hints.ai_protocol = IPPROTO_UDP;
+    addrinfo* list = nullptr;
+    if (getaddrinfo(host.c_str(), port.c_str(), &hints, &list) != 0) {
+        const std::string reason = last_error_text();
+        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), reason));
+        return {invalid_socket, socket_status::os_error};
+    }
+    const auto release = [](addrinfo* owned) { freeaddrinfo(owned); };
+    const std::unique_ptr<addrinfo, decltype(release)> owned_list(list, release);
+    for (const addrinfo* entry = list; entry != nullptr; entry = entry->ai_next) {
+        const SOCKET socket = WSASocketA(entry->ai_family, entry->ai_socktype, entry->ai_protocol, nullptr, 0,
+                                         WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
+        if (socket == INVALID_SOCKET) {
+            continue;
+        }
+        u_long on = 1;
+        if (ioctlsocket(socket, static_cast<long>(FIONBIO), &on) != 0) {
+            const std::string reason = last_error_text();
+            log_here(log_level::warning, failure_text(unable_to_set_non_blocking, reason));
+            // The socket stays open on purpose.
+            return {invalid_socket, socket_status::os_error};
+        }
+        set_options(socket);
+        if (bind(socket, entry->ai_addr, static_cast<int>(entry->ai_addrlen)) == 0) {
+            return {static_cast<socket_handle>(socket), socket_status::ok};
+        }
+        closesocket(socket);
+    }
+    log_here(log_level::warning, no_valid_interface(host, port));
+    return {invalid_socket, socket_status::unavailable};
+}
+
+socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
+    DWORD error = 0;
+    for (int attempt = 0; attempt < attempts_past_closed_ports; ++attempt) {
+        if (sendto(socket, reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()), 0,
+                   reinterpret_cast<const sockaddr*>(to.address.bytes), to.length) >= 0) {
+            return socket_status::ok;
+        }
+        error = static_cast<DWORD>(WSAGetLastError());
+        if (!is_port_closed(error)) {
+            break;
+        }
+    }
+    if (error == WSAEWOULDBLOCK) {
+        return socket_status::would_block;
+    }
+    if (error == WSAEAFNOSUPPORT || error == WSAEADDRINUSE) {
+        return socket_status::unavailable;
+    }
+    log_here(log_level::warning, failure_text(unable_to_send, winsock_error_text(error)));
+    return socket_status::os_error;
+}
+
+socket_status recv_packet(socket_handle socket, receive_record& record) {
+    prepare_receive(record);
+    const int length =
+        recvfrom(socket, reinterpret_cast<char*>(record.buffer.unwritten()),
+                 static_cast<int>(record.buffer.write_len()), 0,
+                 reinterpret_cast<sockaddr*>(record.from.bytes), reinterpret_cast<int*>(&record.from_length));
+    if (length >= 0) {
+        record.buffer.skip_write(static_cast<std::uint64_t>(length));
+        return socket_status::ok;
+    }
+    const int error = WSAGetLastError();
+    if (error == WSAEWOULDBLOCK) {
+        return socket_status::would_block;
+    }
+    if (error == WSAECONNRESET) {
+        return socket_status::connection_reset;
+    }
+    log_here(log_level::warning,
+             failure_text(unable_to_receive, winsock_error_text(static_cast<std::uint32_t>(error))));
+    return socket_status::os_error;
+}
+
+socket_status recv_packet_overlapped(socket_handle socket, receive_record& record) {
+    const DWORD error = arm(socket, record);
+    if (error == 0) {
+        return socket_status::ok;
+    }
+    if (is_port_closed(error)) {
+        return socket_status::connection_reset;
+    }
+    log_here(log_level::warning, failure_text(unable_to_receive, winsock_error_text(error)));
+    return socket_status::os_error;
+}
+
+socket_status get_overlapped_result(socket_handle socket, receive_record& record, std::int64_t timeout_ns) {
+    const wait_limit limit = wait_limit_of(timeout_ns);
+    const bool single_look = !limit.without_end && limit.milliseconds == 0;
+    const std::int64_t now = platform::steady_now_ns();
+    const std::int64_t deadline =
+        now + std::min(limit.milliseconds, (INT64_MAX - now) / ns_per_millisecond) * ns_per_millisecond;
+    for (;;) {
+        collected result{0, 0};
+        // Not armed after an earlier look, and after the news of a closed port.
+        if (!is_armed(record)) {
+            result.error = arm(socket, record);
+        }
+        if (result.error == 0) {
+            const DWORD milliseconds = milliseconds_left(limit, deadline);
+            result = collect(socket, record, milliseconds);
+            if (result.error == 0) {
+                return commit(record, result.length);
+            }
+            const bool in_time = limit.without_end || platform::steady_now_ns() < deadline;
+            if (result.error == WAIT_TIMEOUT && in_time) {
+                continue; // the system's longest wait, or its clock ran ahead
+            }
+            if (result.error == WAIT_TIMEOUT || result.error == ERROR_IO_INCOMPLETE) {
+                const bool incomplete = single_look || (result.error == ERROR_IO_INCOMPLETE && in_time);
+                result = take_back(socket, record);
+                if (!incomplete) {
+                    return socket_status::timeout;
+                }
+                return result.error == 0 ? commit(record, result.length) : socket_status::would_block;
+            }
+            // A failed receive is over; a failed call may have left it under way.
+            if (record.overlapped.internal == STATUS_PENDING) {
+                (void)take_back(socket, record);
+            }
+            disarm(record);
+        }
+        if (!is_port_closed(result.error)) {
+            log_here(log_level::warning,
+                     failure_text(unable_to_get_result, winsock_error_text(result.error)));
+            return socket_status::os_error;
+        }
+    }
+}
+
+std::string stringify_addr(const endpoint& address) {
+    std::string text = text_of_address(address);
+    if (text.empty()) {
+        log_here(log_level::warning, failure_text(unable_to_stringify_address, last_error_text()));
+    }
+    return text;
+}
+
+std::string stringify_socket(socket_handle socket) {
+    endpoint local;
+    local.length = address_room;
+    std::string text;
+    if (getsockname(socket, reinterpret_cast<sockaddr*>(local.address.bytes), &local.length) == 0) {
+        text = text_of_address(local);
+    }
+    if (text.empty()) {
+        log_here(log_level::warning, failure_text(unable_to_stringify_socket, last_error_text()));
+    }
+    return text;
+}
+
+void close_socket(socket_handle& socket) {
+    if (socket != invalid_socket && socket != 0) {
+        closesocket(socket);
+    }
+    socket = invalid_socket;
+}
+
+} // namespace vantu::orvanta
