@@ -171,7 +171,8 @@ TEST(streams, show_currents_that_follow_the_gravity_compensation) {
                      {0xFF, 0x14, 0x04, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00},
                      {0xFF, 0x12, 0x06, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}}));
     const bytes without = tested.wait(0).at(0).content;
-    EXPECT_NEAR(float_at(with, 52) - float_at(without, 52), 0.3F, 1e-5F);
+    // 0.6 * 0.75 * 0.15 kg * 9.81 m/s2 * 0.156424 m / 0.5 N m/A
+    EXPECT_NEAR(float_at(with, 52) - float_at(without, 52), 0.20716F, 1e-5F);
     EXPECT_EQ(float_at(with, 48), float_at(without, 48));
 }
 
