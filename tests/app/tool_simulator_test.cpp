@@ -1,10 +1,15 @@
 // The tool with the simulator at the other end.
 #include "app/support/tool_process.hpp"
 
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <memory>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -115,6 +120,69 @@ TEST(tool_and_simulator, keep_the_configuration_between_two_runs_of_the_tool) {
     find_the_device(second);
     second.exchange_until("2\n", configuration("On", "0.75", "On", "Left"));
     leave(second);
+}
+
+// A state file in a folder of its own.
+class state_file {
+  public:
+    state_file() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "tool_state_XXXXXX").string();
+        EXPECT_NE(mkdtemp(pattern.data()), nullptr);
+        folder_ = pattern;
+    }
+    ~state_file() { std::filesystem::remove_all(folder_); }
+    state_file(const state_file&) = delete;
+    state_file& operator=(const state_file&) = delete;
+
+    [[nodiscard]] std::string path() const { return (folder_ / "state.json").string(); }
+
+    // Waits until the file has been written whole; the file is renamed into its place.
+    void wait_for_it() const {
+        while (!std::filesystem::exists(path())) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+  private:
+    std::filesystem::path folder_;
+};
+
+// Opens the settings, chooses those and goes back.
+void choose_settings(tool_process& tool, std::initializer_list<const char*> choices) {
+    tool.exchange("3\n", settings_menu);
+    for (const char* choice : choices) {
+        tool.exchange(choice, settings_menu);
+    }
+    tool.exchange("8\n", main_menu);
+}
+
+TEST(tool_and_simulator, show_what_was_saved_behind_a_restart_and_not_what_was_only_set) {
+    const state_file state;
+    {
+        simulator_process service({"--state", state.path()});
+        tool_process tool;
+        find_the_device(tool);
+        choose_settings(tool, {"5\n", "7\n"});
+        tool.exchange_until("2\n", configuration("On", "0.75", "On", "Left"));
+        state.wait_for_it();
+        leave(tool);
+        EXPECT_EQ(succeeded, service.end_with(SIGTERM));
+    }
+    {
+        simulator_process service({"--state", state.path()});
+        tool_process tool;
+        find_the_device(tool);
+        tool.exchange_until("2\n", configuration("On", "0.75", "On", "Left"));
+        choose_settings(tool, {"0\n", "6\n"});
+        tool.exchange_until("2\n", configuration("Off", "0.75", "On", "Right"));
+        leave(tool);
+        EXPECT_EQ(succeeded, service.end_with(SIGTERM));
+    }
+    simulator_process service({"--state", state.path()});
+    tool_process tool;
+    find_the_device(tool);
+    tool.exchange_until("2\n", configuration("On", "0.75", "On", "Left"));
+    leave(tool);
 }
 
 TEST(tool_and_simulator, report_a_factor_out_of_range_as_an_error_of_the_service) {
