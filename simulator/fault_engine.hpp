@@ -35,6 +35,7 @@ class fault_stage::implementation {
     std::vector<arrival> arrivals;
     std::vector<departure> departures;
     std::vector<requested_action> actions;
+    bool in_action{false};
 
   private:
     // A datagram between the service and its socket.
@@ -60,7 +61,7 @@ class fault_stage::implementation {
 
     void travel(traveller what, std::size_t next_rule);
     void leave(traveller&& what);
-    [[nodiscard]] static bool fits(const fault_rule& rule, const traveller& what);
+    [[nodiscard]] bool fits(const fault_rule& rule, const traveller& what) const;
     [[nodiscard]] static bool is_its_turn(live_rule& rule);
     void count(live_rule& rule);
     [[nodiscard]] bool is_holding_one_of(const live_rule& rule, const traveller& what) const;

@@ -203,4 +203,12 @@ std::vector<requested_action> fault_stage::take_actions() {
     return std::exchange(implementation_->actions, {});
 }
 
+void fault_stage::begin_action() noexcept {
+    implementation_->in_action = true;
+}
+
+void fault_stage::end_action() noexcept {
+    implementation_->in_action = false;
+}
+
 } // namespace vantu::orvanta::simulator

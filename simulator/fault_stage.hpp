@@ -78,6 +78,11 @@ class fault_stage {
     [[nodiscard]] std::vector<departure> take_departures();
     [[nodiscard]] std::vector<requested_action> take_actions();
 
+    // While an action is carried out, the rules that ask for actions fit none of the datagrams that it sets
+    // off: two such rules could chase each other for ever, faster each time.
+    void begin_action() noexcept;
+    void end_action() noexcept;
+
   private:
     class implementation;
     std::unique_ptr<implementation> implementation_;

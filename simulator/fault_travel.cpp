@@ -43,6 +43,12 @@ bool has(std::span<const std::byte> bytes, std::uint8_t code) {
     return find_operation_in(bytes, code).has_value();
 }
 
+// Whether the fault is something for the service's owner to do.
+bool asks_for_action(fault_kind kind) {
+    return kind == fault_kind::goodbye || kind == fault_kind::restart || kind == fault_kind::unplug ||
+           kind == fault_kind::plug;
+}
+
 // Milliseconds from `first` to `last`, where there is a last.
 std::int64_t drawn_time_ns(const fault_rule& rule, fault_random& chance) {
     const std::uint32_t least = rule.first.value_or(0);
@@ -52,8 +58,11 @@ std::int64_t drawn_time_ns(const fault_rule& rule, fault_random& chance) {
 
 } // namespace
 
-bool fault_stage::implementation::fits(const fault_rule& rule, const traveller& what) {
+bool fault_stage::implementation::fits(const fault_rule& rule, const traveller& what) const {
     const fault_row& row = row_of(rule.kind);
+    if (in_action && asks_for_action(rule.kind)) {
+        return false;
+    }
     if (rule.way.has_value() ? *rule.way != what.way
                              : !(what.way == direction::to_service ? row.to_service : row.to_client)) {
         return false;

@@ -78,11 +78,8 @@ class simulation::implementation {
         }
         const settling_mark mark(settling);
         deliver();
-        for (const requested_action& one : stage.take_actions()) {
-            carry_out(one);
-        }
-        deliver();
-        // What these actions have set off in turn waits for the next tick: rules may chase each other.
+        act(stage.take_actions());
+        // What an observer has asked for meanwhile waits for the next tick.
         for (requested_action& one : stage.take_actions()) {
             late_actions.push_back(std::move(one));
         }
@@ -173,10 +170,21 @@ class simulation::implementation {
         }
     }
 
-    void carry_out_late_actions() {
-        for (const requested_action& one : std::exchange(late_actions, {})) {
+    void act(const std::vector<requested_action>& wanted) {
+        if (wanted.empty()) {
+            return;
+        }
+        stage.begin_action();
+        for (const requested_action& one : wanted) {
             carry_out(one);
         }
+        deliver();
+        stage.end_action();
+    }
+
+    void carry_out_late_actions() {
+        const settling_mark mark(settling);
+        act(std::exchange(late_actions, {}));
     }
 
     void carry_out(const requested_action& what) {
