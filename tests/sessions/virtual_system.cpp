@@ -1,0 +1,138 @@
+// The library's socket layer, clock and end of process, in terms of the virtual world.
+#include "network/socket.hpp"
+#include "network/socket_wait.hpp"
+#include "sessions/virtual_world.hpp"
+#include "vantu/orvanta/common/diagnostics/assume.hpp"
+#include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/utils/platform.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace vantu::orvanta {
+namespace {
+
+using session_tests::datagram;
+using session_tests::virtual_world;
+
+int port_of(socket_handle socket) {
+    return static_cast<int>(socket);
+}
+
+socket_status take(int port, receive_record& record) {
+    std::deque<datagram>& waiting = virtual_world::current().waiting_for(port);
+    if (waiting.empty()) {
+        return socket_status::would_block;
+    }
+    const datagram bytes = std::move(waiting.front());
+    waiting.pop_front();
+    record.buffer.compact();
+    const bool fits = bytes.size() <= record.buffer.write_len();
+    virtual_world::current().note_delivery(bytes, fits);
+    if (!fits) {
+        return socket_status::os_error;
+    }
+    if (!bytes.empty()) {
+        std::memcpy(record.buffer.unwritten(), bytes.data(), bytes.size());
+    }
+    record.buffer.skip_write(bytes.size());
+    return socket_status::ok;
+}
+
+} // namespace
+
+void socket_startup() {}
+
+resolved_endpoint resolve_address(const std::string&, const std::string&) {
+    return {};
+}
+
+opened_socket open_bound_socket(const std::string&, const std::string& port) {
+    const int opened = virtual_world::current().open(std::stoi(port));
+    if (opened < 0) {
+        return {invalid_socket, socket_status::unavailable};
+    }
+    return {static_cast<socket_handle>(opened), socket_status::ok};
+}
+
+socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint&) {
+    virtual_world::current().send(port_of(socket), bytes.data(), bytes.size());
+    return socket_status::ok;
+}
+
+socket_status recv_packet(socket_handle socket, receive_record& record) {
+    return take(port_of(socket), record);
+}
+
+socket_status recv_packet_overlapped(socket_handle, receive_record&) {
+    return socket_status::ok;
+}
+
+socket_status get_overlapped_result(socket_handle socket, receive_record& record, std::int64_t timeout_ns) {
+    virtual_world& world = virtual_world::current();
+    const std::int64_t deadline = world.now_ns() + timeout_ns;
+    for (;;) {
+        const socket_status status = take(port_of(socket), record);
+        if (status != socket_status::would_block) {
+            return status;
+        }
+        if (world.now_ns() >= deadline) {
+            return socket_status::timeout;
+        }
+        // A tick at the least, so that time goes on whatever is due.
+        world.advance_to(std::min(deadline, std::max(world.next_due_ns(), world.now_ns() + 100'000)));
+    }
+}
+
+bool wait_for_packets(std::span<const socket_handle>, std::int64_t) {
+    return false;
+}
+
+std::string stringify_addr(const endpoint&) {
+    return {"service\0", 8};
+}
+
+std::string stringify_socket(socket_handle socket) {
+    return std::to_string(socket) + '\0';
+}
+
+void close_socket(socket_handle& socket) {
+    if (socket != invalid_socket) {
+        virtual_world::current().close(port_of(socket));
+    }
+    socket = invalid_socket;
+}
+
+void assumption_failed() {
+    throw session_tests::end_of_process("an assumption of the library failed");
+}
+
+void report_failed_assumption(const source_location&, const char* message) {
+    throw session_tests::end_of_process(message);
+}
+
+namespace platform {
+
+std::int64_t steady_now_ns() noexcept {
+    return virtual_world::current().now_ns();
+}
+
+std::int64_t coarse_now_ns() noexcept {
+    return virtual_world::current().now_ns();
+}
+
+void sleep_until_ns(std::int64_t deadline_ns) noexcept {
+    virtual_world::current().advance_to(deadline_ns);
+}
+
+void make_sleeps_precise() noexcept {}
+
+std::uint32_t process_id() noexcept {
+    return 4711;
+}
+
+void debug_break() noexcept {}
+
+} // namespace platform
+} // namespace vantu::orvanta
