@@ -6,6 +6,7 @@
 #include "network/error_text_winsock.hpp"
 #include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <array>
 #include <winsock2.h>
@@ -48,15 +49,24 @@ bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadl
         }
     }
     const platform::waitable_timer& timer = platform::timer_of_this_thread();
-    const bool timed = timer.set(deadline_ns);
-    const std::array<HANDLE, 2> handles{event.handle(), timer.handle()};
-    // Of handles that are both set the first one counts.
-    const DWORD ready = WaitForMultipleObjects(timed ? 2 : 1, handles.data(), FALSE,
-                                               timed ? INFINITE : platform::milliseconds_until(deadline_ns));
-    if (ready == WAIT_FAILED) {
-        return fail(static_cast<int>(GetLastError()));
+    // Timers may end a little ahead of the clock.
+    for (;;) {
+        const bool timed = timer.set(deadline_ns);
+        const std::array<HANDLE, 2> handles{event.handle(), timer.handle()};
+        // Of handles that are both set the first one counts.
+        const DWORD ready =
+            WaitForMultipleObjects(timed ? 2 : 1, handles.data(), FALSE,
+                                   timed ? INFINITE : platform::milliseconds_until(deadline_ns));
+        if (ready == WAIT_FAILED) {
+            return fail(static_cast<int>(GetLastError()));
+        }
+        if (ready == WAIT_OBJECT_0) {
+            return true;
+        }
+        if (platform::steady_now_ns() >= deadline_ns) {
+            return false;
+        }
     }
-    return ready == WAIT_OBJECT_0;
 }
 
 } // namespace vantu::orvanta
