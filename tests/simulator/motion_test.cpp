@@ -98,7 +98,7 @@ TEST(a_cursor, tells_the_velocity_with_which_it_moves) {
             const auto before = cursor_at(one, now - step);
             const auto here = cursor_at(one, now);
             const auto behind = cursor_at(one, now + step);
-            for (int axis = 0; axis < 3; ++axis) {
+            for (std::size_t axis = 0; axis < 3; ++axis) {
                 const float difference = (behind.values[axis] - before.values[axis]) / 0.02F;
                 ASSERT_NEAR(here.values[3 + axis], difference, 2e-4F) << axis << " at " << now;
             }
@@ -108,7 +108,7 @@ TEST(a_cursor, tells_the_velocity_with_which_it_moves) {
 
 TEST(a_cursor, does_move_along_every_axis) {
     const device one = nth_orvanta3(0);
-    for (int axis = 0; axis < 3; ++axis) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
         float lowest = 1;
         float highest = -1;
         for (std::int64_t now = 0; now < 10 * second; now += second / 10) {
@@ -131,7 +131,7 @@ TEST(handedness, mirrors_path_velocity_and_orientation) {
                                    -right_cursor[3],
                                    right_cursor[4],
                                    right_cursor[5]};
-            for (int i = 0; i < 6; ++i) {
+            for (std::size_t i = 0; i < 6; ++i) {
                 EXPECT_NEAR(left_cursor[i], mirrored[i], 1e-6F) << i;
             }
             const auto right_turn = orientation_at(nth_orvanta3(place), now);
