@@ -1,11 +1,17 @@
-// The service simulator: options, sockets, serving, goodbye.
+// The service simulator: options, scenario, sockets, console, serving, goodbye.
+#include "simulator/console.hpp"
+#include "simulator/console_input.hpp"
+#include "simulator/director.hpp"
 #include "simulator/listeners.hpp"
 #include "simulator/options.hpp"
 #include "simulator/saved_state.hpp"
+#include "simulator/scenario.hpp"
 #include "simulator/server.hpp"
 #include "simulator/shutdown_signal.hpp"
 #include "simulator/simulation.hpp"
+#include "simulator/verbs.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/utils/format.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <cstdio>
@@ -15,6 +21,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -37,7 +44,68 @@ std::uint64_t random_seed() {
     return (static_cast<std::uint64_t>(source()) << 32U) | source();
 }
 
+// What the console and scenarios show, at once.
+void print(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+}
+
+// The lines of standard input and the console that does them.
+class input_console {
+  public:
+    explicit input_console(simulation& target)
+        : console_([&target](std::string_view line) { return run_verb(target, line); }, print,
+                   standard_input_is_terminal()) {}
+
+    void attend(std::int64_t now_ns) {
+        for (std::string& line : input_.take_lines()) {
+            console_.take(std::move(line));
+        }
+        if (input_.has_ended()) {
+            console_.end_of_input();
+        }
+        console_.attend(now_ns);
+    }
+
+    [[nodiscard]] bool has_quit() const { return console_.has_quit(); }
+
+  private:
+    console_input input_;
+    console console_;
+};
+
+void serve(const options& chosen, simulation& target, const listeners& sockets,
+           std::vector<scenario_step> steps) {
+    director play(target, std::move(steps), print);
+    const simulation_drive drive{[&play](std::int64_t since_start_ns) { play.advance_to(since_start_ns); },
+                                 [&play] { play.attend(); }, [&play] { return play.next_due_ns(); }};
+    std::optional<input_console> input;
+    if (chosen.interactive) {
+        input.emplace(target);
+    }
+    // Lines of standard input do not end a sleep.
+    constexpr std::int64_t longest_interactive_sleep_ns = 10'000'000;
+    server(target, sockets, make_steady_clock(), drive)
+        .serve(
+            [&] {
+                if (input) {
+                    input->attend(target.now_ns());
+                }
+                return shutdown_was_requested() || play.has_quit() || (input && input->has_quit());
+            },
+            input ? longest_interactive_sleep_ns : server::longest_sleep_ns);
+}
+
 int simulate(const options& chosen) {
+    scenario script;
+    if (!chosen.scenario_path.empty()) {
+        script = read_scenario(chosen.scenario_path);
+    }
+    if (script.devices && chosen.counts_devices) {
+        say("--orvanta3 and --palmetron: the scenario names its devices; one of the two would be right");
+        return status_wrong_usage;
+    }
+
     // The socket layer's warnings are no news where a port is probed.
     set_log_sink([verbose = chosen.verbose](std::uint64_t, log_level, const std::string&, std::uint64_t,
                                             const std::string& message) {
@@ -52,8 +120,9 @@ int simulate(const options& chosen) {
     settings.announce = chosen.announce;
     settings.single_client = chosen.single_client;
     settings.rate_hz = chosen.rate_hz;
-    settings.seed = random_seed();
-    settings.devices = make_devices(chosen.orvanta3_count, chosen.palmetron_count);
+    settings.seed = chosen.seed ? *chosen.seed : script.seed ? *script.seed : random_seed();
+    settings.devices =
+        script.devices ? *script.devices : make_devices(chosen.orvanta3_count, chosen.palmetron_count);
     settings.warn = say;
     if (chosen.verbose) {
         settings.narrate = say;
@@ -64,11 +133,13 @@ int simulate(const options& chosen) {
     }
 
     simulation simulated(std::move(settings));
+    for (const fault_rule& rule : chosen.faults) {
+        simulated.add_fault(rule);
+    }
     const listeners sockets(chosen.port);
     watch_for_shutdown();
-    std::printf("listening on port %s\n", sockets.port().c_str());
-    std::fflush(stdout);
-    server(simulated, sockets, make_steady_clock()).serve(shutdown_was_requested);
+    print(fmt::format("listening on port {}\nseed {}\n", sockets.port(), simulated.seed()));
+    serve(chosen, simulated, sockets, std::move(script.steps));
     return 0;
 }
 

@@ -2,11 +2,13 @@
 #include "simulator/options.hpp"
 
 #include "simulator/device.hpp"
+#include "simulator/help_text.hpp"
 #include "simulator/streams.hpp"
 #include "vantu/orvanta/common/diagnostics/version.hpp"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <map>
 
 namespace vantu::orvanta::simulator {
@@ -42,18 +44,77 @@ std::string one_line(std::string text) {
     return text;
 }
 
-} // namespace
+std::uint64_t seed_of(const std::string& text) {
+    std::uint64_t seed = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, seed);
+    if (error != std::errc{} || stop != end) {
+        throw CLI::ValidationError("--seed",
+                                   "'" + text + "' is no whole number from 0 to 18446744073709551615");
+    }
+    return seed;
+}
 
-parse_outcome parse_options(int argument_count, const char* const* arguments) {
+// The options of the table of faults. Their values are read in the order of the command line, from which the
+// order of the rules follows.
+class fault_options {
+  public:
+    explicit fault_options(CLI::App& app) {
+        for (const fault_row& row : faults) {
+            CLI::Option* option = app.add_option("--" + std::string(row.name));
+            option->expected(0, 1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->group("");
+            rows_.emplace(option, &row);
+        }
+    }
+
+    [[nodiscard]] std::vector<fault_rule> rules(const CLI::App& app) const {
+        std::vector<fault_rule> read;
+        std::map<const CLI::Option*, std::size_t> taken;
+        for (const CLI::Option* option : app.parse_order()) {
+            if (const auto found = rows_.find(option); found != rows_.end()) {
+                read.push_back(rule_of(*found->second, option->results().at(taken[option]++)));
+            }
+        }
+        return read;
+    }
+
+  private:
+    static fault_rule rule_of(const fault_row& row, const std::string& text) {
+        try {
+            return parse_initial_fault(row.kind, text);
+        } catch (const std::invalid_argument& wrong) {
+            throw CLI::ValidationError("--" + std::string(wrong.what()));
+        }
+    }
+
+    std::map<const CLI::Option*, const fault_row*> rows_;
+};
+
+// The topic's help, or what is wrong with it.
+parse_outcome help_outcome(const CLI::App& app, const std::string& topic) {
     parse_outcome outcome;
-    options& chosen = outcome.chosen;
-    std::size_t port = 54320;
-    std::string announce = "before";
+    outcome.verdict = parse_verdict::show;
+    if (topic.empty()) {
+        outcome.text = app.help();
+    } else if (auto text = help_on(topic)) {
+        outcome.text = std::move(*text);
+    } else {
+        outcome.verdict = parse_verdict::wrong;
+        outcome.text = one_line("--help: '" + topic +
+                                "' is no topic; faults, scenario, console or a fault's name would be right");
+    }
+    return outcome;
+}
 
-    CLI::App app("Simulates the device service with Orvanta3 and Palmetron devices.", "orvanta-simulator");
-    app.set_help_flag("-h,--help", "Print this help and end");
-    app.set_version_flag("--version", std::string("orvanta-simulator ") + version_record::left_version,
-                         "Print the version and end");
+// The words around the list of options, and its width.
+void describe(CLI::App& app) {
+    constexpr std::size_t width_of_names = 24;
+    app.get_formatter()->column_width(width_of_names);
+    app.footer("Faults, as in --drop 0.05 --truncate 17@op=66: see --help faults.\n"
+               "Topics: --help faults, --help scenario, --help console, --help FAULT.");
+}
+
+void add_service_options(CLI::App& app, options& chosen, std::size_t& port, std::string& announce) {
     app.add_option("--port", port, "UDP port on 127.0.0.1 and ::1; 0 takes a free one")
         ->check(whole_numbers_to(greatest_port))
         ->capture_default_str()
@@ -66,7 +127,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
         ->check(whole_numbers_to(most_devices_of_a_type))
         ->capture_default_str()
         ->type_name("N");
-    app.add_option("--announce", announce, "List the devices 'before' or 'after' a client's acceptance")
+    app.add_option("--announce", announce, "List devices 'before' or 'after' the acceptance")
         ->check(CLI::IsMember(announce_orders).description(""))
         ->capture_default_str()
         ->type_name("WHEN");
@@ -79,18 +140,53 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
         ->check(file_name())
         ->type_name("FILE");
     app.add_flag("--verbose", chosen.verbose, "Tell on standard error what the service does");
+}
+
+} // namespace
+
+parse_outcome parse_options(int argument_count, const char* const* arguments) {
+    parse_outcome outcome;
+    options& chosen = outcome.chosen;
+    std::size_t port = 54320;
+    std::string announce = "before";
+    std::string seed;
+
+    CLI::App app("Simulates the device service with Orvanta3 and Palmetron devices.", "orvanta-simulator");
+    describe(app);
+    app.set_help_flag();
+    const CLI::Option* help = app.add_option("-h,--help", "Print this help, or the help on a topic, and end")
+                                  ->expected(0, 1)
+                                  ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+                                  ->type_name("[TOPIC]");
+    app.set_version_flag("--version", std::string("orvanta-simulator ") + version_record::left_version,
+                         "Print the version and end");
+    add_service_options(app, chosen, port, announce);
+    app.add_option("--seed", seed, "What all chances are drawn from; random if left out")->type_name("N");
+    app.add_option("--scenario", chosen.scenario_path, "File that says what happens when")
+        ->check(file_name())
+        ->type_name("FILE");
+    app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");
+    const fault_options of_faults(app);
 
     try {
         app.parse(argument_count, arguments);
+        if (help->count() != 0) {
+            return help_outcome(app, help->results().front());
+        }
         chosen.port = std::to_string(port);
         chosen.announce = announce_orders.at(announce);
-    } catch (const CLI::CallForHelp&) {
-        outcome.verdict = parse_verdict::show;
-        outcome.text = app.help();
+        chosen.counts_devices = app.count("--orvanta3") + app.count("--palmetron") != 0;
+        if (app.count("--seed") != 0) {
+            chosen.seed = seed_of(seed);
+        }
+        chosen.faults = of_faults.rules(app);
     } catch (const CLI::CallForVersion& asked) {
         outcome.verdict = parse_verdict::show;
         outcome.text = std::string(asked.what()) + '\n';
     } catch (const CLI::ParseError& wrong) {
+        if (help->count() != 0) {
+            return help_outcome(app, help->results().front());
+        }
         outcome.verdict = parse_verdict::wrong;
         outcome.text = one_line(wrong.what());
     }

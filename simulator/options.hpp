@@ -2,10 +2,13 @@
 #pragma once
 
 #include "simulator/announcements.hpp"
+#include "simulator/faults.hpp"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace vantu::orvanta::simulator {
 
@@ -16,7 +19,12 @@ struct options {
     announce_order announce{announce_order::before};
     bool single_client{false};
     double rate_hz{100};
-    std::string state_path; // empty: configurations are kept nowhere
+    bool counts_devices{false};        // whether a number of devices was given
+    std::string state_path;            // empty: configurations are kept nowhere
+    std::string scenario_path;         // empty: no scenario
+    std::vector<fault_rule> faults;    // in the order of the command line
+    std::optional<std::uint64_t> seed; // empty: whatever the scenario says, else a random one
+    bool interactive{false};
     bool verbose{false};
 };
 

@@ -60,7 +60,7 @@ std::string overview() {
     }
     text += line + "\nVerbs:\n";
     for (const verb_row& row : verbs) {
-        text += fmt::format("  {:<38}{}\n", fmt::format("{} {}", row.name, row.arguments), row.effect);
+        text += fmt::format("  {:<35}{}\n", fmt::format("{} {}", row.name, row.arguments), row.effect);
     }
     return text + "  set DEVICE torque on|off\n  set DEVICE handedness left|right\n";
 }

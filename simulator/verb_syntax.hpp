@@ -25,9 +25,9 @@ inline constexpr std::array verbs{
     verb_row{"set",    "DEVICE gravity on|off [FACTOR]", "changes a setting of a device",                        "1 gravity on 0.5"},
     verb_row{"heal",   "[FAULT]",                        "takes all faults away, or those of one kind",          "drop"},
     verb_row{"status", "",                               "shows clients, devices, faults and counters",          ""},
-    verb_row{"wait",   "MS",                             "puts off the script's next line by milliseconds",      "250"},
+    verb_row{"wait",   "MS",                             "puts a script's next line off by so long",             "250"},
     verb_row{"help",   "[VERB]",                         "lists the verbs, or explains one",                     "truncate"},
-    verb_row{"quit",   "",                               "says goodbye to all clients and ends the simulator",   ""},
+    verb_row{"quit",   "",                               "says goodbye to all clients and ends",                 ""},
 };
 // clang-format on
 

@@ -4,6 +4,7 @@
 #include "simulator/saved_state.hpp"
 #include "simulator/test_client.hpp"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -187,6 +188,78 @@ TEST_F(the_program, serves_the_devices_that_it_is_asked_for) {
     client.send(datagram({connect_operation(0)}));
     EXPECT_EQ(client.receive().at(7), 4);
     EXPECT_EQ(client.receive(), datagram({palmetron_added, palmetron_details}));
+}
+
+TEST_F(the_program, says_port_and_seed) {
+    running_simulator tested({"--port", "0", "--seed", "1234567890123456789"});
+    EXPECT_EQ(tested.seed(), "1234567890123456789");
+    running_simulator random({"--port", "0"});
+    running_simulator other({"--port", "0"});
+    EXPECT_NE(random.seed(), other.seed());
+}
+
+TEST_F(the_program, begins_with_the_devices_and_the_seed_of_a_scenario) {
+    const std::string path = (folder / "desk.json").string();
+    std::ofstream(path) << R"({"version": 1, "seed": 5, "devices": [{"type": "palmetron"}],
+        "steps": [{"after": "connect", "do": "goodbye"}]})";
+    running_simulator tested({"--port", "0", "--scenario", path});
+    test_client client("127.0.0.1", tested.port());
+    EXPECT_EQ(tested.seed(), "5");
+    client.send(datagram({connect_operation(0)}));
+    const bytes listing = client.receive();
+    EXPECT_EQ(listing.size(), 6U + 29U + 17U + 13U);
+    EXPECT_EQ(client.receive_until(6), datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}}));
+    EXPECT_EQ(running_simulator({"--port", "0", "--scenario", path, "--seed", "6"}).seed(), "6");
+}
+
+TEST_F(the_program, ends_with_0_and_a_goodbye_when_a_scenario_says_quit) {
+    const std::string path = (folder / "desk.json").string();
+    std::ofstream(path) << R"({"version": 1, "steps": [{"after": "open", "do": ["status", "quit"]}]})";
+    running_simulator tested({"--port", "0", "--scenario", path, "--rate", "0"});
+    test_client client("127.0.0.1", tested.port());
+    client.send(datagram({connect_operation(0)}));
+    EXPECT_FALSE(client.receive_until(16).empty());
+    client.send(open_first);
+    EXPECT_EQ(client.receive_until(6), datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}}));
+    const auto end = tested.wait_for_end();
+    EXPECT_EQ(end.status, 0);
+    EXPECT_THAT(end.output, HasSubstr("clients 1\n"));
+    EXPECT_EQ(end.errors, "");
+}
+
+TEST_F(the_program, ends_with_1_and_one_line_when_a_scenario_is_wrong) {
+    const std::string path = (folder / "desk.json").string();
+    std::ofstream(path) << "{\n  \"version\": 1,\n  \"steps\": [{\"at\": 0, \"do\": \"plug mouse\"}]\n}\n";
+    const auto end = running_simulator({"--port", "0", "--scenario", path}).wait_for_end();
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(end.output, "");
+    EXPECT_THAT(end.errors, StartsWith("orvanta-simulator: " + path + ":3: step 1 do: plug: 'mouse' is no"));
+    EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 1);
+}
+
+TEST_F(the_program, ends_with_2_and_one_line_when_devices_are_counted_beside_a_scenario_that_names_them) {
+    const std::string path = (folder / "desk.json").string();
+    std::ofstream(path) << R"({"version": 1, "devices": []})";
+    const auto end =
+        running_simulator({"--port", "0", "--scenario", path, "--palmetron", "2"}).wait_for_end();
+    EXPECT_EQ(end.status, 2);
+    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.errors, "orvanta-simulator: --orvanta3 and --palmetron: the scenario names its devices; "
+                          "one of the two would be right\n");
+}
+
+TEST_F(the_program, produces_the_faults_of_its_options) {
+    running_simulator tested(
+        {"--port", "0", "--rate", "0", "--truncate", "17@op=66", "--error", "0xD0@op=64,n=1"});
+    test_client client("127.0.0.1", tested.port());
+    connect_and_open(client);
+    client.send(query_gravity);
+    EXPECT_EQ(client.receive_until(66).size(), 17U);
+    client.send(save_first);
+    EXPECT_EQ(client.receive_until(240),
+              datagram({{0xFF, 0xF0, 0x05, 0x00, 0x03, 0x01, 0x00, 0x00, 0x00, 0xD0}}));
+    client.send(save_first);
+    EXPECT_FALSE(client.receive_until(64).empty());
 }
 
 } // namespace

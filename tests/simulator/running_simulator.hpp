@@ -15,8 +15,12 @@ class running_simulator {
     running_simulator(const running_simulator&) = delete;
     running_simulator& operator=(const running_simulator&) = delete;
 
-    // Waits for the line that tells the port; empty when the program ends without it.
+    // Waits for the lines that tell port and seed; empty when the program ends without
+    // it.
     [[nodiscard]] std::string port();
+
+    // The seed of the same lines.
+    [[nodiscard]] std::string seed();
 
     void send_signal(int number) const;
 
@@ -29,6 +33,10 @@ class running_simulator {
     ending wait_for_end();
 
   private:
+    void read_start();
+
+    std::string port_;
+    std::string seed_;
     pid_t process_{-1};
     int output_{-1};
     int errors_{-1};

@@ -40,6 +40,16 @@ std::string read_all(int descriptor) {
     }
 }
 
+// What follows the beginning of the next line; empty, and the test fails, for another line.
+std::string read_value(int descriptor, std::string_view begin) {
+    const std::string line = read_line(descriptor);
+    if (!line.starts_with(begin) || line.back() != '\n') {
+        ADD_FAILURE() << "unexpected line: " << line;
+        return {};
+    }
+    return line.substr(begin.size(), line.size() - begin.size() - 1);
+}
+
 } // namespace
 
 running_simulator::running_simulator(const std::vector<std::string>& arguments) {
@@ -77,13 +87,20 @@ running_simulator::~running_simulator() {
 }
 
 std::string running_simulator::port() {
-    constexpr std::string_view begin = "listening on port ";
-    const std::string line = read_line(output_);
-    if (line.compare(0, begin.size(), begin) != 0 || line.back() != '\n') {
-        ADD_FAILURE() << "unexpected line: " << line;
-        return {};
+    read_start();
+    return port_;
+}
+
+std::string running_simulator::seed() {
+    read_start();
+    return seed_;
+}
+
+void running_simulator::read_start() {
+    if (port_.empty()) {
+        port_ = read_value(output_, "listening on port ");
+        seed_ = read_value(output_, "seed ");
     }
-    return line.substr(begin.size(), line.size() - begin.size() - 1);
 }
 
 void running_simulator::send_signal(int number) const {
