@@ -33,9 +33,10 @@ std::string random_argument(const fault_row& row, chance& choose) {
         constexpr std::array statuses{"178", "179", "0xA0", "0xB0", "0", "255"};
         return statuses[choose.below(statuses.size())];
     }
-    case fault_argument::status_and_tag:
-        return std::to_string(choose.below(256)) +
-               (choose.one_in(2) ? "" : ":" + std::to_string(choose.below(256)));
+    case fault_argument::status_and_tag: {
+        const std::string status = std::to_string(choose.below(256));
+        return choose.one_in(2) ? status : status + ":" + std::to_string(choose.below(256));
+    }
     case fault_argument::tag:
         return choose.one_in(2) ? "" : std::to_string(choose.below(256));
     case fault_argument::device:
@@ -70,8 +71,9 @@ std::vector<fault_text> random_faults(chance& choose) {
     std::vector<fault_text> chosen(choose.below(5));
     for (fault_text& one : chosen) {
         const fault_row& row = faults[choose.below(faults.size())];
-        std::string argument = random_argument(row, choose);
-        one = {std::string(row.name), std::move(argument) + random_selector(row, choose)};
+        std::string value = random_argument(row, choose);
+        value += random_selector(row, choose);
+        one = {std::string(row.name), std::move(value)};
     }
     return chosen;
 }

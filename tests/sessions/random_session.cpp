@@ -38,7 +38,8 @@ simulator::simulation_settings random_settings(chance& choose) {
     settings.single_client = choose.one_in(10);
     settings.rate_hz = rates[choose.below(4)];
     settings.seed = choose.any();
-    settings.devices = simulator::make_devices(choose.below(choose.one_in(20) ? 60 : 4), choose.below(3));
+    const std::uint64_t orvanta3_count = choose.below(choose.one_in(20) ? 60 : 4);
+    settings.devices = simulator::make_devices(orvanta3_count, choose.below(3));
     return settings;
 }
 
