@@ -1,0 +1,42 @@
+// What a client meets under each fault in each situation, as tables written by hand. docs/faults.md shows
+// them, and the tests hold the library and the documents against them.
+#pragma once
+
+#include "simulator/faults.hpp"
+
+#include <algorithm>
+#include <span>
+#include <string_view>
+
+namespace fault_tests {
+
+using vantu::orvanta::simulator::fault_kind;
+using vantu::orvanta::simulator::fault_row;
+using vantu::orvanta::simulator::faults;
+
+// One fault in one situation.
+struct matrix_row {
+    std::string_view rule;   // the verb
+    unsigned happened;       // how often the fault happens
+    std::string_view seen;   // what the client is returned and handed, in order
+    std::string_view logged; // the library's log lines but for that of a connection; "-": none
+    std::string_view next;   // what the next call comes to, the fault healed
+};
+
+// Whether the rows are about every fault, and about each that can happen to datagrams from clients also in
+// that direction where that is asked for.
+consteval bool is_complete(std::span<const matrix_row> rows, bool with_requests) {
+    return std::all_of(faults.begin(), faults.end(), [&](const fault_row& fault) {
+        const auto is_about = [&](const matrix_row& row) {
+            return row.rule.substr(0, row.rule.find(' ')) == fault.name;
+        };
+        const auto is_about_requests = [&](const matrix_row& row) {
+            return is_about(row) && row.rule.find("dir=in") != std::string_view::npos;
+        };
+        return std::any_of(rows.begin(), rows.end(), is_about) &&
+               (!with_requests || !(fault.to_service && fault.to_client) ||
+                std::any_of(rows.begin(), rows.end(), is_about_requests));
+    });
+}
+
+} // namespace fault_tests

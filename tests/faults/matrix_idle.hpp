@@ -1,0 +1,51 @@
+// What a client meets that is connected and idle while a second Orvanta3 is plugged in.
+#pragma once
+
+#include "faults/matrix.hpp"
+
+#include <array>
+
+namespace fault_tests {
+
+// clang-format off
+inline constexpr std::array idle_rows{
+    matrix_row{"drop @op=16,dir=out",              1, "nothing",                                                                                           "-",                                                           "opened"},
+    matrix_row{"duplicate 1@op=16,dir=out",        1, "device_added of 2; device_info_orvanta3 of 2; device_added of 2; device_info_orvanta3 of 2",        "-",                                                           "opened"},
+    matrix_row{"reorder 1@op=16,dir=out",          1, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"delay 20@op=16,dir=out",           1, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"truncate 12@op=16,dir=out",        1, "code 6",                                                                                            "-",                                                           "opened"},
+    matrix_row{"extend 9@op=16,dir=out",           1, "device_added of 2; device_info_orvanta3 of 2; code 6",                                              "vantu_orvanta_poll: communication::proto::op magic mismatch", "opened"},
+    matrix_row{"oversize 2049@op=16,dir=out",      1, "code 1",                                                                                            "message: unable to recv packet with code: Message too long",  "opened"},
+    matrix_row{"oversize 65507@op=16,dir=out",     1, "code 1",                                                                                            "message: unable to recv packet with code: Message too long",  "opened"},
+    matrix_row{"empty @op=16,dir=out",             1, "code 6",                                                                                            "vantu_orvanta_poll: Cannot read header",                      "opened"},
+    matrix_row{"flip 1@op=16,dir=out",             1, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"bad-magic @op=16,dir=out",         1, "code 6",                                                                                            "vantu_orvanta_poll: Header magic mismatch",                   "opened"},
+    matrix_row{"bad-version @op=16,dir=out",       1, "code 6",                                                                                            "vantu_orvanta_poll: Header version mismatch",                 "opened"},
+    matrix_row{"bad-operation @op=16,dir=out",     1, "code 6",                                                                                            "vantu_orvanta_poll: communication::proto::op magic mismatch", "opened"},
+    matrix_row{"unknown-operation @op=16,dir=out", 1, "code 6; code 7",                                                                                    "-",                                                           "opened"},
+    matrix_row{"lying-operation @op=16,dir=out",   1, "code 6",                                                                                            "-",                                                           "opened"},
+    matrix_row{"short-body @op=16,dir=out",        1, "device_added of 2; code 6",                                                                         "vantu_orvanta_poll: communication::proto::op magic mismatch", "opened"},
+    matrix_row{"bad-between @op=16,dir=out",       1, "device_added of 2; code 6; device_added of 2; device_info_orvanta3 of 2",                           "-",                                                           "opened"},
+    matrix_row{"late 20@op=16",                    0, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"flood 1000",                       1, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"retag 9@op=16",                    0, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"readdress 77@op=16",               0, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"stale @op=16",                     0, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"silence 50",                       1, "nothing",                                                                                           "-",                                                           "opened"},
+    matrix_row{"refuse 0xB2",                      0, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"error 0xD0",                       1, "service_error 208; device_added of 2; device_info_orvanta3 of 2",                                   "-",                                                           "opened"},
+    matrix_row{"error 0xB4",                       1, "service_error 10; device_added of 2; device_info_orvanta3 of 2",                                    "-",                                                           "opened"},
+    matrix_row{"error 0x42",                       1, "service_error 255; device_added of 2; device_info_orvanta3 of 2",                                   "-",                                                           "opened"},
+    matrix_row{"short-acceptance 3",               0, "device_added of 2; device_info_orvanta3 of 2",                                                      "-",                                                           "opened"},
+    matrix_row{"goodbye",                          1, "disconnected",                                                                                      "-",                                                           "code 3"},
+    matrix_row{"restart",                          1, "nothing",                                                                                           "-",                                                           "refused 176"},
+    matrix_row{"unplug",                           1, "device_removed; device_added; device_info_orvanta3",                                                "-",                                                           "opened"},
+    matrix_row{"plug palmetron",                   1, "device_added of 1001; device_info_palmetron of 1001; device_added of 2; device_info_orvanta3 of 2", "-",                                                           "opened"},
+    matrix_row{"inject 3",                         1, "device_added of 4095; config_gravity_compensation_get of 4095; disconnected",                       "-",                                                           "code 3"},
+    matrix_row{"empty",                            1, "code 6; device_added of 2; device_info_orvanta3 of 2",                                              "vantu_orvanta_poll: Cannot read header",                      "opened"},
+};
+// clang-format on
+
+static_assert(is_complete(idle_rows, false), "every fault has its row");
+
+} // namespace fault_tests

@@ -1,0 +1,70 @@
+// What a client meets that asks for the gravity compensation of a device that it has opened.
+#pragma once
+
+#include "faults/matrix.hpp"
+
+#include <array>
+
+namespace fault_tests {
+
+// clang-format off
+inline constexpr std::array requesting_rows{
+    matrix_row{"drop @op=66,dir=out",              1, "nothing",                                                                                                                        "-",                                                           "opened"},
+    matrix_row{"drop @op=66,dir=in",               1, "nothing",                                                                                                                        "-",                                                           "opened"},
+    matrix_row{"duplicate 1@op=66,dir=out",        1, "config_gravity_compensation_get: handler answered; config_gravity_compensation_get",                                             "-",                                                           "opened"},
+    matrix_row{"duplicate 1@op=66,dir=in",         1, "config_gravity_compensation_get: handler answered; config_gravity_compensation_get",                                             "-",                                                           "opened"},
+    matrix_row{"reorder 1@op=66,dir=out",          1, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "opened"},
+    matrix_row{"reorder 1@op=66,dir=in",           1, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "opened"},
+    matrix_row{"delay 20@op=66,dir=out",           1, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "opened"},
+    matrix_row{"delay 20@op=66,dir=in",            1, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "opened"},
+    matrix_row{"truncate 12@op=66,dir=out",        1, "code 6",                                                                                                                         "-",                                                           "opened"},
+    matrix_row{"truncate 12@op=66,dir=in",         1, "service_error 162: handler failed",                                                                                              "-",                                                           "opened"},
+    matrix_row{"extend 9@op=66,dir=out",           1, "config_gravity_compensation_get: handler answered; code 6",                                                                      "vantu_orvanta_poll: communication::proto::op magic mismatch", "opened"},
+    matrix_row{"extend 9@op=66,dir=in",            1, "config_gravity_compensation_get: handler answered; service_error 161",                                                           "-",                                                           "opened"},
+    matrix_row{"oversize 2049@op=66,dir=out",      1, "code 1",                                                                                                                         "message: unable to recv packet with code: Message too long",  "opened"},
+    matrix_row{"oversize 2049@op=66,dir=in",       1, "config_gravity_compensation_get: handler answered; service_error 161",                                                           "-",                                                           "opened"},
+    matrix_row{"oversize 65507@op=66,dir=out",     1, "code 1",                                                                                                                         "message: unable to recv packet with code: Message too long",  "opened"},
+    matrix_row{"oversize 65507@op=66,dir=in",      1, "config_gravity_compensation_get: handler answered; service_error 161",                                                           "-",                                                           "opened"},
+    matrix_row{"empty @op=66,dir=out",             1, "code 6",                                                                                                                         "vantu_orvanta_poll: Cannot read header",                      "opened"},
+    matrix_row{"empty @op=66,dir=in",              1, "nothing",                                                                                                                        "-",                                                           "opened"},
+    matrix_row{"flip 1@op=66,dir=out",             1, "config_gravity_compensation_get of 8388609: handler answered",                                                                   "-",                                                           "opened"},
+    matrix_row{"flip 1@op=66,dir=in",              1, "service_error 160",                                                                                                              "-",                                                           "opened"},
+    matrix_row{"bad-magic @op=66,dir=out",         1, "code 6",                                                                                                                         "vantu_orvanta_poll: Header magic mismatch",                   "opened"},
+    matrix_row{"bad-magic @op=66,dir=in",          1, "nothing",                                                                                                                        "-",                                                           "opened"},
+    matrix_row{"bad-version @op=66,dir=out",       1, "code 6",                                                                                                                         "vantu_orvanta_poll: Header version mismatch",                 "opened"},
+    matrix_row{"bad-version @op=66,dir=in",        1, "service_error 160",                                                                                                              "-",                                                           "opened"},
+    matrix_row{"bad-operation @op=66,dir=out",     1, "code 6",                                                                                                                         "vantu_orvanta_poll: communication::proto::op magic mismatch", "opened"},
+    matrix_row{"bad-operation @op=66,dir=in",      1, "service_error 161",                                                                                                              "-",                                                           "opened"},
+    matrix_row{"unknown-operation @op=66,dir=out", 1, "code 6",                                                                                                                         "-",                                                           "opened"},
+    matrix_row{"unknown-operation @op=66,dir=in",  1, "service_error 161: handler failed",                                                                                              "-",                                                           "opened"},
+    matrix_row{"lying-operation @op=66,dir=out",   1, "code 6",                                                                                                                         "-",                                                           "opened"},
+    matrix_row{"lying-operation @op=66,dir=in",    1, "service_error 161: handler failed",                                                                                              "-",                                                           "opened"},
+    matrix_row{"short-body @op=66,dir=out",        1, "code 6",                                                                                                                         "-",                                                           "opened"},
+    matrix_row{"short-body @op=66,dir=in",         1, "service_error 162: handler failed",                                                                                              "-",                                                           "opened"},
+    matrix_row{"bad-between @op=66,dir=out",       1, "config_gravity_compensation_get: handler answered; code 6; config_gravity_compensation_get",                                     "-",                                                           "opened"},
+    matrix_row{"bad-between @op=66,dir=in",        1, "config_gravity_compensation_get: handler answered; service_error 161; config_gravity_compensation_get",                          "-",                                                           "opened"},
+    matrix_row{"late 20@op=66",                    1, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "opened"},
+    matrix_row{"flood 1000@op=66",                 1, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "opened"},
+    matrix_row{"retag 9@op=66",                    1, "config_gravity_compensation_get",                                                                                                "-",                                                           "opened"},
+    matrix_row{"readdress 77@op=66",               1, "config_gravity_compensation_get of 77: handler answered",                                                                        "-",                                                           "opened"},
+    matrix_row{"stale @op=66",                     1, "config_gravity_compensation_get: handler answered; config_gravity_compensation_get",                                             "-",                                                           "opened"},
+    matrix_row{"silence 50@op=66,dir=out",         1, "nothing",                                                                                                                        "-",                                                           "opened"},
+    matrix_row{"silence 50@op=66,dir=in",          1, "nothing",                                                                                                                        "-",                                                           "opened"},
+    matrix_row{"refuse 0xB2",                      0, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "opened"},
+    matrix_row{"error 0xD0@op=66",                 1, "service_error 208: handler failed",                                                                                              "-",                                                           "opened"},
+    matrix_row{"error 0xD0:9@op=66",               1, "service_error 208",                                                                                                              "-",                                                           "opened"},
+    matrix_row{"short-acceptance 3",               0, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "opened"},
+    matrix_row{"goodbye @op=66",                   1, "config_gravity_compensation_get: handler answered; disconnected",                                                                "-",                                                           "code 3"},
+    matrix_row{"restart @op=66,dir=out",           1, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "refused 176"},
+    matrix_row{"restart @op=66,dir=in",            1, "config_gravity_compensation_get: handler answered",                                                                              "-",                                                           "refused 176"},
+    matrix_row{"unplug 1@op=66,dir=out",           1, "config_gravity_compensation_get: handler answered; device_removed",                                                              "-",                                                           "refused 192"},
+    matrix_row{"unplug 1@op=66,dir=in",            1, "config_gravity_compensation_get: handler answered; device_removed",                                                              "-",                                                           "refused 192"},
+    matrix_row{"plug orvanta3@op=66,dir=out",      1, "config_gravity_compensation_get: handler answered; device_added of 2; device_info_orvanta3 of 2",                                "-",                                                           "opened"},
+    matrix_row{"plug palmetron@op=66,dir=in",      1, "config_gravity_compensation_get: handler answered; device_added of 1001; device_info_palmetron of 1001",                         "-",                                                           "opened"},
+    matrix_row{"inject 3@op=66",                   1, "config_gravity_compensation_get: handler answered; device_added of 4095; config_gravity_compensation_get of 4095; disconnected", "-",                                                           "code 3"},
+};
+// clang-format on
+
+static_assert(is_complete(requesting_rows, true), "every fault has its row");
+
+} // namespace fault_tests
