@@ -1,4 +1,4 @@
-# Installation: tools, library, public headers and the CMake package vantu_orvanta.
+# Installation: tools, scenarios, library, public headers and the CMake package vantu_orvanta.
 include(CMakePackageConfigHelpers)
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vantu_orvanta)
@@ -27,6 +27,8 @@ install(FILES
 install(FILES ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/communication/records.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta/communication)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
+  FILES_MATCHING PATTERN "*.json")
 
 install(EXPORT vantu_orvanta_targets
   NAMESPACE vantu:: FILE vantu_orvanta-targets.cmake DESTINATION ${package_folder})

@@ -34,6 +34,10 @@ headers=$(cd "$prefix/include" && find . -type f | sort | tr '\n' ' ')
 wanted='./vantu/orvanta/client.hpp ./vantu/orvanta/communication/records.h ./vantu/orvanta/export.h ./vantu/orvanta/orvanta.h '
 [ "$headers" = "$wanted" ] || fail "installed headers are $headers"
 
+scenarios=$(cd "$source/simulator/scenarios" && ls)
+installed=$(cd "$prefix/share/orvanta/scenarios" && ls)
+[ "$installed" = "$scenarios" ] || fail "installed scenarios are $installed"
+
 # Prints the names of the libraries that a program or library needs at run time.
 needs() {
     ldd "$1" | sed -e 's/^[[:space:]]*//' -e 's/ .*//' -e 's,.*/,,' | sort
