@@ -29,6 +29,8 @@ install(FILES ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/communicati
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
   FILES_MATCHING PATTERN "*.json")
+install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 
 install(EXPORT vantu_orvanta_targets
   NAMESPACE vantu:: FILE vantu_orvanta-targets.cmake DESTINATION ${package_folder})

@@ -108,7 +108,7 @@ parse_outcome help_outcome(const CLI::App& app, const std::string& topic) {
 
 // The words around the list of options, and its width.
 void describe(CLI::App& app) {
-    constexpr std::size_t width_of_names = 24;
+    constexpr std::size_t width_of_names = 26;
     app.get_formatter()->column_width(width_of_names);
     app.footer("Faults, as in --drop 0.05 --truncate 17@op=66: see --help faults.\n"
                "Topics: --help faults, --help scenario, --help console, --help FAULT.");

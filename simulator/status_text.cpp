@@ -61,8 +61,11 @@ std::string overview() {
     text += line + "\nVerbs:\n";
     for (const verb_row& row : verbs) {
         text += fmt::format("  {:<35}{}\n", fmt::format("{} {}", row.name, row.arguments), row.effect);
+        if (row.name == "set") {
+            text += "  set DEVICE torque on|off\n  set DEVICE handedness left|right\n";
+        }
     }
-    return text + "  set DEVICE torque on|off\n  set DEVICE handedness left|right\n";
+    return text;
 }
 
 std::string fault_help(const fault_row& row) {
@@ -119,7 +122,8 @@ std::string verb_help_text(std::string_view verb) {
     std::string text = fmt::format("{}: {}\n", row->name, row->effect);
     text += fmt::format("  {} {}", row->name, row->example);
     text.erase(text.find_last_not_of(' ') + 1);
-    return text + '\n';
+    text += row->name == "set" ? "\n  set 1 torque off\n  set 1 handedness left\n" : "\n";
+    return text;
 }
 
 } // namespace vantu::orvanta::simulator

@@ -37,6 +37,9 @@ wanted='./vantu/orvanta/client.hpp ./vantu/orvanta/communication/records.h ./van
 scenarios=$(cd "$source/simulator/scenarios" && ls)
 installed=$(cd "$prefix/share/orvanta/scenarios" && ls)
 [ "$installed" = "$scenarios" ] || fail "installed scenarios are $installed"
+for page in man1/orvanta-simulator.1 man5/orvanta-scenario.5; do
+    [ -s "$prefix/share/man/$page" ] || fail "$page is not installed"
+done
 
 # Prints the names of the libraries that a program or library needs at run time.
 needs() {

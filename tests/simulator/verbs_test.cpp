@@ -214,6 +214,15 @@ TEST(verbs, have_examples_that_are_right) {
     }
 }
 
+TEST(verbs, show_an_example_of_every_setting) {
+    simulation_bench bench;
+    const std::string text = shown_by(bench.tested, "help set");
+    for (const char* line : {"set 1 gravity on 0.5", "set 1 torque off", "set 1 handedness left"}) {
+        EXPECT_THAT(text, HasSubstr("\n  " + std::string(line) + '\n'));
+        EXPECT_EQ(check_verb(line), "");
+    }
+}
+
 TEST(verbs, are_checked_without_being_done) {
     // check_verb has no simulation to do anything to; it says what run_verb would.
     simulation_bench bench;
