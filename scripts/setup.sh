@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing to build and to test, as Debian packages; does nothing where nothing is.
 #
-# usage: scripts/setup.sh run|test
+# usage: scripts/setup.sh run|test|windows
 set -euo pipefail
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 
@@ -25,7 +25,15 @@ test)
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
     )
     ;;
-*) fail "usage: $0 run|test" ;;
+windows)
+    needed+=(
+        g++-mingw-w64-x86-64-posix:x86_64-w64-mingw32-g++-posix
+        wine:wineserver
+        wine64:/usr/lib/wine/wine64
+        googletest:/usr/src/googletest/CMakeLists.txt
+    )
+    ;;
+*) fail "usage: $0 run|test|windows" ;;
 esac
 
 # clang's runtime for the thread sanitizer has a package of each version's own.
