@@ -41,7 +41,7 @@ void outbox::pack_palmetron_state(const peer& to, const body<op_code::palmetron_
     }
 }
 
-std::deque<outgoing_datagram> outbox::take() {
+std::vector<outgoing_datagram> outbox::take() {
     seal();
     std::erase_if(waiting_, [](const outgoing_datagram& datagram) {
         return datagram.bytes.write_position == sizeof(proto::header);

@@ -6,8 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <span>
+#include <vector>
 
 namespace vantu::orvanta::simulator {
 
@@ -56,13 +56,13 @@ class outbox {
 
     // All datagrams in the order in which they are to go out; none stays. One with nothing but its
     // header is never among them.
-    [[nodiscard]] std::deque<outgoing_datagram> take();
+    [[nodiscard]] std::vector<outgoing_datagram> take();
 
   private:
     [[nodiscard]] byte_buffer& datagram_with_room(const peer& to, std::size_t size);
     [[nodiscard]] bool is_open_for(const peer& to) const;
 
-    std::deque<outgoing_datagram> waiting_;
+    std::vector<outgoing_datagram> waiting_;
     bool open_{false};
 };
 

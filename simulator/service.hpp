@@ -10,7 +10,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <span>
 #include <vector>
 
@@ -57,7 +56,7 @@ class service {
     bool configure(std::uint32_t device_id, const configuration& settings);
 
     // The datagrams to send now, in order.
-    [[nodiscard]] std::deque<outgoing_datagram> take_outgoing() { return out_.take(); }
+    [[nodiscard]] std::vector<outgoing_datagram> take_outgoing() { return out_.take(); }
 
     [[nodiscard]] const std::vector<client>& clients() const noexcept { return clients_.all(); }
     [[nodiscard]] const std::vector<device>& devices() const noexcept { return devices_; }
