@@ -1,0 +1,215 @@
+// What can be asked of a simulator in a user's program, and what it refuses.
+#include "simulator_library/simulated_client.hpp"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace simulator_library_tests {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+using testing::StartsWith;
+using vantu::orvanta::service_simulator;
+
+// What the function throws, as text; empty, and the test fails, when it throws nothing.
+template <typename Wrong, typename Function> std::string refusal_of(Function function) {
+    try {
+        function();
+    } catch (const Wrong& refused) {
+        return refused.what();
+    }
+    ADD_FAILURE() << "nothing was refused";
+    return {};
+}
+
+class in_a_folder : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (std::filesystem::temp_directory_path() / "simulator_library_XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    // A file of that text.
+    [[nodiscard]] std::string file(const std::string& name, const std::string& text) const {
+        std::ofstream((folder / name).string()) << text;
+        return (folder / name).string();
+    }
+
+    std::filesystem::path folder;
+};
+
+TEST(a_command, shows_what_it_has_to_show) {
+    service_simulator service(by_hand());
+    EXPECT_EQ(service.command("plug orvanta3"), "plugged in 2\n");
+    EXPECT_EQ(service.count().devices, 3U);
+    EXPECT_EQ(service.command("drop 0.5"), "");
+    EXPECT_THAT(service.status(), HasSubstr("drop @p=0.5"));
+    EXPECT_EQ(service.command("status"), service.status());
+    EXPECT_EQ(service.command("heal"), "");
+    EXPECT_THAT(service.command("help"), HasSubstr("truncate"));
+}
+
+TEST(a_command, that_is_wrong_is_refused_with_what_would_be_right) {
+    service_simulator service(by_hand());
+    const auto refused = [&service](const char* line) {
+        return refusal_of<std::invalid_argument>([&] { service.command(line); });
+    };
+    EXPECT_THAT(refused("dorp 0.5"), HasSubstr("drop"));
+    EXPECT_THAT(refused("drop 2"), HasSubstr("0 to 1"));
+    EXPECT_THAT(refused("unplug 99"), HasSubstr("1 or 1001 would be right"));
+    EXPECT_THAT(refused("set 1 handedness up"), HasSubstr("left"));
+    EXPECT_EQ(service.count().devices, 2U);
+}
+
+TEST(a_command, reaches_the_client_at_once) {
+    service_simulator service(by_hand());
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    service.command("unplug 1");
+    client.poll_until(vantu_orvanta_event_device_removed);
+    EXPECT_EQ(client.last.device_id, 1U);
+    service.command("restart");
+    EXPECT_EQ(service.count().restarts, 1U);
+    EXPECT_EQ(service.count().clients, 0U);
+}
+
+TEST(a_command, to_quit_says_goodbye_and_ends_the_service) {
+    service_simulator service(by_hand());
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    EXPECT_FALSE(service.has_quit());
+    service.command("quit");
+    EXPECT_TRUE(service.has_quit());
+    client.poll_until(vantu_orvanta_event_disconnected);
+    service.advance(1s);
+    EXPECT_EQ(service.serve_waiting(), 0U);
+    simulated_client late(service);
+    EXPECT_EQ(late.connect(5'000'000'000, 20'000'000), vantu_orvanta_timed_out);
+}
+
+TEST(counters, tell_of_datagrams_and_faults) {
+    service_simulator service(by_hand());
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    EXPECT_EQ(service.count().received, 1U);
+    EXPECT_EQ(service.count().sent, 1U);
+    EXPECT_EQ(service.count().clients, 1U);
+    client.open(1);
+    service.command("drop @op=33");
+    service.advance(1s);
+    EXPECT_EQ(service.happened("drop"), 101U);
+    EXPECT_EQ(service.happened("flip"), 0U);
+    EXPECT_EQ(service.count().sent, 2U);
+    EXPECT_THAT(refusal_of<std::invalid_argument>([&] { (void)service.happened("dorp"); }),
+                HasSubstr("'dorp' is no fault"));
+}
+
+TEST(settings, out_of_range_are_refused) {
+    const auto refused = [](auto change) {
+        service_simulator::settings wrong = by_hand();
+        change(wrong);
+        return refusal_of<std::invalid_argument>([&] { const service_simulator tested(wrong); });
+    };
+    EXPECT_THAT(refused([](auto& wrong) { wrong.port = "many"; }), StartsWith("port 'many'"));
+    EXPECT_THAT(refused([](auto& wrong) { wrong.port = ""; }), StartsWith("port ''"));
+    EXPECT_THAT(refused([](auto& wrong) { wrong.port = "65536"; }), StartsWith("port '65536'"));
+    EXPECT_THAT(refused([](auto& wrong) { wrong.orvanta3_count = 257; }), StartsWith("more than 256"));
+    EXPECT_THAT(refused([](auto& wrong) { wrong.palmetron_count = 257; }), StartsWith("more than 256"));
+    EXPECT_THAT(refused([](auto& wrong) { wrong.rate_hz = -1; }), StartsWith("rate -1"));
+    EXPECT_THAT(refused([](auto& wrong) { wrong.rate_hz = 10'001; }), StartsWith("rate 10001"));
+    EXPECT_THAT(refused([](auto& wrong) { wrong.rate_hz = std::numeric_limits<double>::quiet_NaN(); }),
+                StartsWith("rate nan"));
+}
+
+TEST(settings, of_a_port_that_is_held_are_refused_with_one_line) {
+    const service_simulator holder(by_hand());
+    service_simulator::settings same = by_hand();
+    same.port = holder.port();
+    EXPECT_THAT(refusal_of<std::runtime_error>([&] { const service_simulator tested(same); }),
+                HasSubstr("another program holds it"));
+}
+
+TEST(settings, say_which_devices_there_are_and_whether_there_may_be_a_second_client) {
+    service_simulator::settings wanted = by_hand();
+    wanted.orvanta3_count = 3;
+    wanted.palmetron_count = 0;
+    wanted.single_client = true;
+    wanted.devices = service_simulator::announce::after;
+    service_simulator service(wanted);
+    EXPECT_EQ(service.count().devices, 3U);
+    simulated_client first(service);
+    ASSERT_EQ(first.connect(), 0);
+    first.poll_until(vantu_orvanta_event_device_added, 3);
+    simulated_client second(service);
+    EXPECT_EQ(second.connect(), vantu_orvanta_another_client_connected);
+}
+
+TEST(a_seed, is_told_and_differs_by_chance) {
+    EXPECT_EQ(service_simulator(by_hand()).seed(), 1U);
+    const service_simulator one({});
+    const service_simulator other({});
+    EXPECT_NE(one.seed(), other.seed());
+}
+
+TEST_F(in_a_folder, a_state_file_outlives_the_simulator) {
+    service_simulator::settings wanted = by_hand();
+    wanted.state_path = (folder / "state.json").string();
+    {
+        service_simulator service(wanted);
+        simulated_client client(service);
+        ASSERT_EQ(client.connect(), 0);
+        client.open(1);
+        const std::uint8_t left = vantu_orvanta_handedness_left;
+        ASSERT_EQ(vantu_orvanta_config_handedness_set(client.context(), 1, 5, &left), 0);
+        client.poll_until(vantu_orvanta_event_config_handedness);
+        ASSERT_EQ(vantu_orvanta_config_save_request(client.context(), 1, 6), 0);
+        client.poll_until(vantu_orvanta_event_config_save);
+    }
+    service_simulator service(wanted);
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    vantu_orvanta_device device{};
+    ASSERT_EQ(vantu_orvanta_device_info(client.context(), 1, &device), 0);
+    EXPECT_EQ(device.detail.orvanta3.handedness, vantu_orvanta_handedness_left);
+    EXPECT_THAT(service.status(), HasSubstr("left"));
+}
+
+TEST_F(in_a_folder, a_scenario_is_played_as_time_is_moved) {
+    std::vector<std::string> told;
+    service_simulator::settings wanted = by_hand();
+    wanted.scenario_path = file("scenario.json", R"({"version": 1, "steps": [
+        {"at": 500, "do": "plug orvanta3"},
+        {"at": 900, "do": "quit"}]})");
+    wanted.narrate = [&told](std::string_view text) { told.emplace_back(text); };
+    service_simulator service(wanted);
+    service.advance(499ms);
+    EXPECT_EQ(service.count().devices, 2U);
+    service.advance(1ms);
+    EXPECT_EQ(service.count().devices, 3U);
+    EXPECT_THAT(told, testing::Contains("device 2: plugged in"));
+    service.advance(1s);
+    EXPECT_TRUE(service.has_quit());
+}
+
+TEST_F(in_a_folder, a_file_that_is_wrong_is_refused_with_its_path) {
+    service_simulator::settings wanted = by_hand();
+    wanted.scenario_path = file("scenario.json", "{\"version\": 1, \"step\": []}");
+    EXPECT_THAT(refusal_of<std::runtime_error>([&] { const service_simulator tested(wanted); }),
+                StartsWith(wanted.scenario_path + ":1: "));
+    wanted = by_hand();
+    wanted.state_path = file("state.json", "{}");
+    EXPECT_THAT(refusal_of<std::runtime_error>([&] { const service_simulator tested(wanted); }),
+                StartsWith(wanted.state_path + ": "));
+}
+
+} // namespace
+} // namespace simulator_library_tests
