@@ -2,6 +2,7 @@
 // WSAPoll would round the time up to the system's tick.
 #include "network/socket_wait.hpp"
 
+#include "common/utils/per_thread_windows.hpp"
 #include "common/utils/waitable_timer_windows.hpp"
 #include "network/error_text_winsock.hpp"
 #include "network/socket_shared.hpp"
@@ -40,7 +41,7 @@ bool fail(int error) {
 } // namespace
 
 bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadline_ns) {
-    thread_local const thread_event event;
+    const auto& event = platform::of_this_thread<thread_event>();
     WSAResetEvent(event.handle());
     for (const socket_handle socket : sockets) {
         // The event is set at once when something waits already.

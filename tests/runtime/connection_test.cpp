@@ -98,18 +98,6 @@ TEST(an_unconnected_context, answers_a_poll_with_3) {
     vantu_orvanta_disconnect(context);
 }
 
-TEST(a_closed_service, gives_8_and_leaves_the_context_connected) {
-    service_session session;
-    log_capture log;
-    session.service.close();
-    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), 0);
-    EXPECT_EQ(poll_until_something(session.context).code, 8);
-    EXPECT_EQ(poll_once(session.context).code, 0);
-    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), 0) << "an old error stops no send";
-    EXPECT_EQ(poll_until_something(session.context).code, 8);
-    EXPECT_THAT(log.take_messages(), testing::IsEmpty());
-}
-
 TEST(disconnect, says_goodbye_and_returns_when_the_service_answers) {
     service_session session;
     session.service.expect(goodbye()).answer(datagram({op(81, 0, {5, 0, 0, 0, 1}), op(6, 0)}));

@@ -1,28 +1,17 @@
 // Connecting when something is wrong: arguments, ports, silence, refusals, and replies that make no sense.
 #include "support/log_capture.hpp"
+#include "support/open_handles.hpp"
 #include "support/service_session.hpp"
 
 #include <chrono>
-#include <dirent.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 namespace {
 
 using namespace orvanta_tests;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::size_t open_descriptors() {
-    std::size_t count = 0;
-    DIR* folder = opendir("/proc/self/fd");
-    while (readdir(folder) != nullptr) {
-        ++count;
-    }
-    closedir(folder);
-    return count;
-}
 
 class failing_handshake : public testing::Test {
   protected:
@@ -198,14 +187,14 @@ TEST_F(failing_handshake, gives_7_for_details_of_a_device_that_was_not_listed_wi
 
 TEST_F(failing_handshake, leaves_no_descriptor_open) {
     const scripted_service holder;
-    const std::size_t before = open_descriptors();
+    const std::size_t before = open_handles();
     EXPECT_EQ(connect_ports(holder.port(), service.port(), patient_timeout_ns), 5);
     EXPECT_EQ(connect_ports("0", "no port", patient_timeout_ns), 1);
     EXPECT_EQ(code_of_reply(datagram({op(240, 0, {0, 0, 0, 0, 178})})), 178);
     EXPECT_EQ(code_of_reply(datagram({op(2, 0)})), 6);
     service.expect(connect_request());
     EXPECT_EQ(connect_ports("0", service.port(), 2'000'000), 4);
-    EXPECT_EQ(open_descriptors(), before);
+    EXPECT_EQ(open_handles(), before);
 }
 
 TEST_F(failing_handshake, keeps_nothing_of_the_failed_reply_for_the_next_polls) {

@@ -3,7 +3,6 @@
 #include "support/log_capture.hpp"
 
 #include <atomic>
-#include <csignal>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -129,13 +128,6 @@ TEST_F(poll_thread, hands_on_the_goodbye_of_the_service_and_ends_with_3) {
     EXPECT_EQ(+recorded.events[0].event_type, 2U);
 }
 
-TEST_F(poll_thread, ends_with_8_when_the_service_is_gone) {
-    start();
-    session.service.close();
-    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), 0);
-    EXPECT_TRUE(ends_with(8));
-}
-
 TEST(poll_thread_start, ends_with_3_at_once_on_a_context_that_never_connected) {
     vantu_orvanta_context* context = vantu_orvanta_context_create();
     recorder unused;
@@ -236,23 +228,6 @@ TEST_F(poll_thread, calls_its_handler_with_no_lock_held) {
     start();
     session.service.push(datagram({device_listed(5, 1)}));
     EXPECT_TRUE(wait_until([&] { return codes.load() == 0; })) << codes.load();
-}
-
-TEST_F(poll_thread, takes_no_signals) {
-    std::atomic<int> blocked{0};
-    recorded.more = [&](const vantu_orvanta_event&) {
-        sigset_t mask;
-        pthread_sigmask(SIG_BLOCK, nullptr, &mask);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGALRM, SIGCHLD}) {
-            blocked += sigismember(&mask, signal);
-        }
-    };
-    start();
-    session.service.push(datagram({op(2, 1)}));
-    EXPECT_TRUE(wait_until([&] { return blocked.load() == 6; }));
-    sigset_t own;
-    pthread_sigmask(SIG_BLOCK, nullptr, &own);
-    EXPECT_EQ(sigismember(&own, SIGINT), 0) << "the starting thread keeps its own mask";
 }
 
 } // namespace

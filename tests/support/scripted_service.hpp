@@ -3,6 +3,7 @@
 #pragma once
 
 #include "support/bytes.hpp"
+#include "support/udp_socket.hpp"
 
 #include <chrono>
 #include <condition_variable>
@@ -13,21 +14,10 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <sys/socket.h>
 #include <thread>
 #include <vector>
 
 namespace orvanta_tests {
-
-// The first address of localhost, with a port in decimal ("0": any).
-struct local_address {
-    sockaddr_storage storage{};
-    socklen_t length{0};
-};
-[[nodiscard]] local_address localhost_address(const std::string& port);
-
-// "127.0.0.1:54321" or "[::1]:54321".
-[[nodiscard]] std::string text_of_address(const sockaddr_storage& address);
 
 // Listens on the first address of localhost, on a port of its own. Every datagram must be the next one of the
 // script and come from the client that connected last; anything else, and a script that is not played to its
@@ -76,11 +66,10 @@ class scripted_service {
 
     void serve();
     void receive_one();
-    [[nodiscard]] std::vector<bytes> take(const bytes& datagram, const sockaddr_storage& from,
-                                          socklen_t length);
+    [[nodiscard]] std::vector<bytes> take(const udp_datagram& received);
 
-    int socket_{-1};
-    int wake_[2]{-1, -1};
+    std::optional<udp_socket> socket_; // the thread's alone, but for push
+    udp_socket wake_;                  // a datagram to itself ends the thread
     std::string port_;
     std::string address_text_;
 
@@ -88,7 +77,7 @@ class scripted_service {
     std::condition_variable changed_;
     std::deque<step> script_;
     responder responder_;
-    std::optional<local_address> client_;
+    std::optional<udp_address> client_;
     bytes last_datagram_;
     std::string last_sender_;
     std::vector<std::chrono::steady_clock::time_point> keep_alives_;

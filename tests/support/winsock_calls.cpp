@@ -152,18 +152,6 @@ std::uintptr_t scripted_winsock::last_closed() const {
     return current.last_closed;
 }
 
-// By asking for each: Wine does not count them.
-std::uint32_t open_handles() {
-    constexpr std::uintptr_t step = 4;
-    constexpr std::uintptr_t highest = 0x2000;
-    std::uint32_t count = 0;
-    for (std::uintptr_t value = step; value < highest; value += step) {
-        DWORD flags = 0;
-        count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) != 0 ? 1 : 0;
-    }
-    return count;
-}
-
 } // namespace orvanta_tests
 
 using namespace orvanta_tests;
@@ -190,6 +178,7 @@ STAND_IN(getsockname, getsockname, SOCKET_ERROR)
 STAND_IN(address_to_text, WSAAddressToStringA, SOCKET_ERROR)
 STAND_IN(event_select, WSAEventSelect, SOCKET_ERROR)
 STAND_IN(wait, WaitForMultipleObjects, WAIT_FAILED)
+STAND_IN(start_thread, _beginthreadex, 0)
 
 extern decltype(&getaddrinfo) __real___imp_getaddrinfo;
 extern decltype(&closesocket) __real___imp_closesocket;
@@ -263,13 +252,5 @@ decltype(&getaddrinfo) __wrap___imp_getaddrinfo = &scripted_getaddrinfo;
 decltype(&closesocket) __wrap___imp_closesocket = &scripted_closesocket;
 decltype(&GetOverlappedResultEx) __wrap___imp_GetOverlappedResultEx = &scripted_get_result;
 decltype(&FormatMessageA) __wrap___imp_FormatMessageA = &scripted_format_message;
-
-std::uintptr_t __real__beginthreadex(void*, unsigned, unsigned (*)(void*), void*, unsigned, unsigned*);
-std::uintptr_t __wrap__beginthreadex(void* security, unsigned stack, unsigned (*body)(void*), void* argument,
-                                     unsigned flags, unsigned* id) {
-    return is_to_fail(winsock_call::start_thread)
-               ? 0
-               : __real__beginthreadex(security, stack, body, argument, flags, id);
-}
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)

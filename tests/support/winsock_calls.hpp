@@ -65,7 +65,4 @@ class scripted_winsock {
     [[nodiscard]] std::uintptr_t last_closed() const;
 };
 
-// How many handles this process has open.
-[[nodiscard]] std::uint32_t open_handles();
-
 } // namespace orvanta_tests

@@ -2,6 +2,7 @@
 // tick, else an ordinary one.
 #include "common/utils/waitable_timer_windows.hpp"
 
+#include "common/utils/per_thread_windows.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <algorithm>
@@ -51,8 +52,7 @@ bool waitable_timer::set(std::int64_t deadline_ns) const noexcept {
 }
 
 const waitable_timer& timer_of_this_thread() {
-    thread_local const waitable_timer timer;
-    return timer;
+    return of_this_thread<waitable_timer>();
 }
 
 std::uint32_t milliseconds_until(std::int64_t deadline_ns) noexcept {

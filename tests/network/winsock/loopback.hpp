@@ -4,6 +4,7 @@
 #include "network/socket.hpp"
 #include "network/socket_wait.hpp"
 #include "support/captured_log.hpp"
+#include "support/open_handles.hpp"
 #include "support/winsock_calls.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 

@@ -62,7 +62,7 @@ TEST(winsock_open, takes_a_socket_that_grants_no_option) {
 
 TEST(winsock_open, reports_a_port_that_is_taken) {
     const loopback_socket holder;
-    const std::uint32_t before = open_handles();
+    const std::size_t before = open_handles();
     const scripted_winsock calls;
     const captured_log log;
     const auto opened = open_bound_socket("127.0.0.1", holder.port());
@@ -85,7 +85,7 @@ TEST(winsock_open, resolves_a_numeric_address) {
 }
 
 TEST(winsock_walk, closes_every_socket_that_cannot_be_bound) {
-    const std::uint32_t before = open_handles();
+    const std::size_t before = open_handles();
     scripted_winsock calls;
     calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(winsock_call::bind, WSAEADDRINUSE, 1, 2);
     const captured_log log;
@@ -129,7 +129,7 @@ TEST(winsock_walk, is_unavailable_when_there_is_no_socket_or_no_address) {
 }
 
 TEST(winsock_walk, gives_up_and_keeps_the_socket_that_cannot_be_made_non_blocking) {
-    const std::uint32_t before = open_handles();
+    const std::size_t before = open_handles();
     {
         scripted_winsock calls;
         calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(winsock_call::ioctl, WSAENETDOWN);

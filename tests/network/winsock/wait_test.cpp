@@ -87,7 +87,7 @@ TEST_F(winsock_wait, logs_a_failure) {
 TEST_F(winsock_wait, keeps_no_handle_of_a_thread_that_has_ended) {
     const auto wait_on_a_thread = [this] { std::thread([this] { (void)wait(0); }).join(); };
     wait_on_a_thread();
-    const std::uint32_t before = open_handles();
+    const std::size_t before = open_handles();
     for (int i = 0; i < 20; ++i) {
         wait_on_a_thread();
     }
