@@ -4,6 +4,7 @@
 #include "simulator/device.hpp"
 #include "simulator/help_text.hpp"
 #include "simulator/streams.hpp"
+#include "simulator/words.hpp"
 #include "vantu/orvanta/common/diagnostics/version.hpp"
 
 #include <CLI/CLI.hpp>
@@ -106,6 +107,27 @@ parse_outcome help_outcome(const CLI::App& app, const std::string& topic) {
     return outcome;
 }
 
+// Refuses what is no option, with the one that was probably meant.
+void expect_no_surplus(const CLI::App& app) {
+    const std::vector<std::string> surplus = app.remaining();
+    if (surplus.empty()) {
+        return;
+    }
+    const auto wrong = std::find_if(surplus.begin(), surplus.end(),
+                                    [](const std::string& text) { return text.starts_with('-'); });
+    if (wrong == surplus.end()) {
+        throw CLI::ValidationError("'" + surplus.front() + "' belongs to no option; --help lists them all");
+    }
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options()) {
+        names.push_back("--" + option->get_lnames().front());
+    }
+    const std::vector<std::string_view> words(names.begin(), names.end());
+    const std::string name = wrong->substr(0, wrong->find('='));
+    throw CLI::ValidationError(name, "there is no such option; " + std::string(nearest_word(name, words)) +
+                                         " would be right, and --help lists them all");
+}
+
 // The words around the list of options, and its width.
 void describe(CLI::App& app) {
     constexpr std::size_t width_of_names = 26;
@@ -153,6 +175,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
 
     CLI::App app("Simulates the device service with Orvanta3 and Palmetron devices.", "orvanta-simulator");
     describe(app);
+    app.allow_extras(); // to say more about them than the parser does
     app.set_help_flag();
     const CLI::Option* help = app.add_option("-h,--help", "Print this help, or the help on a topic, and end")
                                   ->expected(0, 1)
@@ -173,6 +196,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
         if (help->count() != 0) {
             return help_outcome(app, help->results().front());
         }
+        expect_no_surplus(app);
         chosen.port = std::to_string(port);
         chosen.announce = announce_orders.at(announce);
         chosen.counts_devices = app.count("--orvanta3") + app.count("--palmetron") != 0;

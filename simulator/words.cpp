@@ -7,6 +7,7 @@
 #include <limits>
 #include <numeric>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -14,15 +15,21 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r";
 
+// Letters added, left out and replaced, and neighbours that changed places.
 std::size_t changes_between(std::string_view left, std::string_view right) {
+    std::vector<std::size_t> before;
+    std::vector<std::size_t> above;
     std::vector<std::size_t> row(right.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < right.size(); ++j) {
-            const std::size_t replaced = diagonal + (left[i] == right[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+    for (std::size_t i = 1; i <= left.size(); ++i) {
+        before = std::exchange(above, row);
+        row[0] = i;
+        for (std::size_t j = 1; j <= right.size(); ++j) {
+            const std::size_t replaced = above[j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1);
+            row[j] = std::min({replaced, row[j - 1] + 1, above[j] + 1});
+            if (i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1]) {
+                row[j] = std::min(row[j], before[j - 2] + 1);
+            }
         }
     }
     return row.back();

@@ -20,7 +20,8 @@ namespace vantu::orvanta::simulator {
 // All of the text as a number like 0.25.
 [[nodiscard]] std::optional<double> real_number(std::string_view text) noexcept;
 
-// The word that takes the fewest changes of single letters to become this one; there is at least one word.
+// The word that takes the fewest changes to become this one, of single letters or of two neighbours' places;
+// there is at least one word.
 [[nodiscard]] std::string_view nearest_word(std::string_view to, std::span<const std::string_view> words);
 
 } // namespace vantu::orvanta::simulator

@@ -35,8 +35,10 @@ TEST(words, are_numbers_only_when_finite_and_whole) {
     }
 }
 
-TEST(words, are_nearest_by_single_letters) {
-    constexpr std::array<std::string_view, 3> known{"plug", "unplug", "drop"};
+TEST(words, are_nearest_by_single_letters_and_neighbours) {
+    constexpr std::array<std::string_view, 4> known{"plug", "unplug", "port", "drop"};
+    EXPECT_EQ(nearest_word("dorp", known), "drop");
+    EXPECT_EQ(nearest_word("opr", known), "port");
     EXPECT_EQ(nearest_word("plugg", known), "plug");
     EXPECT_EQ(nearest_word("unplg", known), "unplug");
     EXPECT_EQ(nearest_word("rdop", known), "drop");
