@@ -20,3 +20,8 @@ if(NOT fmt_FOUND)
     INTERFACE_INCLUDE_DIRECTORIES ${fmt_folder}/usr/include
     INTERFACE_COMPILE_DEFINITIONS FMT_HEADER_ONLY=1)
 endif()
+
+# The headers without fmt's own switch for compiling all of it in every source file that includes one.
+add_library(orvanta_fmt INTERFACE)
+target_include_directories(orvanta_fmt SYSTEM INTERFACE
+  $<TARGET_PROPERTY:fmt::fmt-header-only,INTERFACE_INCLUDE_DIRECTORIES>)

@@ -71,7 +71,7 @@ device* find_device(std::span<device> devices, std::uint32_t id) noexcept {
 std::string uuid_text(const device& which) {
     std::string text;
     for (const std::uint8_t value : which.description.uuid) {
-        text += fmt::format("{:02x}", value);
+        text += formatted("{:02x}", value);
     }
     return text;
 }

@@ -15,7 +15,7 @@ namespace vantu::orvanta::simulator {
 namespace {
 
 std::string failure(std::string_view step, const std::string& path, int error) {
-    return fmt::format("cannot {} {}: {}", step, path, strerrordesc_np(error));
+    return formatted("cannot {} {}: {}", step, path, strerrordesc_np(error));
 }
 
 bool write_all(int descriptor, std::string_view content) {

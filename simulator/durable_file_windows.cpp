@@ -16,7 +16,7 @@ std::string failure(std::string_view step, const std::string& path, DWORD error)
     while (!reason.empty() && (reason.back() == '\n' || reason.back() == '\r')) {
         reason.pop_back();
     }
-    return fmt::format("cannot {} {}: {}", step, path, reason);
+    return formatted("cannot {} {}: {}", step, path, reason);
 }
 
 bool write_all(HANDLE file, std::string_view content) {

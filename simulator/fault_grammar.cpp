@@ -33,15 +33,15 @@ class fault_reader {
   private:
     [[noreturn]] void refuse(const std::string& what) const {
         throw std::invalid_argument(
-            fmt::format("{}: {}, as in '{} {}'", row_.name, what, row_.name, row_.example));
+            formatted("{}: {}, as in '{} {}'", row_.name, what, row_.name, row_.example));
     }
 
     [[nodiscard]] std::uint32_t number(std::string_view text, std::uint32_t least, std::uint32_t greatest,
                                        std::string_view what) const {
         const auto value = whole_number(text);
         if (!value.has_value() || *value < least || *value > greatest) {
-            refuse(fmt::format("'{}' is no {}; it takes a whole number from {} to {}", text, what, least,
-                               greatest));
+            refuse(formatted("'{}' is no {}; it takes a whole number from {} to {}", text, what, least,
+                             greatest));
         }
         return static_cast<std::uint32_t>(*value);
     }
@@ -59,7 +59,7 @@ class fault_reader {
     void read_probability(std::string_view text) {
         const auto value = real_number(text);
         if (!value.has_value() || !(*value >= 0 && *value <= 1)) {
-            refuse(fmt::format("'{}' is no probability; it takes a number from 0 to 1", text));
+            refuse(formatted("'{}' is no probability; it takes a number from 0 to 1", text));
         }
         if (probable_) {
             refuse("the probability is given twice; once is enough");
@@ -72,7 +72,7 @@ class fault_reader {
     void read_milliseconds(std::string_view text) {
         read_pair(text, '-', greatest_number, greatest_number, "time in milliseconds");
         if (rule_.last.has_value() && *rule_.last < *rule_.first) {
-            refuse(fmt::format("'{}' ends before it begins; the smaller number comes first", text));
+            refuse(formatted("'{}' ends before it begins; the smaller number comes first", text));
         }
     }
 
@@ -82,7 +82,7 @@ class fault_reader {
         } else if (text == "palmetron") {
             rule_.first = vantu_orvanta_device_type_palmetron;
         } else {
-            refuse(fmt::format("'{}' is no type of device; it takes orvanta3 or palmetron", text));
+            refuse(formatted("'{}' is no type of device; it takes orvanta3 or palmetron", text));
         }
     }
 
@@ -154,14 +154,14 @@ class fault_reader {
         } else if (key == "p") {
             read_probability(value);
         } else {
-            refuse(fmt::format("'{}' is no selector; it takes op=, dir=, n= or p=", text));
+            refuse(formatted("'{}' is no selector; it takes op=, dir=, n= or p=", text));
         }
         selected_ = true;
     }
 
     void once(bool given, std::string_view key) const {
         if (given) {
-            refuse(fmt::format("{} is given twice; once is enough", key));
+            refuse(formatted("{} is given twice; once is enough", key));
         }
     }
 
@@ -175,8 +175,8 @@ class fault_reader {
         }
         const auto value = whole_number(text);
         if (!value.has_value() || *value > greatest_byte) {
-            refuse(fmt::format("'{}' is no operation; op takes a code from 0 to 255 or a name like {}", text,
-                               nearest_operation(text)));
+            refuse(formatted("'{}' is no operation; op takes a code from 0 to 255 or a name like {}", text,
+                             nearest_operation(text)));
         }
         rule_.code = static_cast<std::uint8_t>(*value);
     }
@@ -196,8 +196,7 @@ class fault_reader {
         } else if (text == "out") {
             rule_.way = direction::to_client;
         } else {
-            refuse(
-                fmt::format("'{}' is no direction; dir takes in (from clients) or out (to clients)", text));
+            refuse(formatted("'{}' is no direction; dir takes in (from clients) or out (to clients)", text));
         }
         if (!(*rule_.way == direction::to_service ? row_.to_service : row_.to_client)) {
             refuse(row_.to_client ? "it can only happen to datagrams to clients; dir takes out"
@@ -209,7 +208,7 @@ class fault_reader {
         once(rule_.nth != 0, "n");
         const auto value = whole_number(text);
         if (!value.has_value() || *value == 0) {
-            refuse(fmt::format("'{}' is no count of datagrams; n takes a whole number from 1", text));
+            refuse(formatted("'{}' is no count of datagrams; n takes a whole number from 1", text));
         }
         rule_.nth = *value;
     }

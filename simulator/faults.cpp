@@ -12,17 +12,17 @@ namespace {
 using communication::direction;
 
 std::string span_text(const fault_rule& rule) {
-    std::string text = fmt::format("{}", *rule.first);
+    std::string text = formatted("{}", *rule.first);
     if (rule.last.has_value()) {
-        text += fmt::format("-{}", *rule.last);
+        text += formatted("-{}", *rule.last);
     }
     return text;
 }
 
 std::string status_text(const fault_rule& rule) {
-    std::string text = fmt::format("0x{:02X}", *rule.first);
+    std::string text = formatted("0x{:02X}", *rule.first);
     if (rule.last.has_value()) {
-        text += fmt::format(":{}", *rule.last);
+        text += formatted(":{}", *rule.last);
     }
     return text;
 }
@@ -40,7 +40,7 @@ std::string argument_text(const fault_rule& rule) {
     case fault_argument::device_type:
         return *rule.first == vantu_orvanta_device_type_palmetron ? "palmetron" : "orvanta3";
     default:
-        return fmt::format("{}", *rule.first);
+        return formatted("{}", *rule.first);
     }
 }
 
@@ -51,17 +51,17 @@ std::string selector_text(const fault_rule& rule) {
         text += selector;
     };
     if (rule.code.has_value()) {
-        add(fmt::format("op={}", *rule.code));
+        add(formatted("op={}", *rule.code));
     }
     if (rule.way.has_value()) {
         add(*rule.way == direction::to_service ? "dir=in" : "dir=out");
     }
     if (rule.nth != 0) {
-        add(fmt::format("n={}", rule.nth));
+        add(formatted("n={}", rule.nth));
     }
     // Without any selector it would be asked for at once.
     if (rule.probability != 1 || (text.empty() && row_of(rule.kind).at_once && !rule.now)) {
-        add(fmt::format("p={}", rule.probability));
+        add(formatted("p={}", rule.probability));
     }
     return text;
 }

@@ -13,7 +13,7 @@ namespace vantu::orvanta::simulator {
 namespace {
 
 std::string option_with_example(const fault_row& row) {
-    return fmt::format("--{} {}", row.name, row.example);
+    return formatted("--{} {}", row.name, row.example);
 }
 
 // All faults in two columns, one above the other.
@@ -26,7 +26,7 @@ std::string faults_help() {
     const std::size_t rows = (faults.size() + 1) / 2;
     for (std::size_t i = 0; i < rows; ++i) {
         const std::string right = i + rows < faults.size() ? option_with_example(faults[i + rows]) : "";
-        text += fmt::format("  {:<36}{}\n", option_with_example(faults[i]), right);
+        text += formatted("  {:<36}{}\n", option_with_example(faults[i]), right);
     }
     return text;
 }
@@ -60,22 +60,22 @@ std::string fault_help(const fault_row& row) {
                                   : !row.to_service
                                       ? "datagrams to clients"
                                       : "datagrams in both directions, without dir=in or dir=out";
-    return fmt::format("{}\n  {}\n\n"
-                       "Argument    {}\n"
-                       "Happens to  {}\n"
-                       "{}"
-                       "Example     {}\n",
-                       row.name, row.effect, argument_help(row.argument), ways,
-                       row.at_once ? "At once     as a verb without a selector; as an option to the first "
-                                     "datagram\n"
-                                   : "",
-                       option_with_example(row));
+    return formatted("{}\n  {}\n\n"
+                     "Argument    {}\n"
+                     "Happens to  {}\n"
+                     "{}"
+                     "Example     {}\n",
+                     row.name, row.effect, argument_help(row.argument), ways,
+                     row.at_once ? "At once     as a verb without a selector; as an option to the first "
+                                   "datagram\n"
+                                 : "",
+                     option_with_example(row));
 }
 
 std::string scenario_help() {
     std::string events;
     for (const scenario_event_row& row : scenario_events) {
-        events += fmt::format("{}{}", events.empty() ? "" : ", ", row.name);
+        events += formatted("{}{}", events.empty() ? "" : ", ", row.name);
     }
     return "A scenario is a file of JSON text: devices, and what happens when.\n\n"
            "  {\"version\": 1, \"about\": \"What it shows\", \"seed\": 7,\n"

@@ -38,7 +38,7 @@ listeners::listeners(const std::string& port) {
         }
         close_all();
     }
-    throw std::runtime_error(fmt::format(
+    throw std::runtime_error(formatted(
         "cannot listen on {} port {}: another program holds it, or it is not allowed", refused_host, port));
 }
 

@@ -103,7 +103,7 @@ class tree_builder final : public nlohmann::json_sax<json> {
         const std::string_view name(value);
         if (open_.back().find(name) != nullptr) {
             throw located_error(position_.token_line,
-                                fmt::format("\"{}\" stands twice in one object; once is right", name));
+                                formatted("\"{}\" stands twice in one object; once is right", name));
         }
         name_ = value;
         name_line_ = position_.token_line;
@@ -119,7 +119,7 @@ class tree_builder final : public nlohmann::json_sax<json> {
                 reason.remove_prefix(found + lead.size());
             }
         }
-        throw located_error(position_.token_line, fmt::format("{}; JSON text would be right", reason));
+        throw located_error(position_.token_line, formatted("{}; JSON text would be right", reason));
     }
 
     located_value whole;
@@ -144,7 +144,7 @@ class tree_builder final : public nlohmann::json_sax<json> {
     bool open(json_kind kind) {
         if (open_.size() == deepest) {
             throw located_error(position_.token_line,
-                                fmt::format("nested too deep; {} levels are the most", deepest));
+                                formatted("nested too deep; {} levels are the most", deepest));
         }
         open_.push_back(made(kind));
         return true;
@@ -173,7 +173,7 @@ std::string listed(std::span<const std::string_view> names) {
     std::size_t left = names.size();
     for (const std::string_view name : names) {
         --left;
-        text += fmt::format("\"{}\"{}", name, left == 0 ? "" : left == 1 ? " and " : ", ");
+        text += formatted("\"{}\"{}", name, left == 0 ? "" : left == 1 ? " and " : ", ");
     }
     return text;
 }
@@ -201,14 +201,13 @@ located_value read_located_json(const std::string& text) {
 void require_object(const located_value& value, std::string_view place,
                     std::span<const std::string_view> members) {
     if (value.kind != json_kind::object) {
-        throw located_error(value.line, fmt::format("{} is {}; an object with {} would be right", place,
-                                                    description_of(value), listed(members)));
+        throw located_error(value.line, formatted("{} is {}; an object with {} would be right", place,
+                                                  description_of(value), listed(members)));
     }
     for (const located_value& member : value.items) {
         if (std::find(members.begin(), members.end(), member.name) == members.end()) {
-            throw located_error(member.name_line,
-                                fmt::format("{} has an unknown member \"{}\"; it may have {}", place,
-                                            member.name, listed(members)));
+            throw located_error(member.name_line, formatted("{} has an unknown member \"{}\"; it may have {}",
+                                                            place, member.name, listed(members)));
         }
     }
 }
@@ -217,7 +216,7 @@ const located_value& required_member(const located_value& object, std::string_vi
                                      std::string_view member) {
     const located_value* found = object.find(member);
     if (found == nullptr) {
-        throw located_error(object.line, fmt::format("{} has no \"{}\"; it needs one", place, member));
+        throw located_error(object.line, formatted("{} has no \"{}\"; it needs one", place, member));
     }
     return *found;
 }
@@ -226,10 +225,10 @@ std::uint64_t require_whole(const located_value& value, std::string_view place, 
                             std::uint64_t greatest) {
     if (!value.is_whole || value.whole < least || value.whole > greatest) {
         const std::string right = least == greatest
-                                      ? fmt::format("{}", least)
-                                      : fmt::format("a whole number from {} to {}", least, greatest);
+                                      ? formatted("{}", least)
+                                      : formatted("a whole number from {} to {}", least, greatest);
         throw located_error(value.line,
-                            fmt::format("{} is {}; {} would be right", place, description_of(value), right));
+                            formatted("{} is {}; {} would be right", place, description_of(value), right));
     }
     return value.whole;
 }
@@ -238,7 +237,7 @@ const std::string& require_string(const located_value& value, std::string_view p
                                   std::string_view right) {
     if (value.kind != json_kind::string) {
         throw located_error(value.line,
-                            fmt::format("{} is {}; {} would be right", place, description_of(value), right));
+                            formatted("{} is {}; {} would be right", place, description_of(value), right));
     }
     return value.string;
 }
@@ -248,9 +247,9 @@ std::string description_of(const located_value& value) {
     case json_kind::boolean:
         return value.boolean ? "true" : "false";
     case json_kind::number:
-        return value.is_whole ? fmt::format("{}", value.whole) : fmt::format("{}", value.number);
+        return value.is_whole ? formatted("{}", value.whole) : formatted("{}", value.number);
     case json_kind::string:
-        return fmt::format("\"{}\"", value.string);
+        return formatted("\"{}\"", value.string);
     case json_kind::array:
         return "an array";
     case json_kind::object:

@@ -138,7 +138,7 @@ int simulate(const options& chosen) {
     }
     const listeners sockets(chosen.port);
     watch_for_shutdown();
-    print(fmt::format("listening on port {}\nseed {}\n", sockets.port(), simulated.seed()));
+    print(formatted("listening on port {}\nseed {}\n", sockets.port(), simulated.seed()));
     serve(chosen, simulated, sockets, std::move(script.steps));
     return 0;
 }

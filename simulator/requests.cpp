@@ -16,10 +16,9 @@ namespace {
 using namespace communication;
 
 template <typename... Arguments>
-void tell(const request& what, fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+void tell(const request& what, fmt::format_string<Arguments...> text, const Arguments&... arguments) {
     if (what.narrate) {
-        what.narrate(fmt::format("client {}: ", what.from.id) +
-                     fmt::format(format, std::forward<Arguments>(arguments)...));
+        what.narrate(formatted("client {}: ", what.from.id) + formatted(text, arguments...));
     }
 }
 

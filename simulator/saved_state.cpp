@@ -32,11 +32,11 @@ constexpr int format_version = 1;
 const json& object_of(const json& value, const std::string& place,
                       std::initializer_list<const char*> members) {
     if (!value.is_object()) {
-        refuse(fmt::format("{} is no object", place));
+        refuse(formatted("{} is no object", place));
     }
     for (const char* member : members) {
         if (!value.contains(member)) {
-            refuse(fmt::format("{} has no \"{}\"", place, member));
+            refuse(formatted("{} has no \"{}\"", place, member));
         }
     }
     for (const auto& [name, ignored] : value.items()) {
@@ -45,7 +45,7 @@ const json& object_of(const json& value, const std::string& place,
             known = known || name == member;
         }
         if (!known) {
-            refuse(fmt::format("{} has an unknown member \"{}\"", place, name));
+            refuse(formatted("{} has an unknown member \"{}\"", place, name));
         }
     }
     return value;
@@ -53,7 +53,7 @@ const json& object_of(const json& value, const std::string& place,
 
 bool flag_of(const json& value, const std::string& place) {
     if (!value.is_boolean()) {
-        refuse(fmt::format("{} is neither true nor false", place));
+        refuse(formatted("{} is neither true nor false", place));
     }
     return value.get<bool>();
 }
@@ -62,8 +62,8 @@ float factor_of(const json& value, const std::string& place) {
     // Compared as it stands: a number beyond the range of float has no conversion to it.
     if (!value.is_number() || !(value.get<double>() >= static_cast<double>(least_scaling_factor)) ||
         !(value.get<double>() <= static_cast<double>(greatest_scaling_factor))) {
-        refuse(fmt::format("{} is no number from {} to {}", place, least_scaling_factor,
-                           greatest_scaling_factor));
+        refuse(
+            formatted("{} is no number from {} to {}", place, least_scaling_factor, greatest_scaling_factor));
     }
     return value.get<float>();
 }
@@ -75,7 +75,7 @@ std::uint8_t handedness_of(const json& value, const std::string& place) {
     if (value == "left") {
         return vantu_orvanta_handedness_left;
     }
-    refuse(fmt::format("{} is neither \"right\" nor \"left\"", place));
+    refuse(formatted("{} is neither \"right\" nor \"left\"", place));
 }
 
 configuration configuration_of(const json& value, const std::string& place) {
@@ -124,7 +124,7 @@ std::map<std::string, configuration> read_state_text(const std::string& text) {
     const json whole = parsed(text);
     object_of(whole, "the whole", {"version", "devices"});
     if (whole["version"] != format_version) {
-        refuse(fmt::format("version is not {}", format_version));
+        refuse(formatted("version is not {}", format_version));
     }
     const json& devices = whole["devices"];
     if (!devices.is_object()) {
@@ -133,7 +133,7 @@ std::map<std::string, configuration> read_state_text(const std::string& text) {
     std::map<std::string, configuration> kept;
     for (const auto& [uuid, value] : devices.items()) {
         if (!is_uuid_text(uuid)) {
-            refuse(fmt::format("\"{}\" is no device: 32 hexadecimal digits in lower case name one", uuid));
+            refuse(formatted("\"{}\" is no device: 32 hexadecimal digits in lower case name one", uuid));
         }
         kept.emplace(uuid, configuration_of(value, "device " + uuid));
     }
@@ -145,24 +145,24 @@ saved_state::saved_state(std::string path) : path_(std::move(path)) {
     const std::filesystem::path file(path_);
     const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
     if (!std::filesystem::is_directory(folder, error)) {
-        refuse(fmt::format("{}: its folder is not there", path_));
+        refuse(formatted("{}: its folder is not there", path_));
     }
     const auto kind = std::filesystem::status(file, error).type();
     if (kind == std::filesystem::file_type::not_found) {
         return;
     }
     if (kind != std::filesystem::file_type::regular) {
-        refuse(fmt::format("{}: no regular file", path_));
+        refuse(formatted("{}: no regular file", path_));
     }
     std::ifstream stream(path_, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(stream), {}};
     if (!stream.is_open() || stream.bad()) {
-        refuse(fmt::format("{}: cannot be read", path_));
+        refuse(formatted("{}: cannot be read", path_));
     }
     try {
         kept_ = read_state_text(text);
     } catch (const std::runtime_error& wrong) {
-        refuse(fmt::format("{}: {}", path_, wrong.what()));
+        refuse(formatted("{}: {}", path_, wrong.what()));
     }
 }
 

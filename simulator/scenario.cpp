@@ -31,10 +31,10 @@ const scenario_event_row& event_named(const located_value& value, const std::str
         if (value.kind == json_kind::string && value.string == row.name) {
             return row;
         }
-        right += fmt::format("{}\"{}\"", right.empty() ? "" : ", ", row.name);
+        right += formatted("{}\"{}\"", right.empty() ? "" : ", ", row.name);
     }
-    throw located_error(
-        value.line, fmt::format("{} is {}; one of {} would be right", place, description_of(value), right));
+    throw located_error(value.line,
+                        formatted("{} is {}; one of {} would be right", place, description_of(value), right));
 }
 
 std::uint8_t request_code_of(const located_value& value, const std::string& place) {
@@ -46,9 +46,9 @@ std::uint8_t request_code_of(const located_value& value, const std::string& plac
         }
     }
     throw located_error(value.line,
-                        fmt::format("{} is {}; the code or the name of an operation that goes to the "
-                                    "service would be right, as in 66 or \"config_save\"",
-                                    place, description_of(value)));
+                        formatted("{} is {}; the code or the name of an operation that goes to the "
+                                  "service would be right, as in 66 or \"config_save\"",
+                                  place, description_of(value)));
 }
 
 scenario_trigger trigger_of(const located_value& value, const std::string& place) {
@@ -62,7 +62,7 @@ scenario_trigger trigger_of(const located_value& value, const std::string& place
     if (const located_value* code = value.find("op")) {
         if (read.event != scenario_event::request) {
             throw located_error(code->name_line,
-                                fmt::format("{} has an \"op\"; only the event \"request\" takes one", place));
+                                formatted("{} has an \"op\"; only the event \"request\" takes one", place));
         }
         read.code = request_code_of(*code, place + " op");
     }
@@ -77,16 +77,16 @@ void add_verb(const located_value& value, const std::string& place, std::vector<
     std::string_view rest(line);
     const std::string_view verb = take_word(rest);
     if (verb.empty() || verb.front() == '#' || line.find('\n') != std::string::npos) {
-        throw located_error(value.line, fmt::format("{} is {}; a verb would be right, as in \"drop 0.3\"",
-                                                    place, description_of(value)));
+        throw located_error(value.line, formatted("{} is {}; a verb would be right, as in \"drop 0.3\"",
+                                                  place, description_of(value)));
     }
     if (verb == "wait") {
         throw located_error(
             value.line,
-            fmt::format("{} waits; \"at\" or \"delay\" of a step of its own would be right", place));
+            formatted("{} waits; \"at\" or \"delay\" of a step of its own would be right", place));
     }
     if (const std::string wrong = check_verb(line); !wrong.empty()) {
-        throw located_error(value.line, fmt::format("{}: {}", place, wrong));
+        throw located_error(value.line, formatted("{}: {}", place, wrong));
     }
     verbs.push_back(line);
 }
@@ -97,9 +97,9 @@ scenario_step step_of(const located_value& value, const std::string& place) {
     const located_value* after = value.find("after");
     const located_value* delay = value.find("delay");
     if ((at == nullptr) == (after == nullptr)) {
-        throw located_error(value.line, fmt::format("{} has {}; one of the two would be right", place,
-                                                    at == nullptr ? R"(neither "at" nor "after")"
-                                                                  : R"(both "at" and "after")"));
+        throw located_error(value.line, formatted("{} has {}; one of the two would be right", place,
+                                                  at == nullptr ? R"(neither "at" nor "after")"
+                                                                : R"(both "at" and "after")"));
     }
     scenario_step step;
     if (at != nullptr) {
@@ -159,10 +159,10 @@ scenario read_scenario_text(const std::string& text) {
     if (const located_value* steps = whole.find("steps")) {
         if (steps->kind != json_kind::array) {
             throw located_error(steps->line,
-                                fmt::format("steps is {}; an array would be right", description_of(*steps)));
+                                formatted("steps is {}; an array would be right", description_of(*steps)));
         }
         for (const located_value& step : steps->items) {
-            read.steps.push_back(step_of(step, fmt::format("step {}", read.steps.size() + 1)));
+            read.steps.push_back(step_of(step, formatted("step {}", read.steps.size() + 1)));
         }
     }
     return read;
@@ -173,7 +173,7 @@ scenario read_scenario(const std::string& path) {
     try {
         return read_scenario_text(text);
     } catch (const located_error& wrong) {
-        throw std::runtime_error(fmt::format("{}:{}: {}", path, wrong.line(), wrong.what()));
+        throw std::runtime_error(formatted("{}:{}: {}", path, wrong.line(), wrong.what()));
     }
 }
 

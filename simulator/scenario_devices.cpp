@@ -42,7 +42,7 @@ void read_short_id(const located_value& value, const std::string& place, device&
     std::uint16_t number = 0;
     if (text.size() != short_id_digits || !read_hexadecimal(text, number)) {
         throw located_error(value.line,
-                            fmt::format("{} short_id is \"{}\"; {} would be right", place, text, right));
+                            formatted("{} short_id is \"{}\"; {} would be right", place, text, right));
     }
     made.description.short_id = number;
 }
@@ -57,14 +57,14 @@ void read_uuid(const located_value& value, const std::string& place, device& mad
     }
     if (!good) {
         throw located_error(value.line,
-                            fmt::format("{} uuid is \"{}\"; {} would be right", place, value.string, right));
+                            formatted("{} uuid is \"{}\"; {} would be right", place, value.string, right));
     }
 }
 
 bool read_flag(const located_value& value, const std::string& place) {
     if (value.kind != json_kind::boolean) {
         throw located_error(
-            value.line, fmt::format("{} is {}; true or false would be right", place, description_of(value)));
+            value.line, formatted("{} is {}; true or false would be right", place, description_of(value)));
     }
     return value.boolean;
 }
@@ -81,9 +81,9 @@ void read_gravity(const located_value& value, const std::string& place, configur
             !(factor->number >= static_cast<double>(least_scaling_factor)) ||
             !(factor->number <= static_cast<double>(greatest_scaling_factor))) {
             throw located_error(factor->line,
-                                fmt::format("{} scaling_factor is {}; a number from {} to {} would be right",
-                                            place, description_of(*factor), least_scaling_factor,
-                                            greatest_scaling_factor));
+                                formatted("{} scaling_factor is {}; a number from {} to {} would be right",
+                                          place, description_of(*factor), least_scaling_factor,
+                                          greatest_scaling_factor));
         }
         settings.scaling_factor = static_cast<float>(factor->number);
     }
@@ -105,8 +105,8 @@ void read_configuration(const located_value& value, const std::string& place, co
         const bool left = handedness->string == "left";
         if (!left && handedness->string != "right") {
             throw located_error(handedness->line,
-                                fmt::format("{} handedness is {}; \"right\" or \"left\" would be right",
-                                            place, description_of(*handedness)));
+                                formatted("{} handedness is {}; \"right\" or \"left\" would be right", place,
+                                          description_of(*handedness)));
         }
         settings.handedness = left ? vantu_orvanta_handedness_left : vantu_orvanta_handedness_right;
     }
@@ -116,7 +116,7 @@ void read_configuration(const located_value& value, const std::string& place, co
 // scenario gives it no other.
 class device_reader {
   public:
-    placed_device read(const located_value& value, std::string place) {
+    placed_device read(const located_value& value, const std::string& place) {
         require_object(value, place, scenario_members::device);
         placed_device one{next_of(required_member(value, place, "type"), place), place, value.line,
                           value.line, value.line};
@@ -144,14 +144,14 @@ class device_reader {
         const bool is_orvanta3 = type.string == "orvanta3";
         if (!is_orvanta3 && type.string != "palmetron") {
             throw located_error(type.line,
-                                fmt::format("{} type is {}; \"orvanta3\" or \"palmetron\" would be right",
-                                            place, description_of(type)));
+                                formatted("{} type is {}; \"orvanta3\" or \"palmetron\" would be right",
+                                          place, description_of(type)));
         }
         std::size_t& used = is_orvanta3 ? orvanta3_used_ : palmetron_used_;
         const auto& family = is_orvanta3 ? orvanta3_ : palmetron_;
         if (used == family.size()) {
-            throw located_error(type.line, fmt::format("{} is one too many; {} of a type are the most", place,
-                                                       most_devices_of_a_type));
+            throw located_error(type.line, formatted("{} is one too many; {} of a type are the most", place,
+                                                     most_devices_of_a_type));
         }
         return family[used++];
     }
@@ -165,8 +165,8 @@ class device_reader {
 void require_new(const placed_device& one, const std::vector<placed_device>& earlier) {
     for (const placed_device& other : earlier) {
         const auto refuse = [&](std::size_t line, std::string_view what) {
-            throw located_error(line, fmt::format("{} has the {} of {}; each device needs its own", one.place,
-                                                  what, other.place));
+            throw located_error(line, formatted("{} has the {} of {}; each device needs its own", one.place,
+                                                what, other.place));
         };
         if (one.made.id == other.made.id) {
             refuse(one.id_line, "id");
@@ -186,12 +186,12 @@ void require_new(const placed_device& one, const std::vector<placed_device>& ear
 std::vector<device> read_scenario_devices(const located_value& list) {
     if (list.kind != json_kind::array) {
         throw located_error(list.line,
-                            fmt::format("devices is {}; an array would be right", description_of(list)));
+                            formatted("devices is {}; an array would be right", description_of(list)));
     }
     device_reader reader;
     std::vector<placed_device> read;
     for (const located_value& value : list.items) {
-        const placed_device one = reader.read(value, fmt::format("device {}", read.size() + 1));
+        const placed_device one = reader.read(value, formatted("device {}", read.size() + 1));
         require_new(one, read);
         read.push_back(one);
     }

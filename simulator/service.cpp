@@ -56,8 +56,8 @@ void service::tell(const std::string& line) const {
 }
 
 void service::refuse(const peer& to, std::uint8_t tag, std::uint32_t device_id, service_status status) {
-    tell(fmt::format("refused with status {:#x}, {}; device {}, tag {}", static_cast<unsigned>(status),
-                     service_status_message(static_cast<std::int8_t>(status)), device_id, tag));
+    tell(formatted("refused with status {:#x}, {}; device {}, tag {}", static_cast<unsigned>(status),
+                   service_status_message(static_cast<std::int8_t>(status)), device_id, tag));
     out_.send<op_code::service_error>(to, tag, {device_id, {static_cast<std::uint8_t>(status)}});
 }
 
@@ -148,14 +148,14 @@ void service::connect(const received_operation& what) {
     admitted.keep_alive_ns = body.keep_alive_ns;
     admitted.last_heard_ns = what.now_ns;
     const std::uint32_t process = body.process_id;
-    tell(fmt::format("client {}: connected, '{}', process {}", admitted.id, admitted.name, process));
+    tell(formatted("client {}: connected, '{}', process {}", admitted.id, admitted.name, process));
     accept_client(out_, what.from, tag, admitted.id, devices_, settings_.announce);
 }
 
 // Also confirmed to a stranger: a goodbye may come twice, or late.
 void service::disconnect(const received_operation& what) {
     if (const client* known = clients_.find(what.from); known != nullptr) {
-        tell(fmt::format("client {}: said goodbye", known->id));
+        tell(formatted("client {}: said goodbye", known->id));
         clients_.forget(what.from);
     }
     out_.send<op_code::disconnected>(what.from, what.record.tag, {});
@@ -163,7 +163,7 @@ void service::disconnect(const received_operation& what) {
 
 void service::forget_silent(std::int64_t now_ns) {
     for (client silent; clients_.take_silent(now_ns, silent);) {
-        tell(fmt::format("client {}: forgotten after its silence", silent.id));
+        tell(formatted("client {}: forgotten after its silence", silent.id));
     }
 }
 

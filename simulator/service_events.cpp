@@ -18,14 +18,14 @@ void service::say_goodbye() {
 
 void service::say_goodbye_to(const peer& who) {
     if (const client* known = clients_.find(who); known != nullptr) {
-        tell(fmt::format("client {}: told goodbye", known->id));
+        tell(formatted("client {}: told goodbye", known->id));
         out_.send<op_code::disconnected>(who, 0, {});
         clients_.forget(who);
     }
 }
 
 void service::restart(std::vector<device> devices) {
-    tell(fmt::format("restarted, {} clients forgotten", clients_.all().size()));
+    tell(formatted("restarted, {} clients forgotten", clients_.all().size()));
     clients_.forget_all();
     devices_ = std::move(devices);
 }
@@ -37,7 +37,7 @@ bool service::plug(const device& which) {
     const auto behind = std::find_if(devices_.begin(), devices_.end(),
                                      [&which](const device& one) { return one.id > which.id; });
     devices_.insert(behind, which);
-    tell(fmt::format("device {}: plugged in", which.id));
+    tell(formatted("device {}: plugged in", which.id));
     for (const client& one : clients_.all()) {
         announce_device(out_, one.address, which);
     }
@@ -49,7 +49,7 @@ bool service::unplug(std::uint32_t device_id) {
     if (std::erase_if(devices_, is_meant) == 0) {
         return false;
     }
-    tell(fmt::format("device {}: unplugged", device_id));
+    tell(formatted("device {}: unplugged", device_id));
     for (client& one : clients_.all()) {
         std::erase_if(one.opened, is_meant);
         out_.send<op_code::device_removed>(one.address, 0, {device_id});
@@ -64,7 +64,7 @@ bool service::configure(std::uint32_t device_id, const configuration& settings) 
     }
     const bool other_hand = which->settings.handedness != settings.handedness;
     which->settings = settings;
-    tell(fmt::format("device {}: configured", device_id));
+    tell(formatted("device {}: configured", device_id));
     if (other_hand && which->is_orvanta3()) {
         for (const client& one : clients_.all()) {
             send_orvanta3_details(out_, one.address, *which);

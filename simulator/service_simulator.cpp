@@ -39,15 +39,15 @@ bool is_port(const std::string& text) {
 service_simulator::settings checked(service_simulator::settings wanted) {
     if (!is_port(wanted.port)) {
         throw std::invalid_argument(
-            fmt::format("port '{}'; a decimal number from 0 to 65535 would be right", wanted.port));
+            formatted("port '{}'; a decimal number from 0 to 65535 would be right", wanted.port));
     }
     if (std::max(wanted.orvanta3_count, wanted.palmetron_count) > most_devices_of_a_type) {
-        throw std::invalid_argument(fmt::format("more than {} devices of a type; 0 to {} would be right",
-                                                most_devices_of_a_type, most_devices_of_a_type));
+        throw std::invalid_argument(formatted("more than {} devices of a type; 0 to {} would be right",
+                                              most_devices_of_a_type, most_devices_of_a_type));
     }
     if (!(wanted.rate_hz >= 0 && wanted.rate_hz <= greatest_rate_hz)) {
         throw std::invalid_argument(
-            fmt::format("rate {} Hz; 0 to {} would be right", wanted.rate_hz, greatest_rate_hz));
+            formatted("rate {} Hz; 0 to {} would be right", wanted.rate_hz, greatest_rate_hz));
     }
     return wanted;
 }
@@ -293,7 +293,7 @@ std::uint64_t service_simulator::happened(std::string_view fault) const {
     const fault_row* const row = find_fault(fault);
     if (row == nullptr) {
         throw std::invalid_argument(
-            fmt::format("'{}' is no fault; one of those that 'help' lists would be right", fault));
+            formatted("'{}' is no fault; one of those that 'help' lists would be right", fault));
     }
     return implementation_->look(
         [row](const simulation& simulated) { return simulated.faults().happened(row->kind); });

@@ -80,8 +80,8 @@ class simulation::implementation {
         deliver();
         act(stage.take_actions());
         // What an observer has asked for meanwhile waits for the next tick.
-        for (requested_action& one : stage.take_actions()) {
-            late_actions.push_back(std::move(one));
+        for (const requested_action& one : stage.take_actions()) {
+            late_actions.push_back(one);
         }
     }
 

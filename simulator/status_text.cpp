@@ -27,23 +27,23 @@ std::string address_text(const peer& of) {
 std::string client_line(const client& one, std::int64_t now_ns) {
     std::string devices;
     for (const open_device& opened : one.opened) {
-        devices += fmt::format(" {}", opened.id);
+        devices += formatted(" {}", opened.id);
     }
-    return fmt::format("  {} '{}' at {}, opened{}, heard {:.3f} s ago\n", one.id, one.name,
-                       address_text(one.address), devices.empty() ? " nothing" : devices,
-                       seconds_of(now_ns - one.last_heard_ns));
+    return formatted("  {} '{}' at {}, opened{}, heard {:.3f} s ago\n", one.id, one.name,
+                     address_text(one.address), devices.empty() ? " nothing" : devices,
+                     seconds_of(now_ns - one.last_heard_ns));
 }
 
 std::string device_line(const device& one) {
     const unsigned short_id = one.description.short_id;
     if (!one.is_orvanta3()) {
-        return fmt::format("  {} palmetron {:04X}\n", one.id, short_id);
+        return formatted("  {} palmetron {:04X}\n", one.id, short_id);
     }
     const configuration& settings = one.settings;
-    return fmt::format("  {} orvanta3 {:04X}, gravity compensation {} {}, torque scaling {}, {}-handed\n",
-                       one.id, short_id, settings.gravity_compensation ? "on" : "off",
-                       settings.scaling_factor, settings.torque_scaling ? "on" : "off",
-                       settings.handedness == vantu_orvanta_handedness_left ? "left" : "right");
+    return formatted("  {} orvanta3 {:04X}, gravity compensation {} {}, torque scaling {}, {}-handed\n",
+                     one.id, short_id, settings.gravity_compensation ? "on" : "off", settings.scaling_factor,
+                     settings.torque_scaling ? "on" : "off",
+                     settings.handedness == vantu_orvanta_handedness_left ? "left" : "right");
 }
 
 std::string overview() {
@@ -60,7 +60,7 @@ std::string overview() {
     }
     text += line + "\nVerbs:\n";
     for (const verb_row& row : verbs) {
-        text += fmt::format("  {:<35}{}\n", fmt::format("{} {}", row.name, row.arguments), row.effect);
+        text += formatted("  {:<35}{}\n", formatted("{} {}", row.name, row.arguments), row.effect);
         if (row.name == "set") {
             text += "  set DEVICE torque on|off\n  set DEVICE handedness left|right\n";
         }
@@ -69,8 +69,8 @@ std::string overview() {
 }
 
 std::string fault_help(const fault_row& row) {
-    std::string text = fmt::format("{}: {}\n", row.name, row.effect);
-    text += fmt::format("  {} {}\n", row.name, row.example);
+    std::string text = formatted("{}: {}\n", row.name, row.effect);
+    text += formatted("  {} {}\n", row.name, row.example);
     if (row.to_service != row.to_client) {
         text +=
             row.to_client ? "  Happens to datagrams to clients.\n" : "  Happens to datagrams from clients.\n";
@@ -85,27 +85,26 @@ std::string fault_help(const fault_row& row) {
 
 std::string status_text(const simulation& target) {
     const simulation_counters& counters = target.counters();
-    std::string text = fmt::format("seed {}, tick {}, {:.3f} s\n", target.seed(), target.now_ns() / tick_ns,
-                                   seconds_of(target.now_ns()));
-    text += fmt::format("datagrams received {}, sent {}; restarts {}\n", counters.received, counters.sent,
-                        counters.restarts);
-    text += fmt::format("clients {}\n", target.clients().size());
+    std::string text = formatted("seed {}, tick {}, {:.3f} s\n", target.seed(), target.now_ns() / tick_ns,
+                                 seconds_of(target.now_ns()));
+    text += formatted("datagrams received {}, sent {}; restarts {}\n", counters.received, counters.sent,
+                      counters.restarts);
+    text += formatted("clients {}\n", target.clients().size());
     for (const client& one : target.clients()) {
         text += client_line(one, target.now_ns());
     }
-    text += fmt::format("devices {}\n", target.devices().size());
+    text += formatted("devices {}\n", target.devices().size());
     for (const device& one : target.devices()) {
         text += device_line(one);
     }
     const auto rules = target.faults().rules();
-    text += fmt::format("faults {}\n", rules.size());
+    text += formatted("faults {}\n", rules.size());
     for (const rule_state& state : rules) {
-        text +=
-            fmt::format("  {}: fits {}, happened {}\n", text_of(state.rule), state.fitted, state.happened);
+        text += formatted("  {}: fits {}, happened {}\n", text_of(state.rule), state.fitted, state.happened);
     }
     for (const fault_row& row : faults) {
         if (const auto times = target.faults().happened(row.kind); times != 0) {
-            text += fmt::format("{} happened {} in all\n", row.name, times);
+            text += formatted("{} happened {} in all\n", row.name, times);
         }
     }
     return text;
@@ -119,8 +118,8 @@ std::string verb_help_text(std::string_view verb) {
     if (row == nullptr) {
         return overview();
     }
-    std::string text = fmt::format("{}: {}\n", row->name, row->effect);
-    text += fmt::format("  {} {}", row->name, row->example);
+    std::string text = formatted("{}: {}\n", row->name, row->effect);
+    text += formatted("  {} {}", row->name, row->example);
     text.erase(text.find_last_not_of(' ') + 1);
     text += row->name == "set" ? "\n  set 1 torque off\n  set 1 handedness left\n" : "\n";
     return text;

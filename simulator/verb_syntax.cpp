@@ -36,13 +36,13 @@ constexpr auto all_names = [] {
 
 void expect_end(std::string_view verb, std::string_view rest) {
     if (!rest.empty()) {
-        refuse(fmt::format("{}: '{}' is too much; the line ends ahead of it", verb, rest));
+        refuse(formatted("{}: '{}' is too much; the line ends ahead of it", verb, rest));
     }
 }
 
 bool read_switch(std::string_view verb, std::string_view text) {
     if (text != "on" && text != "off") {
-        refuse(fmt::format("{}: '{}' is neither on nor off, as in 'set 1 {} off'", verb, text, verb));
+        refuse(formatted("{}: '{}' is neither on nor off, as in 'set 1 {} off'", verb, text, verb));
     }
     return text == "on";
 }
@@ -55,9 +55,9 @@ gravity_setting read_gravity(std::string_view rest) {
         const auto factor = static_cast<float>(value.value_or(-1));
         if (!is_scaling_factor(factor)) {
             refuse(
-                fmt::format("gravity: '{}' is no scaling factor; it takes a number from 0 to 1, as in 'set 1 "
-                            "gravity on 0.5'",
-                            text));
+                formatted("gravity: '{}' is no scaling factor; it takes a number from 0 to 1, as in 'set 1 "
+                          "gravity on 0.5'",
+                          text));
         }
         setting.factor = factor;
     }
@@ -68,8 +68,7 @@ gravity_setting read_gravity(std::string_view rest) {
 handedness_setting read_handedness(std::string_view rest) {
     const std::string_view side = take_word(rest);
     if (side != "left" && side != "right") {
-        refuse(
-            fmt::format("handedness: '{}' is neither left nor right, as in 'set 1 handedness left'", side));
+        refuse(formatted("handedness: '{}' is neither left nor right, as in 'set 1 handedness left'", side));
     }
     expect_end("handedness", rest);
     return {side == "left" ? std::uint8_t{vantu_orvanta_handedness_left}
@@ -81,10 +80,9 @@ set_command read_set(std::string_view rest) {
     const std::string_view id = take_word(rest);
     const auto number = whole_number(id);
     if (!number.has_value() || *number > std::numeric_limits<std::uint32_t>::max()) {
-        refuse(
-            fmt::format("set: '{}' is no device id; a whole number would be right, as in 'set 1 gravity on "
-                        "0.5'",
-                        id));
+        refuse(formatted("set: '{}' is no device id; a whole number would be right, as in 'set 1 gravity on "
+                         "0.5'",
+                         id));
     }
     made.device_id = static_cast<std::uint32_t>(*number);
     const std::string_view setting = take_word(rest);
@@ -98,9 +96,9 @@ set_command read_set(std::string_view rest) {
         made.setting = read_handedness(rest);
     } else {
         refuse(
-            fmt::format("set: '{}' is no setting; gravity, torque or handedness would be right, as in 'set 1 "
-                        "torque off'",
-                        setting));
+            formatted("set: '{}' is no setting; gravity, torque or handedness would be right, as in 'set 1 "
+                      "torque off'",
+                      setting));
     }
     return made;
 }
@@ -113,8 +111,8 @@ heal_command read_heal(std::string_view rest) {
     }
     const fault_row* const row = find_fault(name);
     if (row == nullptr) {
-        refuse(fmt::format("heal: '{}' is no fault; 'heal {}' or 'heal' alone would be right", name,
-                           nearest_word(name, fault_names)));
+        refuse(formatted("heal: '{}' is no fault; 'heal {}' or 'heal' alone would be right", name,
+                         nearest_word(name, fault_names)));
     }
     return {row->kind};
 }
@@ -123,8 +121,8 @@ wait_command read_wait(std::string_view rest) {
     const std::string_view text = take_word(rest);
     const auto milliseconds = whole_number(text);
     if (!milliseconds.has_value() || *milliseconds > longest_wait_ms) {
-        refuse(fmt::format("wait: '{}' is no time; it takes milliseconds from 0 to {}, as in 'wait 250'",
-                           text, longest_wait_ms));
+        refuse(formatted("wait: '{}' is no time; it takes milliseconds from 0 to {}, as in 'wait 250'", text,
+                         longest_wait_ms));
     }
     expect_end("wait", rest);
     return {*milliseconds};
@@ -135,8 +133,8 @@ help_command read_help(std::string_view rest) {
     expect_end("help", rest);
     const auto* const known = std::find(all_names.begin(), all_names.end(), name);
     if (!name.empty() && known == all_names.end()) {
-        refuse(fmt::format("help: '{}' is no verb; 'help {}' or 'help' alone would be right", name,
-                           nearest_word(name, all_names)));
+        refuse(formatted("help: '{}' is no verb; 'help {}' or 'help' alone would be right", name,
+                         nearest_word(name, all_names)));
     }
     return {name.empty() ? std::string_view{} : *known};
 }
@@ -174,8 +172,8 @@ command parse_verb(std::string_view line) {
         expect_end(verb, rest);
         return verb == "quit" ? command(quit_command{}) : command(status_command{});
     }
-    refuse(fmt::format("there is no verb '{}'; '{}' would be right, and 'help' lists them all", verb,
-                       nearest_word(verb, all_names)));
+    refuse(formatted("there is no verb '{}'; '{}' would be right, and 'help' lists them all", verb,
+                     nearest_word(verb, all_names)));
 }
 
 } // namespace vantu::orvanta::simulator

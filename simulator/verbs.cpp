@@ -29,13 +29,13 @@ std::vector<std::uint32_t> ids_of(const simulation& target) {
 verb_result no_such_device(const simulation& target, std::uint32_t id) {
     const auto ids = ids_of(target);
     if (ids.empty()) {
-        return bad(fmt::format("there is no device {}, nor any other; 'plug orvanta3' brings one", id));
+        return bad(formatted("there is no device {}, nor any other; 'plug orvanta3' brings one", id));
     }
     std::string known;
     for (const std::uint32_t one : ids) {
-        known += fmt::format("{}{}", known.empty() ? "" : " or ", one);
+        known += formatted("{}{}", known.empty() ? "" : " or ", one);
     }
-    return bad(fmt::format("there is no device {}; {} would be right", id, known));
+    return bad(formatted("there is no device {}; {} would be right", id, known));
 }
 
 const device* find(const simulation& target, std::uint32_t id) {
@@ -49,7 +49,7 @@ verb_result plug_now(simulation& target, const fault_rule& rule) {
     target.add_fault(rule);
     for (const std::uint32_t id : ids_of(target)) {
         if (std::find(before.begin(), before.end(), id) == before.end()) {
-            return {true, false, fmt::format("plugged in {}\n", id)};
+            return {true, false, formatted("plugged in {}\n", id)};
         }
     }
     return bad("there can be no more devices of this type; 'unplug' makes room");
@@ -62,7 +62,7 @@ verb_result unplug_now(simulation& target, const fault_rule& rule) {
     }
     const std::uint32_t id = rule.first.value_or(ids.front());
     target.add_fault(rule);
-    return {true, false, fmt::format("unplugged {}\n", id)};
+    return {true, false, formatted("unplugged {}\n", id)};
 }
 
 bool is_for_clients(fault_kind kind) {
@@ -79,7 +79,7 @@ verb_result run(simulation& target, const fault_rule& rule) {
     }
     if (rule.now && is_for_clients(rule.kind) && target.clients().empty()) {
         return bad(
-            fmt::format("nobody is connected; '{}@n=1' would wait for the first datagram", text_of(rule)));
+            formatted("nobody is connected; '{}@n=1' would wait for the first datagram", text_of(rule)));
     }
     target.add_fault(rule);
     return {};
@@ -104,8 +104,8 @@ verb_result run(simulation& target, const set_command& wanted) {
         return no_such_device(target, wanted.device_id);
     }
     if (!which->is_orvanta3()) {
-        return bad(fmt::format("device {} is a Palmetron, which has no settings; an Orvanta3 would be right",
-                               which->id));
+        return bad(formatted("device {} is a Palmetron, which has no settings; an Orvanta3 would be right",
+                             which->id));
     }
     configuration settings = which->settings;
     std::visit([&settings](const auto& setting) { apply(setting, settings); }, wanted.setting);

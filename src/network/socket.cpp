@@ -24,7 +24,7 @@ socket_status send_packet(socket_handle socket, byte_buffer& buffer, const endpo
 namespace socket_shared {
 
 std::string failure_text(std::string_view operation, std::string_view system_text) {
-    return fmt::format("message: {} with code: {}", operation, system_text);
+    return formatted("message: {} with code: {}", operation, system_text);
 }
 
 std::string one_line_of(const char* system_text) {
@@ -36,15 +36,15 @@ std::string one_line_of(const char* system_text) {
 }
 
 std::string unable_to_resolve(const std::string& host, const std::string& port) {
-    return fmt::format("unable to getaddrinfo for '{}:{}'", host, port);
+    return formatted("unable to getaddrinfo for '{}:{}'", host, port);
 }
 
 std::string no_valid_address(const std::string& host, const std::string& port) {
-    return fmt::format("unable to find a valid address for '{}:{}'", host, port);
+    return formatted("unable to find a valid address for '{}:{}'", host, port);
 }
 
 std::string no_valid_interface(const std::string& host, const std::string& port) {
-    return fmt::format("no valid interface to bind '{}:{}'", host, port);
+    return formatted("no valid interface to bind '{}:{}'", host, port);
 }
 
 void prepare_receive(receive_record& record) {

@@ -143,7 +143,7 @@ address_text text_of_address(const endpoint& address) {
         return {"", resolver_text(result, errno)};
     }
     std::string text =
-        generic.sa_family == AF_INET6 ? fmt::format("[{}]:{}", host, port) : fmt::format("{}:{}", host, port);
+        generic.sa_family == AF_INET6 ? formatted("[{}]:{}", host, port) : formatted("{}:{}", host, port);
     text.push_back('\0');
     return {std::move(text), ""};
 }

@@ -102,9 +102,9 @@ void accept(vantu_orvanta_context& context, socket_handle socket, const endpoint
     context.process_id = platform::process_id();
     context.last_send_ns.store(platform::steady_now_ns(), std::memory_order_relaxed);
     context.connection.attach(socket);
-    log_here(log_level::info, fmt::format("Connected: cid[{}], pid:[{}], client addr:[{}] -> service addr:{}",
-                                          context.client_id, context.process_id, context.client_address_text,
-                                          without_final_zero(stringify_addr(context.service))));
+    log_here(log_level::info, formatted("Connected: cid[{}], pid:[{}], client addr:[{}] -> service addr:{}",
+                                        context.client_id, context.process_id, context.client_address_text,
+                                        without_final_zero(stringify_addr(context.service))));
 }
 
 } // namespace
@@ -140,7 +140,7 @@ std::int32_t read_handshake_reply(byte_buffer& reply, device_table& devices, std
         }
         default:
             log(log_level::warning, locations::handshake_operation,
-                fmt::format("vantu_orvanta_connect_ports cannot handle op [{:#x}]", op.code));
+                formatted("vantu_orvanta_connect_ports cannot handle op [{:#x}]", op.code));
             return vantu_orvanta_protocol_parse_failed;
         }
     }
@@ -182,10 +182,10 @@ std::int32_t connect_ports(vantu_orvanta_context& context, const std::string& cl
 
 std::int32_t connect(vantu_orvanta_context& context, const introduction& client) {
     for (int attempt = 0; attempt < client_port_count; ++attempt) {
-        const std::string client_port = fmt::format("{}", first_client_port + attempt);
+        const std::string client_port = formatted("{}", first_client_port + attempt);
         const std::int32_t code = connect_ports(context, client_port, default_port(), client);
-        log_here(log_level::info, fmt::format("Attempted to establish connection to port [{}] ret [{}]",
-                                              client_port, error_message(code)));
+        log_here(log_level::info, formatted("Attempted to establish connection to port [{}] ret [{}]",
+                                            client_port, error_message(code)));
         if (code != vantu_orvanta_timed_out && code != vantu_orvanta_socket_bind_failed) {
             return code;
         }

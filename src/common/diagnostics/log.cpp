@@ -59,8 +59,8 @@ std::string harmless_format(std::string_view text) {
 
 void write_default_log_line(log_level level, const std::string& path, std::uint64_t line,
                             const std::string& message) {
-    const std::string text = harmless_format(
-        fmt::format("{} {} {} MSG {}\n", prefix_of(level), file_name_of(path), line, message));
+    const std::string text =
+        harmless_format(formatted("{} {} {} MSG {}\n", prefix_of(level), file_name_of(path), line, message));
     const bool to_output = level == log_level::debug || level == log_level::info;
     if (!to_output) {
         std::fflush(stdout);
