@@ -2,12 +2,12 @@
 #include "vantu/orvanta/simulator.hpp"
 
 #include "network/socket_wait.hpp"
-#include "simulator/director.hpp"
-#include "simulator/scenario.hpp"
-#include "simulator/server.hpp"
-#include "simulator/status_text.hpp"
-#include "simulator/streams.hpp"
-#include "simulator/verbs.hpp"
+#include "simulator/control/director.hpp"
+#include "simulator/control/scenario.hpp"
+#include "simulator/service/streams.hpp"
+#include "simulator/simulation/status_text.hpp"
+#include "simulator/simulation/verbs.hpp"
+#include "simulator/sockets/server.hpp"
 #include "vantu/orvanta/common/utils/format.hpp"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // The client library and a simulation with faults, on real sockets in one process.
 #include "faults/fault_bench.hpp"
 
-#include "simulator/motion.hpp"
-#include "simulator/verbs.hpp"
+#include "simulator/service/motion.hpp"
+#include "simulator/simulation/verbs.hpp"
 
 #include <chrono>
 #include <cstring>

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "faults/matrix.hpp"
-#include "simulator/server.hpp"
-#include "simulator/simulation.hpp"
+#include "simulator/simulation/simulation.hpp"
+#include "simulator/sockets/server.hpp"
 #include "support/log_capture.hpp"
 #include "vantu/orvanta/client.hpp"
 

@@ -2,7 +2,7 @@
 // them, and the tests hold the library and the documents against them.
 #pragma once
 
-#include "simulator/faults.hpp"
+#include "simulator/faults/faults.hpp"
 
 #include <algorithm>
 #include <span>

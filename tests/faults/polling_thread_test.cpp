@@ -1,7 +1,7 @@
 // The polling thread under every fault that meets a request: the first code ends it, nothing else does.
 #include "faults/matrix_requesting.hpp"
-#include "simulator/server.hpp"
-#include "simulator/verbs.hpp"
+#include "simulator/simulation/verbs.hpp"
+#include "simulator/sockets/server.hpp"
 #include "support/log_capture.hpp"
 #include "vantu/orvanta/client.hpp"
 

@@ -2,7 +2,7 @@
 #include "faults/running_service.hpp"
 
 #include "network/socket_wait.hpp"
-#include "simulator/verbs.hpp"
+#include "simulator/simulation/verbs.hpp"
 
 #include <gtest/gtest.h>
 

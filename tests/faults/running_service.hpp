@@ -1,8 +1,8 @@
 // A simulation on the service's own port, on a thread of the test, that can be told verbs.
 #pragma once
 
-#include "simulator/server.hpp"
-#include "simulator/simulation.hpp"
+#include "simulator/simulation/simulation.hpp"
+#include "simulator/sockets/server.hpp"
 
 #include <atomic>
 #include <mutex>

@@ -2,9 +2,9 @@
 // one process. The simulation's time is moved by hand, in steps of a millisecond.
 #pragma once
 
-#include "simulator/director.hpp"
-#include "simulator/scenario.hpp"
-#include "simulator/server.hpp"
+#include "simulator/control/director.hpp"
+#include "simulator/control/scenario.hpp"
+#include "simulator/sockets/server.hpp"
 #include "support/log_capture.hpp"
 #include "vantu/orvanta/client.hpp"
 

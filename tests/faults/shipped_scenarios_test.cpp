@@ -1,6 +1,6 @@
 // What a client meets in each of the scenarios that are installed. A test's name begins with its scenario's.
 #include "faults/scenario_bench.hpp"
-#include "simulator/verbs.hpp"
+#include "simulator/simulation/verbs.hpp"
 
 #include <algorithm>
 #include <filesystem>

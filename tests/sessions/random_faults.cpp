@@ -1,7 +1,7 @@
 // One fault out of the table, an argument in its range and a selector.
 #include "sessions/random_faults.hpp"
 
-#include "simulator/faults.hpp"
+#include "simulator/faults/faults.hpp"
 
 #include <array>
 

@@ -5,7 +5,7 @@
 #include "sessions/random_faults.hpp"
 #include "sessions/reference_reader.hpp"
 #include "sessions/virtual_world.hpp"
-#include "simulator/simulation.hpp"
+#include "simulator/simulation/simulation.hpp"
 #include "vantu/orvanta/client.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"
 

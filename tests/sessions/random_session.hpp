@@ -2,7 +2,7 @@
 // reference reader.
 #pragma once
 
-#include "simulator/faults.hpp"
+#include "simulator/faults/faults.hpp"
 
 #include <array>
 #include <cstdint>

@@ -3,7 +3,7 @@
 // microseconds, and the same seed gives the same session.
 #pragma once
 
-#include "simulator/simulation.hpp"
+#include "simulator/simulation/simulation.hpp"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,7 +2,7 @@
 // service sends is kept as bytes.
 #pragma once
 
-#include "simulator/service.hpp"
+#include "simulator/service/service.hpp"
 #include "simulator/wire.hpp"
 
 #include <gtest/gtest.h>

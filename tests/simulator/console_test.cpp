@@ -1,5 +1,5 @@
 // The control console, with verbs and times made up by the test.
-#include "simulator/console.hpp"
+#include "simulator/control/console.hpp"
 
 #include <gmock/gmock.h>
 

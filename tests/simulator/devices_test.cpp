@@ -1,5 +1,5 @@
 // Who the simulated devices are.
-#include "simulator/device.hpp"
+#include "simulator/service/device.hpp"
 
 #include <gmock/gmock.h>
 #include <set>

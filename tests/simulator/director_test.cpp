@@ -1,5 +1,5 @@
 // A scenario played with a whole simulation, by a clock moved by hand.
-#include "simulator/director.hpp"
+#include "simulator/control/director.hpp"
 
 #include "simulator/bench.hpp"
 

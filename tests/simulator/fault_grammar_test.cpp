@@ -1,5 +1,5 @@
 // How faults are written, and what is said about one that is written wrong.
-#include "simulator/faults.hpp"
+#include "simulator/faults/faults.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // What each fault does to the bytes of a datagram.
-#include "simulator/fault_mutations.hpp"
+#include "simulator/faults/fault_mutations.hpp"
 #include "simulator/stage_bench.hpp"
 
 #include <gmock/gmock.h>

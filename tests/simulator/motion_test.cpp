@@ -1,5 +1,5 @@
 // How the simulated devices move, and the currents that it takes.
-#include "simulator/motion.hpp"
+#include "simulator/service/motion.hpp"
 
 #include <algorithm>
 #include <array>

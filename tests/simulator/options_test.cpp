@@ -1,8 +1,8 @@
 // The command line, without a program around it.
-#include "simulator/options.hpp"
+#include "simulator/control/options.hpp"
 
-#include "simulator/scenario.hpp"
-#include "simulator/verb_syntax.hpp"
+#include "simulator/control/scenario.hpp"
+#include "simulator/simulation/verb_syntax.hpp"
 
 #include <gmock/gmock.h>
 #include <sstream>

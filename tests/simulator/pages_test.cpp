@@ -1,8 +1,8 @@
 // The manual pages and docs/simulator.md against the tables that options, verbs, faults and scenarios go by.
-#include "simulator/help_text.hpp"
-#include "simulator/options.hpp"
-#include "simulator/scenario.hpp"
-#include "simulator/verb_syntax.hpp"
+#include "simulator/control/help_text.hpp"
+#include "simulator/control/options.hpp"
+#include "simulator/control/scenario.hpp"
+#include "simulator/simulation/verb_syntax.hpp"
 
 #include <array>
 #include <fstream>

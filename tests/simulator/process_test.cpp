@@ -1,7 +1,7 @@
 // The simulator as a program: its lines, its signals, its exit statuses, its state file.
 #include "network/socket.hpp"
 #include "simulator/running_simulator.hpp"
-#include "simulator/saved_state.hpp"
+#include "simulator/service/saved_state.hpp"
 #include "simulator/test_client.hpp"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // The file of saved configurations: round trips, wrong files, failures to write.
-#include "simulator/saved_state.hpp"
+#include "simulator/service/saved_state.hpp"
 
-#include "simulator/durable_file.hpp"
+#include "simulator/service/durable_file.hpp"
 
 #include <cstdlib>
 #include <filesystem>

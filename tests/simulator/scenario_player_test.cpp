@@ -1,5 +1,5 @@
 // The player of scenarios, with times and operations made up by the test.
-#include "simulator/scenario_player.hpp"
+#include "simulator/control/scenario_player.hpp"
 
 #include <array>
 #include <gmock/gmock.h>

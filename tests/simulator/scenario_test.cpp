@@ -1,8 +1,8 @@
 // Reading scenarios: what they hold, and what is said of wrong ones.
-#include "simulator/scenario.hpp"
+#include "simulator/control/scenario.hpp"
 
-#include "simulator/located_json.hpp"
-#include "simulator/verbs.hpp"
+#include "simulator/control/located_json.hpp"
+#include "simulator/simulation/verbs.hpp"
 
 #include <filesystem>
 #include <fstream>

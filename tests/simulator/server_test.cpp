@@ -1,5 +1,5 @@
 // The simulation on real sockets, within the test's own process.
-#include "simulator/server.hpp"
+#include "simulator/sockets/server.hpp"
 
 #include "simulator/test_client.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"

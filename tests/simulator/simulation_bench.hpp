@@ -3,7 +3,7 @@
 #pragma once
 
 #include "simulator/bench.hpp"
-#include "simulator/simulation.hpp"
+#include "simulator/simulation/simulation.hpp"
 
 namespace simulator_tests {
 

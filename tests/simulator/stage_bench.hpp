@@ -2,7 +2,7 @@
 #pragma once
 
 #include "simulator/bench.hpp"
-#include "simulator/fault_stage.hpp"
+#include "simulator/faults/fault_stage.hpp"
 
 #include <cstdint>
 #include <span>

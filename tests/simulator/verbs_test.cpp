@@ -1,9 +1,9 @@
 // What the verbs do to a simulation, and what is said about a wrong one.
-#include "simulator/verbs.hpp"
+#include "simulator/simulation/verbs.hpp"
 
+#include "simulator/simulation/status_text.hpp"
+#include "simulator/simulation/verb_syntax.hpp"
 #include "simulator/simulation_bench.hpp"
-#include "simulator/status_text.hpp"
-#include "simulator/verb_syntax.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Taking lines of text apart.
-#include "simulator/words.hpp"
+#include "simulator/faults/words.hpp"
 
 #include <array>
 #include <gtest/gtest.h>

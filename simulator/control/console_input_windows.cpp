@@ -1,0 +1,131 @@
+// Standard input on Windows. A pipe is asked first and a file is read; a console keeps its reader until a
+// line is complete, so a thread of its own reads that.
+#include "simulator/control/console_input.hpp"
+
+#include <array>
+#include <cstddef>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <windows.h>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+// Longer lines come in pieces, so that a file without line ends does not fill the memory.
+constexpr std::size_t longest_line = 65536;
+
+// What the next read gave: bytes, or nothing and the end.
+struct piece {
+    std::string bytes;
+    bool is_end{false};
+};
+
+HANDLE standard_input() noexcept {
+    return GetStdHandle(STD_INPUT_HANDLE);
+}
+
+// Waits for a console's line.
+piece read_piece() {
+    std::array<char, 4096> bytes{};
+    DWORD count = 0;
+    const bool read =
+        ReadFile(standard_input(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) != 0;
+    std::string_view text(bytes.data(), count);
+    // Ctrl-Z at the head of a line ends a console's input.
+    const bool typed_end = standard_input_is_terminal() && text.starts_with('\x1A');
+    return {typed_end ? "" : std::string(text), !read || count == 0 || typed_end};
+}
+
+// What the thread that reads the console has read and nobody has taken. The thread never ends before the
+// program does, so neither does this.
+class console_reader {
+  public:
+    static console_reader& instance() {
+        static auto* reader = new console_reader;
+        return *reader;
+    }
+
+    [[nodiscard]] piece take() {
+        const std::lock_guard lock(mutex_);
+        return {std::exchange(waiting_.bytes, {}), waiting_.is_end};
+    }
+
+  private:
+    console_reader() {
+        std::thread([this] { read(); }).detach();
+    }
+
+    void read() {
+        for (bool is_end = false; !is_end;) {
+            const piece next = read_piece();
+            const std::lock_guard lock(mutex_);
+            waiting_.bytes += next.bytes;
+            is_end = waiting_.is_end = next.is_end;
+        }
+    }
+
+    std::mutex mutex_;
+    piece waiting_;
+};
+
+// Nothing when a read would wait.
+std::optional<piece> next_piece() {
+    if (standard_input_is_terminal()) {
+        return console_reader::instance().take();
+    }
+    if (GetFileType(standard_input()) == FILE_TYPE_PIPE) {
+        DWORD waiting = 0;
+        if (PeekNamedPipe(standard_input(), nullptr, 0, nullptr, &waiting, nullptr) == 0) {
+            return piece{"", true};
+        }
+        if (waiting == 0) {
+            return std::nullopt;
+        }
+    }
+    return read_piece();
+}
+
+std::string without_return(std::string_view line) {
+    if (line.ends_with('\r')) {
+        line.remove_suffix(1);
+    }
+    return std::string(line);
+}
+
+} // namespace
+
+bool standard_input_is_terminal() noexcept {
+    DWORD mode = 0;
+    return GetConsoleMode(standard_input(), &mode) != 0;
+}
+
+console_input::console_input() = default;
+console_input::~console_input() = default;
+
+std::vector<std::string> console_input::take_lines() {
+    std::vector<std::string> lines;
+    const std::optional<piece> next = ended_ ? std::nullopt : next_piece();
+    if (!next) {
+        return lines;
+    }
+    for (const char letter : next->bytes) {
+        if (letter == '\n' || begun_.size() == longest_line) {
+            lines.push_back(without_return(begun_));
+            begun_.clear();
+        }
+        if (letter != '\n') {
+            begun_ += letter;
+        }
+    }
+    ended_ = next->is_end;
+    if (ended_ && !begun_.empty()) {
+        lines.push_back(without_return(begun_));
+        begun_.clear();
+    }
+    return lines;
+}
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,220 @@
+// The simulator's command line.
+#include "simulator/control/options.hpp"
+
+#include "simulator/control/help_text.hpp"
+#include "simulator/faults/words.hpp"
+#include "simulator/service/device.hpp"
+#include "simulator/service/streams.hpp"
+#include "vantu/orvanta/common/diagnostics/version.hpp"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <map>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+const std::map<std::string, announce_order> announce_orders{{"before", announce_order::before},
+                                                            {"after", announce_order::after}};
+
+constexpr std::size_t greatest_port = 65535;
+
+// Refuses what is no number as well.
+CLI::Validator rate_range() {
+    return {[](std::string& text) -> std::string {
+                double rate = -1;
+                const bool good =
+                    CLI::detail::lexical_cast(text, rate) && rate >= 0 && rate <= greatest_rate_hz;
+                return good ? "" : "'" + text + "' is no rate from 0 to 10000";
+            },
+            ""};
+}
+
+CLI::Validator file_name() {
+    return {[](std::string& text) -> std::string { return text.empty() ? "the file has no name" : ""; }, ""};
+}
+
+// The help's texts state the ranges.
+CLI::Validator whole_numbers_to(std::size_t last) {
+    return CLI::Range(std::size_t{0}, last).description("");
+}
+
+std::string one_line(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
+
+std::uint64_t seed_of(const std::string& text) {
+    std::uint64_t seed = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, seed);
+    if (error != std::errc{} || stop != end) {
+        throw CLI::ValidationError("--seed",
+                                   "'" + text + "' is no whole number from 0 to 18446744073709551615");
+    }
+    return seed;
+}
+
+// The options of the table of faults. Their values are read in the order of the command line, from which the
+// order of the rules follows.
+class fault_options {
+  public:
+    explicit fault_options(CLI::App& app) {
+        for (const fault_row& row : faults) {
+            CLI::Option* option = app.add_option("--" + std::string(row.name));
+            option->expected(0, 1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->group("");
+            rows_.emplace(option, &row);
+        }
+    }
+
+    [[nodiscard]] std::vector<fault_rule> rules(const CLI::App& app) const {
+        std::vector<fault_rule> read;
+        std::map<const CLI::Option*, std::size_t> taken;
+        for (const CLI::Option* option : app.parse_order()) {
+            if (const auto found = rows_.find(option); found != rows_.end()) {
+                read.push_back(rule_of(*found->second, option->results().at(taken[option]++)));
+            }
+        }
+        return read;
+    }
+
+  private:
+    static fault_rule rule_of(const fault_row& row, const std::string& text) {
+        try {
+            return parse_initial_fault(row.kind, text);
+        } catch (const std::invalid_argument& wrong) {
+            throw CLI::ValidationError("--" + std::string(wrong.what()));
+        }
+    }
+
+    std::map<const CLI::Option*, const fault_row*> rows_;
+};
+
+// The topic's help, or what is wrong with it.
+parse_outcome help_outcome(const CLI::App& app, const std::string& topic) {
+    parse_outcome outcome;
+    outcome.verdict = parse_verdict::show;
+    if (topic.empty()) {
+        outcome.text = app.help();
+    } else if (auto text = help_on(topic)) {
+        outcome.text = std::move(*text);
+    } else {
+        outcome.verdict = parse_verdict::wrong;
+        outcome.text = one_line("--help: '" + topic +
+                                "' is no topic; faults, scenario, console or a fault's name would be right");
+    }
+    return outcome;
+}
+
+// Refuses what is no option, with the one that was probably meant.
+void expect_no_surplus(const CLI::App& app) {
+    const std::vector<std::string> surplus = app.remaining();
+    if (surplus.empty()) {
+        return;
+    }
+    const auto wrong = std::find_if(surplus.begin(), surplus.end(),
+                                    [](const std::string& text) { return text.starts_with('-'); });
+    if (wrong == surplus.end()) {
+        throw CLI::ValidationError("'" + surplus.front() + "' belongs to no option; --help lists them all");
+    }
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options()) {
+        names.push_back("--" + option->get_lnames().front());
+    }
+    const std::vector<std::string_view> words(names.begin(), names.end());
+    const std::string name = wrong->substr(0, wrong->find('='));
+    throw CLI::ValidationError(name, "there is no such option; " + std::string(nearest_word(name, words)) +
+                                         " would be right, and --help lists them all");
+}
+
+// The words around the list of options, and its width.
+void describe(CLI::App& app) {
+    constexpr std::size_t width_of_names = 26;
+    app.get_formatter()->column_width(width_of_names);
+    app.footer("Faults, as in --drop 0.05 --truncate 17@op=66: see --help faults.\n"
+               "Topics: --help faults, --help scenario, --help console, --help FAULT.");
+}
+
+void add_service_options(CLI::App& app, options& chosen, std::size_t& port, std::string& announce) {
+    app.add_option("--port", port, "UDP port on 127.0.0.1 and ::1; 0 takes a free one")
+        ->check(whole_numbers_to(greatest_port))
+        ->capture_default_str()
+        ->type_name("N");
+    app.add_option("--orvanta3", chosen.orvanta3_count, "Number of Orvanta3 devices, 0 to 256")
+        ->check(whole_numbers_to(most_devices_of_a_type))
+        ->capture_default_str()
+        ->type_name("N");
+    app.add_option("--palmetron", chosen.palmetron_count, "Number of Palmetron devices, 0 to 256")
+        ->check(whole_numbers_to(most_devices_of_a_type))
+        ->capture_default_str()
+        ->type_name("N");
+    app.add_option("--announce", announce, "List devices 'before' or 'after' the acceptance")
+        ->check(CLI::IsMember(announce_orders).description(""))
+        ->capture_default_str()
+        ->type_name("WHEN");
+    app.add_flag("--single-client", chosen.single_client, "Refuse a client while another is connected");
+    app.add_option("--rate", chosen.rate_hz, "States of an opened device a second, 0 to 10000")
+        ->check(rate_range())
+        ->capture_default_str()
+        ->type_name("HZ");
+    app.add_option("--state", chosen.state_path, "File that keeps the saved configurations")
+        ->check(file_name())
+        ->type_name("FILE");
+    app.add_flag("--verbose", chosen.verbose, "Tell on standard error what the service does");
+}
+
+} // namespace
+
+parse_outcome parse_options(int argument_count, const char* const* arguments) {
+    parse_outcome outcome;
+    options& chosen = outcome.chosen;
+    std::size_t port = 54320;
+    std::string announce = "before";
+    std::string seed;
+
+    CLI::App app("Simulates the device service with Orvanta3 and Palmetron devices.", "orvanta-simulator");
+    describe(app);
+    app.allow_extras(); // to say more about them than the parser does
+    app.set_help_flag();
+    const CLI::Option* help = app.add_option("-h,--help", "Print this help, or the help on a topic, and end")
+                                  ->expected(0, 1)
+                                  ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+                                  ->type_name("[TOPIC]");
+    app.set_version_flag("--version", std::string("orvanta-simulator ") + version_record::left_version,
+                         "Print the version and end");
+    add_service_options(app, chosen, port, announce);
+    app.add_option("--seed", seed, "What all chances are drawn from; random if left out")->type_name("N");
+    app.add_option("--scenario", chosen.scenario_path, "File that says what happens when")
+        ->check(file_name())
+        ->type_name("FILE");
+    app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");
+    const fault_options of_faults(app);
+
+    try {
+        app.parse(argument_count, arguments);
+        if (help->count() != 0) {
+            return help_outcome(app, help->results().front());
+        }
+        expect_no_surplus(app);
+        chosen.port = std::to_string(port);
+        chosen.announce = announce_orders.at(announce);
+        chosen.counts_devices = app.count("--orvanta3") + app.count("--palmetron") != 0;
+        if (app.count("--seed") != 0) {
+            chosen.seed = seed_of(seed);
+        }
+        chosen.faults = of_faults.rules(app);
+    } catch (const CLI::CallForVersion& asked) {
+        outcome.verdict = parse_verdict::show;
+        outcome.text = std::string(asked.what()) + '\n';
+    } catch (const CLI::ParseError& wrong) {
+        if (help->count() != 0) {
+            return help_outcome(app, help->results().front());
+        }
+        outcome.verdict = parse_verdict::wrong;
+        outcome.text = one_line(wrong.what());
+    }
+    return outcome;
+}
+
+} // namespace vantu::orvanta::simulator

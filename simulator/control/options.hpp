@@ -1,0 +1,46 @@
+// The simulator's command line.
+#pragma once
+
+#include "simulator/faults/faults.hpp"
+#include "simulator/service/announcements.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+
+struct options {
+    std::string port{"54320"};
+    std::size_t orvanta3_count{1};
+    std::size_t palmetron_count{1};
+    announce_order announce{announce_order::before};
+    bool single_client{false};
+    double rate_hz{100};
+    bool counts_devices{false};        // whether a number of devices was given
+    std::string state_path;            // empty: configurations are kept nowhere
+    std::string scenario_path;         // empty: no scenario
+    std::vector<fault_rule> faults;    // in the order of the command line
+    std::optional<std::uint64_t> seed; // empty: whatever the scenario says, else a random one
+    bool interactive{false};
+    bool verbose{false};
+};
+
+enum class parse_verdict : std::uint8_t {
+    run,   // the options say what to simulate
+    show,  // text is what was asked for: the help or the version
+    wrong, // text is one line that says what is wrong
+};
+
+struct parse_outcome {
+    parse_verdict verdict{parse_verdict::run};
+    options chosen;
+    std::string text;
+};
+
+// Never prints and never ends the program.
+[[nodiscard]] parse_outcome parse_options(int argument_count, const char* const* arguments);
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,180 @@
+// Reading scenarios strictly.
+#include "simulator/control/scenario.hpp"
+
+#include "simulator/control/located_json.hpp"
+#include "simulator/control/scenario_devices.hpp"
+#include "simulator/faults/words.hpp"
+#include "simulator/simulation/verbs.hpp"
+#include "vantu/orvanta/common/utils/format.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <stdexcept>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+constexpr std::uint64_t format_version = 1;
+constexpr std::uint64_t greatest_ms = 1'000'000'000;
+constexpr std::int64_t ns_of_ms = 1'000'000;
+
+std::int64_t milliseconds_of(const located_value& value, const std::string& place) {
+    return static_cast<std::int64_t>(require_whole(value, place, 0, greatest_ms)) * ns_of_ms;
+}
+
+const scenario_event_row& event_named(const located_value& value, const std::string& place) {
+    std::string right;
+    for (const scenario_event_row& row : scenario_events) {
+        if (value.kind == json_kind::string && value.string == row.name) {
+            return row;
+        }
+        right += formatted("{}\"{}\"", right.empty() ? "" : ", ", row.name);
+    }
+    throw located_error(value.line,
+                        formatted("{} is {}; one of {} would be right", place, description_of(value), right));
+}
+
+std::uint8_t request_code_of(const located_value& value, const std::string& place) {
+    for (const communication::operation& row : communication::operations) {
+        const bool named = value.kind == json_kind::string && value.string == row.name;
+        const bool numbered = value.is_whole && value.whole == row.code;
+        if (row.way == communication::direction::to_service && (named || numbered)) {
+            return row.code;
+        }
+    }
+    throw located_error(value.line,
+                        formatted("{} is {}; the code or the name of an operation that goes to the "
+                                  "service would be right, as in 66 or \"config_save\"",
+                                  place, description_of(value)));
+}
+
+scenario_trigger trigger_of(const located_value& value, const std::string& place) {
+    scenario_trigger read;
+    if (value.kind != json_kind::object) {
+        read.event = event_named(value, place).event;
+        return read;
+    }
+    require_object(value, place, scenario_members::event);
+    read.event = event_named(required_member(value, place, "event"), place + " event").event;
+    if (const located_value* code = value.find("op")) {
+        if (read.event != scenario_event::request) {
+            throw located_error(code->name_line,
+                                formatted("{} has an \"op\"; only the event \"request\" takes one", place));
+        }
+        read.code = request_code_of(*code, place + " op");
+    }
+    if (const located_value* nth = value.find("n")) {
+        read.nth = require_whole(*nth, place + " n", 1, std::numeric_limits<std::uint32_t>::max());
+    }
+    return read;
+}
+
+void add_verb(const located_value& value, const std::string& place, std::vector<std::string>& verbs) {
+    const std::string& line = require_string(value, place, "a verb or an array of verbs");
+    std::string_view rest(line);
+    const std::string_view verb = take_word(rest);
+    if (verb.empty() || verb.front() == '#' || line.find('\n') != std::string::npos) {
+        throw located_error(value.line, formatted("{} is {}; a verb would be right, as in \"drop 0.3\"",
+                                                  place, description_of(value)));
+    }
+    if (verb == "wait") {
+        throw located_error(
+            value.line,
+            formatted("{} waits; \"at\" or \"delay\" of a step of its own would be right", place));
+    }
+    if (const std::string wrong = check_verb(line); !wrong.empty()) {
+        throw located_error(value.line, formatted("{}: {}", place, wrong));
+    }
+    verbs.push_back(line);
+}
+
+scenario_step step_of(const located_value& value, const std::string& place) {
+    require_object(value, place, scenario_members::step);
+    const located_value* at = value.find("at");
+    const located_value* after = value.find("after");
+    const located_value* delay = value.find("delay");
+    if ((at == nullptr) == (after == nullptr)) {
+        throw located_error(value.line, formatted("{} has {}; one of the two would be right", place,
+                                                  at == nullptr ? R"(neither "at" nor "after")"
+                                                                : R"(both "at" and "after")"));
+    }
+    scenario_step step;
+    if (at != nullptr) {
+        if (delay != nullptr) {
+            throw located_error(delay->name_line,
+                                place + R"( has "at" and "delay"; "delay" belongs to "after")");
+        }
+        step.due_ns = milliseconds_of(*at, place + " at");
+    } else {
+        step.after = trigger_of(*after, place + " after");
+        step.due_ns = delay != nullptr ? milliseconds_of(*delay, place + " delay") : 0;
+    }
+    const located_value& verbs = required_member(value, place, "do");
+    if (verbs.kind == json_kind::array) {
+        for (const located_value& verb : verbs.items) {
+            add_verb(verb, place + " do", step.verbs);
+        }
+    } else {
+        add_verb(verbs, place + " do", step.verbs);
+    }
+    if (step.verbs.empty()) {
+        throw located_error(verbs.line, place + " do is empty; a verb or an array of verbs would be right");
+    }
+    return step;
+}
+
+std::string text_of_file(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        throw std::runtime_error(path + ": no file of that name; the path of a scenario would be right");
+    }
+    std::ifstream stream(path, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(stream), {}};
+    if (!stream.is_open() || stream.bad()) {
+        throw std::runtime_error(path + ": cannot be read; a file that may be read would be right");
+    }
+    return text;
+}
+
+} // namespace
+
+scenario read_scenario_text(const std::string& text) {
+    const located_value whole = read_located_json(text);
+    require_object(whole, "the scenario", scenario_members::scenario);
+    (void)require_whole(required_member(whole, "the scenario", "version"), "version", format_version,
+                        format_version);
+    scenario read;
+    if (const located_value* about = whole.find("about")) {
+        read.about = require_string(*about, "about", "a text");
+    }
+    if (const located_value* seed = whole.find("seed")) {
+        read.seed = require_whole(*seed, "seed", 0, std::numeric_limits<std::uint64_t>::max());
+    }
+    if (const located_value* devices = whole.find("devices")) {
+        read.devices = read_scenario_devices(*devices);
+    }
+    if (const located_value* steps = whole.find("steps")) {
+        if (steps->kind != json_kind::array) {
+            throw located_error(steps->line,
+                                formatted("steps is {}; an array would be right", description_of(*steps)));
+        }
+        for (const located_value& step : steps->items) {
+            read.steps.push_back(step_of(step, formatted("step {}", read.steps.size() + 1)));
+        }
+    }
+    return read;
+}
+
+scenario read_scenario(const std::string& path) {
+    const std::string text = text_of_file(path);
+    try {
+        return read_scenario_text(text);
+    } catch (const located_error& wrong) {
+        throw std::runtime_error(formatted("{}:{}: {}", path, wrong.line(), wrong.what()));
+    }
+}
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,74 @@
+// Scenarios: files of JSON text that say which devices a simulation begins with and what happens to it when.
+#pragma once
+
+#include "simulator/service/device.hpp"
+#include "vantu/orvanta/communication/operations.hpp"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+
+// What a step can wait for, each by an operation that the simulation has received or sent.
+enum class scenario_event : std::uint8_t { connect, open, close, save, goodbye, request };
+
+struct scenario_event_row {
+    scenario_event event;
+    std::string_view name;
+    communication::direction way;
+    std::uint8_t code; // 0: any request, keep-alives, connects and goodbyes being none
+    std::string_view meaning;
+};
+
+// clang-format off
+inline constexpr std::array scenario_events{
+    scenario_event_row{scenario_event::connect, "connect", communication::direction::to_client,  communication::op_code::connected,     "a client has been accepted"},
+    scenario_event_row{scenario_event::open,    "open",    communication::direction::to_client,  communication::op_code::device_opened, "a device has been opened"},
+    scenario_event_row{scenario_event::close,   "close",   communication::direction::to_client,  communication::op_code::device_closed, "a device has been closed"},
+    scenario_event_row{scenario_event::save,    "save",    communication::direction::to_client,  communication::op_code::config_save,   "a configuration has been saved"},
+    scenario_event_row{scenario_event::goodbye, "goodbye", communication::direction::to_service, communication::op_code::disconnect,    "a client has said goodbye"},
+    scenario_event_row{scenario_event::request, "request", communication::direction::to_service, 0,                                     "a request has come, with \"op\" one of that operation"},
+};
+// clang-format on
+
+// The members that the objects of a scenario can have.
+namespace scenario_members {
+inline constexpr std::array<std::string_view, 5> scenario{"version", "about", "seed", "devices", "steps"};
+inline constexpr std::array<std::string_view, 5> device{"type", "id", "short_id", "uuid", "configuration"};
+inline constexpr std::array<std::string_view, 3> configuration{"gravity_compensation", "torque_scaling",
+                                                               "handedness"};
+inline constexpr std::array<std::string_view, 4> step{"at", "after", "delay", "do"};
+inline constexpr std::array<std::string_view, 3> event{"event", "op", "n"};
+} // namespace scenario_members
+
+struct scenario_trigger {
+    scenario_event event{scenario_event::connect};
+    std::uint8_t code{0}; // of a request; 0: any
+    std::uint64_t nth{1}; // counted from the simulation's start
+};
+
+struct scenario_step {
+    std::optional<scenario_trigger> after; // empty: at due_ns
+    std::int64_t due_ns{0};                // since the simulation's start, or since the event
+    std::vector<std::string> verbs;
+};
+
+struct scenario {
+    std::string about;                          // what it shows; may be empty
+    std::optional<std::uint64_t> seed;          // empty: whoever runs it chooses one
+    std::optional<std::vector<device>> devices; // by rising id; empty: whoever runs it chooses them
+    std::vector<scenario_step> steps;
+};
+
+// Reads a scenario from a text. Throws located_error.
+[[nodiscard]] scenario read_scenario_text(const std::string& text);
+
+// Reads a scenario from a file. Throws std::runtime_error with one line: "PATH:LINE: what is wrong; what
+// would be right".
+[[nodiscard]] scenario read_scenario(const std::string& path);
+
+} // namespace vantu::orvanta::simulator

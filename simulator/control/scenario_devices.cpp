@@ -1,0 +1,208 @@
+// Reading the devices of a scenario.
+#include "simulator/control/scenario_devices.hpp"
+
+#include "simulator/control/scenario.hpp"
+#include "vantu/orvanta/common/utils/format.hpp"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <iterator>
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+constexpr std::size_t uuid_digits = 32;
+constexpr int hexadecimal = 16;
+
+// A device and the lines of what can clash with another's.
+struct placed_device {
+    device made;
+    std::string place;
+    std::size_t id_line;
+    std::size_t short_id_line;
+    std::size_t uuid_line;
+};
+
+// Reads digits that fill the text.
+template <typename Number> bool read_hexadecimal(std::string_view digits, Number& value) {
+    const char* const end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, value, hexadecimal);
+    return error == std::errc{} && stop == end;
+}
+
+void read_short_id(const located_value& value, const std::string& place, device& made) {
+    constexpr std::size_t short_id_digits = 4;
+    constexpr std::string_view right = "four hexadecimal digits as the tool shows them, as in \"3001\",";
+    const std::string& text = require_string(value, place + " short_id", right);
+    std::uint16_t number = 0;
+    if (text.size() != short_id_digits || !read_hexadecimal(text, number)) {
+        throw located_error(value.line,
+                            formatted("{} short_id is \"{}\"; {} would be right", place, text, right));
+    }
+    made.description.short_id = number;
+}
+
+void read_uuid(const located_value& value, const std::string& place, device& made) {
+    constexpr std::string_view right = "32 hexadecimal digits, with or without dashes between them,";
+    std::string digits = require_string(value, place + " uuid", right);
+    digits.erase(std::remove(digits.begin(), digits.end(), '-'), digits.end());
+    bool good = digits.size() == uuid_digits;
+    for (std::size_t i = 0; good && i < uuid_digits / 2; ++i) {
+        good = read_hexadecimal(std::string_view(digits).substr(2 * i, 2), made.description.uuid[i]);
+    }
+    if (!good) {
+        throw located_error(value.line,
+                            formatted("{} uuid is \"{}\"; {} would be right", place, value.string, right));
+    }
+}
+
+bool read_flag(const located_value& value, const std::string& place) {
+    if (value.kind != json_kind::boolean) {
+        throw located_error(
+            value.line, formatted("{} is {}; true or false would be right", place, description_of(value)));
+    }
+    return value.boolean;
+}
+
+void read_gravity(const located_value& value, const std::string& place, configuration& settings) {
+    constexpr std::array<std::string_view, 2> members{"enabled", "scaling_factor"};
+    require_object(value, place, members);
+    if (const located_value* enabled = value.find("enabled")) {
+        settings.gravity_compensation = read_flag(*enabled, place + " enabled");
+    }
+    if (const located_value* factor = value.find("scaling_factor")) {
+        // Compared as it stands: a number beyond the range of float has no conversion to it.
+        if (factor->kind != json_kind::number ||
+            !(factor->number >= static_cast<double>(least_scaling_factor)) ||
+            !(factor->number <= static_cast<double>(greatest_scaling_factor))) {
+            throw located_error(factor->line,
+                                formatted("{} scaling_factor is {}; a number from {} to {} would be right",
+                                          place, description_of(*factor), least_scaling_factor,
+                                          greatest_scaling_factor));
+        }
+        settings.scaling_factor = static_cast<float>(factor->number);
+    }
+}
+
+void read_configuration(const located_value& value, const std::string& place, configuration& settings) {
+    require_object(value, place, scenario_members::configuration);
+    if (const located_value* gravity = value.find("gravity_compensation")) {
+        read_gravity(*gravity, place + " gravity_compensation", settings);
+    }
+    if (const located_value* torque = value.find("torque_scaling")) {
+        constexpr std::array<std::string_view, 1> members{"enabled"};
+        require_object(*torque, place + " torque_scaling", members);
+        if (const located_value* enabled = torque->find("enabled")) {
+            settings.torque_scaling = read_flag(*enabled, place + " torque_scaling enabled");
+        }
+    }
+    if (const located_value* handedness = value.find("handedness")) {
+        const bool left = handedness->string == "left";
+        if (!left && handedness->string != "right") {
+            throw located_error(handedness->line,
+                                formatted("{} handedness is {}; \"right\" or \"left\" would be right", place,
+                                          description_of(*handedness)));
+        }
+        settings.handedness = left ? vantu_orvanta_handedness_left : vantu_orvanta_handedness_right;
+    }
+}
+
+// Reads devices one after the other, each with the identity of its place among those of its type where the
+// scenario gives it no other.
+class device_reader {
+  public:
+    placed_device read(const located_value& value, const std::string& place) {
+        require_object(value, place, scenario_members::device);
+        placed_device one{next_of(required_member(value, place, "type"), place), place, value.line,
+                          value.line, value.line};
+        if (const located_value* id = value.find("id")) {
+            one.made.id = static_cast<std::uint32_t>(
+                require_whole(*id, place + " id", 1, std::numeric_limits<std::uint32_t>::max()));
+            one.id_line = id->line;
+        }
+        if (const located_value* short_id = value.find("short_id")) {
+            read_short_id(*short_id, place, one.made);
+            one.short_id_line = short_id->line;
+        }
+        if (const located_value* uuid = value.find("uuid")) {
+            read_uuid(*uuid, place, one.made);
+            one.uuid_line = uuid->line;
+        }
+        if (const located_value* settings = value.find("configuration")) {
+            read_configuration(*settings, place + " configuration", one.made.settings);
+        }
+        return one;
+    }
+
+  private:
+    device next_of(const located_value& type, const std::string& place) {
+        const bool is_orvanta3 = type.string == "orvanta3";
+        if (!is_orvanta3 && type.string != "palmetron") {
+            throw located_error(type.line,
+                                formatted("{} type is {}; \"orvanta3\" or \"palmetron\" would be right",
+                                          place, description_of(type)));
+        }
+        std::size_t& used = is_orvanta3 ? orvanta3_used_ : palmetron_used_;
+        const auto& family = is_orvanta3 ? orvanta3_ : palmetron_;
+        if (used == family.size()) {
+            throw located_error(type.line, formatted("{} is one too many; {} of a type are the most", place,
+                                                     most_devices_of_a_type));
+        }
+        return family[used++];
+    }
+
+    std::vector<device> orvanta3_{make_devices(most_devices_of_a_type, 0)};
+    std::vector<device> palmetron_{make_devices(0, most_devices_of_a_type)};
+    std::size_t orvanta3_used_{0};
+    std::size_t palmetron_used_{0};
+};
+
+void require_new(const placed_device& one, const std::vector<placed_device>& earlier) {
+    for (const placed_device& other : earlier) {
+        const auto refuse = [&](std::size_t line, std::string_view what) {
+            throw located_error(line, formatted("{} has the {} of {}; each device needs its own", one.place,
+                                                what, other.place));
+        };
+        if (one.made.id == other.made.id) {
+            refuse(one.id_line, "id");
+        }
+        if (one.made.description.short_id == other.made.description.short_id) {
+            refuse(one.short_id_line, "short_id");
+        }
+        if (std::equal(std::begin(one.made.description.uuid), std::end(one.made.description.uuid),
+                       std::begin(other.made.description.uuid))) {
+            refuse(one.uuid_line, "uuid");
+        }
+    }
+}
+
+} // namespace
+
+std::vector<device> read_scenario_devices(const located_value& list) {
+    if (list.kind != json_kind::array) {
+        throw located_error(list.line,
+                            formatted("devices is {}; an array would be right", description_of(list)));
+    }
+    device_reader reader;
+    std::vector<placed_device> read;
+    for (const located_value& value : list.items) {
+        const placed_device one = reader.read(value, formatted("device {}", read.size() + 1));
+        require_new(one, read);
+        read.push_back(one);
+    }
+    std::vector<device> devices;
+    devices.reserve(read.size());
+    for (const placed_device& one : read) {
+        devices.push_back(one.made);
+    }
+    std::sort(devices.begin(), devices.end(),
+              [](const device& left, const device& right) { return left.id < right.id; });
+    return devices;
+}
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,30 @@
+// The faults that change the bytes of one datagram, as functions of the bytes and of chance alone.
+#pragma once
+
+#include "simulator/faults/fault_random.hpp"
+#include "simulator/faults/faults.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+
+using datagram_bytes = std::vector<std::byte>;
+
+// What a fault is to do to a datagram.
+struct mutation {
+    fault_kind kind{fault_kind::empty};
+    std::optional<std::uint8_t> code;    // the operation to act on; empty: the first
+    std::optional<std::uint32_t> number; // the rule's argument
+};
+
+// True for the faults that mutate() knows.
+[[nodiscard]] bool is_mutation(fault_kind kind) noexcept;
+
+// Changes the datagram as the fault's row says; false, and nothing has changed, where it cannot suffer it.
+// No datagram grows beyond greatest_datagram.
+[[nodiscard]] bool mutate(datagram_bytes& datagram, const mutation& what, fault_random& chance);
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,96 @@
+// Taking lines of text apart.
+#include "simulator/faults/words.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+constexpr std::string_view blanks = " \t\r";
+
+// Letters added, left out and replaced, and neighbours that changed places.
+std::size_t changes_between(std::string_view left, std::string_view right) {
+    std::vector<std::size_t> before;
+    std::vector<std::size_t> above;
+    std::vector<std::size_t> row(right.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= left.size(); ++i) {
+        before = std::exchange(above, row);
+        row[0] = i;
+        for (std::size_t j = 1; j <= right.size(); ++j) {
+            const std::size_t replaced = above[j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1);
+            row[j] = std::min({replaced, row[j - 1] + 1, above[j] + 1});
+            if (i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1]) {
+                row[j] = std::min(row[j], before[j - 2] + 1);
+            }
+        }
+    }
+    return row.back();
+}
+
+} // namespace
+
+std::string_view trimmed(std::string_view text) noexcept {
+    const auto first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+std::string_view take_word(std::string_view& text) noexcept {
+    text = trimmed(text);
+    const auto end = std::min(text.find_first_of(blanks), text.size());
+    const std::string_view word = text.substr(0, end);
+    text = trimmed(text.substr(end));
+    return word;
+}
+
+std::optional<std::uint64_t> whole_number(std::string_view text) noexcept {
+    int base = 10;
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+        text.remove_prefix(2);
+        base = 16;
+    }
+    std::uint64_t value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stopped, error] = std::from_chars(text.data(), end, value, base);
+    if (text.empty() || error != std::errc{} || stopped != end) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::optional<double> real_number(std::string_view text) noexcept {
+    double value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stopped, error] = std::from_chars(text.data(), end, value);
+    if (text.empty() || error != std::errc{} || stopped != end || !std::isfinite(value)) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::string_view nearest_word(std::string_view to, std::span<const std::string_view> words) {
+    // A text of any length is as far from every word as its beginning.
+    constexpr std::size_t enough = 64;
+    to = to.substr(0, enough);
+    std::string_view nearest = words.front();
+    std::size_t least = std::numeric_limits<std::size_t>::max();
+    for (const std::string_view word : words) {
+        if (const std::size_t changes = changes_between(to, word); changes < least) {
+            least = changes;
+            nearest = word;
+        }
+    }
+    return nearest;
+}
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,102 @@
+// A whole simulated service without sockets, threads or clocks: the service, its devices and the stage of
+// faults around it. It counts its own ticks; everything that time drives follows them.
+#pragma once
+
+#include "simulator/faults/fault_stage.hpp"
+#include "simulator/service/device.hpp"
+#include "simulator/service/saved_state.hpp"
+#include "simulator/service/service.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+
+// The simulation's grain of time, that of the fastest stream.
+inline constexpr std::int64_t tick_ns = 100'000;
+
+struct simulation_settings {
+    announce_order announce{announce_order::before};
+    bool single_client{false};
+    double rate_hz{100};
+    std::uint64_t seed{1};
+    std::vector<device> devices; // by rising id
+    saved_state* state{nullptr}; // null: configurations are saved for as long as the simulation lives
+    narrate_function narrate;    // empty: nobody is told
+    narrate_function warn;       // told of a configuration that could not be saved; empty: nobody is
+};
+
+// An operation that the service has received or sent, faults being done; what scenarios wait for.
+struct observed_operation {
+    communication::direction way{communication::direction::to_service};
+    std::uint8_t code{0};
+};
+
+struct simulation_counters {
+    std::uint64_t ticks{0};
+    std::uint64_t received{0}; // datagrams from the sockets
+    std::uint64_t sent{0};     // datagrams to the sockets
+    std::uint64_t restarts{0};
+};
+
+class simulation {
+  public:
+    explicit simulation(simulation_settings settings);
+    ~simulation();
+    simulation(const simulation&) = delete;
+    simulation& operator=(const simulation&) = delete;
+
+    // Takes a datagram at the present tick.
+    void receive(const peer& from, std::span<const std::byte> datagram);
+
+    // Moves the ticks to this time since the start, rounded down to a whole tick, doing on the way what is
+    // due, in order of time. Never moves back. What becomes due during a tick is done at the next one, so
+    // that the outcome does not depend on how often this is called.
+    void advance_to(std::int64_t since_start_ns);
+    [[nodiscard]] std::int64_t now_ns() const noexcept;
+    [[nodiscard]] std::int64_t next_due_ns() const;
+
+    // The datagrams to send now, in order.
+    [[nodiscard]] std::vector<departure> take_outgoing();
+
+    // Adds a rule, or does at once what it asks for.
+    void add_fault(const fault_rule& rule);
+    [[nodiscard]] fault_stage& faults() noexcept;
+    [[nodiscard]] const fault_stage& faults() const noexcept;
+
+    // Plugs in a device with the next free identity of its type and its saved configuration, and tells all
+    // clients (op 16 and its details). 0 when there can be no more of them.
+    std::uint32_t plug(std::uint8_t device_type);
+    // Plugs in this very device; false when its id is taken.
+    bool plug(const device& which);
+    // Takes a device away and tells all clients (op 17); false when there is none of that id. A device that
+    // is plugged in again keeps its identity: plug takes the lowest one that is free.
+    bool unplug(std::uint32_t device_id);
+    // Changes a device's settings as if by hand; false when there is none of that id. Clients that ask see
+    // it.
+    bool configure(std::uint32_t device_id, const configuration& settings);
+
+    // Forgets all clients without a word; every device has its saved configuration again.
+    void restart();
+
+    // Tells all clients goodbye and forgets them.
+    void say_goodbye();
+
+    // Called for each operation, inside receive and advance_to; empty: nobody is told.
+    void observe(std::function<void(const observed_operation&)> observer);
+
+    [[nodiscard]] const std::vector<client>& clients() const noexcept;
+    [[nodiscard]] const std::vector<device>& devices() const noexcept;
+    [[nodiscard]] const simulation_counters& counters() const noexcept;
+    [[nodiscard]] std::uint64_t seed() const noexcept;
+
+  private:
+    class implementation;
+    std::unique_ptr<implementation> implementation_;
+};
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,128 @@
+// What the console shows.
+#include "simulator/simulation/status_text.hpp"
+
+#include "network/socket.hpp"
+#include "simulator/simulation/verb_syntax.hpp"
+#include "vantu/orvanta/common/utils/format.hpp"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+constexpr double nanoseconds_of_a_second = 1e9;
+
+double seconds_of(std::int64_t time_ns) {
+    return static_cast<double>(time_ns) / nanoseconds_of_a_second;
+}
+
+// Without the zero character that counts as part of it.
+std::string address_text(const peer& of) {
+    std::string text = stringify_addr(of.address);
+    std::erase(text, '\0');
+    return text;
+}
+
+std::string client_line(const client& one, std::int64_t now_ns) {
+    std::string devices;
+    for (const open_device& opened : one.opened) {
+        devices += formatted(" {}", opened.id);
+    }
+    return formatted("  {} '{}' at {}, opened{}, heard {:.3f} s ago\n", one.id, one.name,
+                     address_text(one.address), devices.empty() ? " nothing" : devices,
+                     seconds_of(now_ns - one.last_heard_ns));
+}
+
+std::string device_line(const device& one) {
+    const unsigned short_id = one.description.short_id;
+    if (!one.is_orvanta3()) {
+        return formatted("  {} palmetron {:04X}\n", one.id, short_id);
+    }
+    const configuration& settings = one.settings;
+    return formatted("  {} orvanta3 {:04X}, gravity compensation {} {}, torque scaling {}, {}-handed\n",
+                     one.id, short_id, settings.gravity_compensation ? "on" : "off", settings.scaling_factor,
+                     settings.torque_scaling ? "on" : "off",
+                     settings.handedness == vantu_orvanta_handedness_left ? "left" : "right");
+}
+
+std::string overview() {
+    std::string text = "Faults, each with ARGUMENT@op=CODE,dir=in|out,p=P,n=N ('help FAULT'):\n";
+    std::string line;
+    constexpr std::size_t width = 78;
+    for (const fault_row& row : faults) {
+        if (line.size() + row.name.size() + 2 > width) {
+            text += line + '\n';
+            line.clear();
+        }
+        line += line.empty() ? "  " : " ";
+        line += row.name;
+    }
+    text += line + "\nVerbs:\n";
+    for (const verb_row& row : verbs) {
+        text += formatted("  {:<35}{}\n", formatted("{} {}", row.name, row.arguments), row.effect);
+        if (row.name == "set") {
+            text += "  set DEVICE torque on|off\n  set DEVICE handedness left|right\n";
+        }
+    }
+    return text;
+}
+
+std::string fault_help(const fault_row& row) {
+    std::string text = formatted("{}: {}\n", row.name, row.effect);
+    text += formatted("  {} {}\n", row.name, row.example);
+    if (row.to_service != row.to_client) {
+        text +=
+            row.to_client ? "  Happens to datagrams to clients.\n" : "  Happens to datagrams from clients.\n";
+    }
+    if (row.at_once) {
+        text += "  Without a selector it happens at once.\n";
+    }
+    return text;
+}
+
+} // namespace
+
+std::string status_text(const simulation& target) {
+    const simulation_counters& counters = target.counters();
+    std::string text = formatted("seed {}, tick {}, {:.3f} s\n", target.seed(), target.now_ns() / tick_ns,
+                                 seconds_of(target.now_ns()));
+    text += formatted("datagrams received {}, sent {}; restarts {}\n", counters.received, counters.sent,
+                      counters.restarts);
+    text += formatted("clients {}\n", target.clients().size());
+    for (const client& one : target.clients()) {
+        text += client_line(one, target.now_ns());
+    }
+    text += formatted("devices {}\n", target.devices().size());
+    for (const device& one : target.devices()) {
+        text += device_line(one);
+    }
+    const auto rules = target.faults().rules();
+    text += formatted("faults {}\n", rules.size());
+    for (const rule_state& state : rules) {
+        text += formatted("  {}: fits {}, happened {}\n", text_of(state.rule), state.fitted, state.happened);
+    }
+    for (const fault_row& row : faults) {
+        if (const auto times = target.faults().happened(row.kind); times != 0) {
+            text += formatted("{} happened {} in all\n", row.name, times);
+        }
+    }
+    return text;
+}
+
+std::string verb_help_text(std::string_view verb) {
+    if (const fault_row* const fault = find_fault(verb); fault != nullptr) {
+        return fault_help(*fault);
+    }
+    const verb_row* const row = find_verb(verb);
+    if (row == nullptr) {
+        return overview();
+    }
+    std::string text = formatted("{}: {}\n", row->name, row->effect);
+    text += formatted("  {} {}", row->name, row->example);
+    text.erase(text.find_last_not_of(' ') + 1);
+    text += row->name == "set" ? "\n  set 1 torque off\n  set 1 handedness left\n" : "\n";
+    return text;
+}
+
+} // namespace vantu::orvanta::simulator

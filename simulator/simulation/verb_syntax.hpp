@@ -1,0 +1,73 @@
+// The verbs that are no faults, as a table, and reading a line as a command.
+#pragma once
+
+#include "simulator/faults/faults.hpp"
+#include "simulator/service/device.hpp"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace vantu::orvanta::simulator {
+
+struct verb_row {
+    std::string_view name;
+    std::string_view arguments;
+    std::string_view effect;
+    std::string_view example; // of what follows the verb
+};
+
+// clang-format off
+inline constexpr std::array verbs{
+    verb_row{"set",    "DEVICE gravity on|off [FACTOR]", "changes a setting of a device",                        "1 gravity on 0.5"},
+    verb_row{"heal",   "[FAULT]",                        "takes all faults away, or those of one kind",          "drop"},
+    verb_row{"status", "",                               "shows clients, devices, faults and counters",          ""},
+    verb_row{"wait",   "MS",                             "puts a script's next line off by so long",             "250"},
+    verb_row{"help",   "[VERB]",                         "lists the verbs, or explains one",                     "truncate"},
+    verb_row{"quit",   "",                               "says goodbye to all clients and ends",                 ""},
+};
+// clang-format on
+
+inline constexpr std::uint64_t longest_wait_ms = 86'400'000;
+
+struct gravity_setting {
+    bool enabled{true};
+    std::optional<float> factor; // empty: stays as it is
+};
+struct torque_setting {
+    bool enabled{true};
+};
+struct handedness_setting {
+    std::uint8_t handedness{vantu_orvanta_handedness_right};
+};
+
+struct set_command {
+    std::uint32_t device_id{0};
+    std::variant<gravity_setting, torque_setting, handedness_setting> setting;
+};
+struct heal_command {
+    std::optional<fault_kind> kind; // empty: all
+};
+struct status_command {};
+struct wait_command {
+    std::uint64_t milliseconds{0};
+};
+struct help_command {
+    std::string_view verb; // empty: all; else one of verbs or faults
+};
+struct quit_command {};
+
+// A fault stands for itself; monostate is a line that says nothing.
+using command = std::variant<std::monostate, fault_rule, set_command, heal_command, status_command,
+                             wait_command, help_command, quit_command>;
+
+// Throws std::invalid_argument with one line: what is wrong, what would be right.
+[[nodiscard]] command parse_verb(std::string_view line);
+
+// The row of that name, or null.
+[[nodiscard]] const verb_row* find_verb(std::string_view name) noexcept;
+
+} // namespace vantu::orvanta::simulator

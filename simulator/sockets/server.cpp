@@ -1,0 +1,94 @@
+// The simulation on its sockets.
+#include "simulator/sockets/server.hpp"
+
+#include "network/socket_wait.hpp"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+// Datagrams taken from one socket before it is the others' and the streams' turn.
+constexpr std::size_t most_in_a_row = 64;
+
+} // namespace
+
+clock_function make_steady_clock(clock_function source) {
+    constexpr std::int64_t longest_gap_ns = 500'000'000;
+    const std::int64_t now = source();
+    return [source = std::move(source), start = now, last = now]() mutable {
+        const std::int64_t current = source();
+        start += std::max<std::int64_t>(0, current - last - longest_gap_ns);
+        last = current;
+        return current - start;
+    };
+}
+
+simulation_drive drive_of(simulation& target) {
+    return {[&target](std::int64_t since_start_ns) { target.advance_to(since_start_ns); }, [] {},
+            [&target] { return target.next_due_ns(); }};
+}
+
+server::server(simulation& target, const listeners& sockets, clock_function clock)
+    : server(target, sockets, std::move(clock), drive_of(target)) {}
+
+server::server(simulation& target, const listeners& sockets, clock_function clock, simulation_drive drive)
+    : target_(target), sockets_(sockets), clock_(std::move(clock)), drive_(std::move(drive)) {}
+
+std::size_t server::serve_waiting() {
+    std::size_t taken = 0;
+    for (std::size_t listener = 0; listener < sockets_.sockets().size(); ++listener) {
+        taken += receive_waiting(listener);
+    }
+    drive_.advance_to(clock_());
+    send_outgoing();
+    return taken;
+}
+
+void server::serve(const std::function<bool()>& stop, std::int64_t longest_ns) {
+    while (!stop()) {
+        serve_waiting();
+        const std::int64_t now = clock_();
+        const std::int64_t sleep = std::clamp<std::int64_t>(drive_.next_due_ns() - now, 0, longest_ns);
+        (void)wait_for_packets(sockets_.sockets(), platform::steady_now_ns() + sleep);
+    }
+    target_.say_goodbye();
+    send_outgoing();
+}
+
+std::size_t server::receive_waiting(std::size_t listener) {
+    const socket_handle socket = sockets_.sockets()[listener];
+    std::size_t taken = 0;
+    for (std::size_t looks = 0; looks < most_in_a_row; ++looks) {
+        record_.buffer.reset();
+        const socket_status status = recv_packet(socket, record_);
+        if (status == socket_status::would_block) {
+            break;
+        }
+        if (status != socket_status::ok) {
+            continue; // a client that has gone, or a datagram too large: the next may be good
+        }
+        ++taken;
+        drive_.advance_to(clock_());
+        target_.receive({{record_.from_length, record_.from}, listener},
+                        {record_.buffer.unread(), record_.buffer.read_len()});
+        drive_.attend();
+        send_outgoing();
+    }
+    return taken;
+}
+
+// What the system has no room for is lost, as any datagram may be.
+void server::send_outgoing() {
+    for (const departure& one : target_.take_outgoing()) {
+        if (one.forged) {
+            forger_.send(one);
+        } else {
+            (void)send_bytes(sockets_.sockets()[one.to.listener], one.bytes, one.to.address);
+        }
+    }
+}
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,60 @@
+// The simulation on its sockets: datagrams in, datagrams out, asleep in between.
+#pragma once
+
+#include "simulator/simulation/simulation.hpp"
+#include "simulator/sockets/forged_sender.hpp"
+#include "simulator/sockets/listeners.hpp"
+#include "vantu/orvanta/common/utils/platform.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+namespace vantu::orvanta::simulator {
+
+// The time since the simulation's start; never runs backwards.
+using clock_function = std::function<std::int64_t()>;
+
+// The given clock from now on, the system's steady one where none is given. It leaves out what goes beyond
+// half a second between two calls: a program that was stopped has nothing to make up for when it goes on.
+[[nodiscard]] clock_function make_steady_clock(clock_function source = platform::steady_now_ns);
+
+// How the server moves the simulation: by itself, or through whoever plays a scenario with it.
+struct simulation_drive {
+    std::function<void(std::int64_t since_start_ns)> advance_to;
+    std::function<void()> attend; // called behind each datagram that the simulation has taken
+    std::function<std::int64_t()> next_due_ns;
+};
+[[nodiscard]] simulation_drive drive_of(simulation& target);
+
+class server {
+  public:
+    static constexpr std::int64_t longest_sleep_ns = 200'000'000;
+
+    // Target and sockets outlive the server.
+    server(simulation& target, const listeners& sockets, clock_function clock);
+    server(simulation& target, const listeners& sockets, clock_function clock, simulation_drive drive);
+
+    // Moves the simulation to the clock's time, gives it the datagrams that are there now and sends what it
+    // has to send. Never sleeps. Returns how many datagrams came.
+    std::size_t serve_waiting();
+
+    // Sends what the simulation has to send.
+    void send_outgoing();
+
+    // Serves until stop says so, asked behind each sleep; none is longer than the given one, and a signal
+    // ends it early. Then says goodbye to all clients.
+    void serve(const std::function<bool()>& stop, std::int64_t longest_ns = longest_sleep_ns);
+
+  private:
+    std::size_t receive_waiting(std::size_t listener);
+
+    simulation& target_;
+    const listeners& sockets_;
+    clock_function clock_;
+    simulation_drive drive_;
+    forged_sender forger_;
+    receive_record record_;
+};
+
+} // namespace vantu::orvanta::simulator
