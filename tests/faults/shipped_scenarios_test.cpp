@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <set>
 
 namespace fault_tests {
@@ -13,6 +15,7 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -175,7 +178,7 @@ TEST(shipped_scenario, stale_and_forged_has_answers_of_yesterday_believed_and_a_
     EXPECT_THAT(bench.codes, IsEmpty());
 }
 
-TEST(shipped_scenarios, have_a_test_each) {
+TEST(shipped_scenarios, have_a_test_and_a_walk_each) {
     std::set<std::string> files;
     for (const auto& entry : std::filesystem::directory_iterator(SCENARIOS_FOLDER)) {
         files.insert(entry.path().stem().string());
@@ -191,8 +194,11 @@ TEST(shipped_scenarios, have_a_test_each) {
         }
     }
     EXPECT_EQ(names.size(), files.size());
+    std::ifstream stream(DOCS_FOLDER "/simulator.md");
+    const std::string document{std::istreambuf_iterator<char>(stream), {}};
     for (const std::string& file : files) {
         EXPECT_THAT(names, Contains(StartsWith(file + '_')));
+        EXPECT_THAT(document, HasSubstr("\n`orvanta-simulator --scenario " + file + ".json"));
         EXPECT_FALSE(
             vantu::orvanta::simulator::read_scenario(SCENARIOS_FOLDER "/" + file + ".json").about.empty());
     }
