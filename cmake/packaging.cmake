@@ -19,7 +19,10 @@ install(TARGETS orvanta EXPORT vantu_orvanta_targets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS orvanta_simulator EXPORT vantu_orvanta_simulator_targets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES
+  ${PROJECT_SOURCE_DIR}/simulator/include/vantu/orvanta/simulator.hpp
   ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/orvanta.h
   ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/client.hpp
   ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/export.h
@@ -34,6 +37,8 @@ install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5 DESTINATION
 
 install(EXPORT vantu_orvanta_targets
   NAMESPACE vantu:: FILE vantu_orvanta-targets.cmake DESTINATION ${package_folder})
+install(EXPORT vantu_orvanta_simulator_targets
+  NAMESPACE vantu:: FILE vantu_orvanta-simulator-targets.cmake DESTINATION ${package_folder})
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/vantu_orvanta-config.cmake.in ${PROJECT_BINARY_DIR}/vantu_orvanta-config.cmake
   INSTALL_DESTINATION ${package_folder} NO_SET_AND_CHECK_MACRO)

@@ -7,9 +7,9 @@ set -euo pipefail
 . "$(dirname "$(readlink -f "$0")")/common.sh"
 cd "$root"
 
-mapfile -d '' sources < <(find src app simulator tests bench \
+mapfile -d '' sources < <(find src app simulator tests bench examples \
     \( -name '*.cpp' -o -name '*.hpp' -o -name '*.h' -o -name '*.c' \) -print0 | sort -z)
-mapfile -d '' others < <(find src app simulator tests bench cmake scripts CMakeLists.txt run test \
+mapfile -d '' others < <(find src app simulator tests bench examples cmake scripts CMakeLists.txt run test \
     -type f \( -name CMakeLists.txt -o -name '*.cmake' -o -name '*.cmake.in' -o -name '*.sh' -o -name run -o -name test \) -print0)
 [ ${#sources[@]} -gt 0 ] && [ ${#others[@]} -gt 0 ] || fail "no sources found"
 broken=0

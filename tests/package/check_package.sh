@@ -31,7 +31,7 @@ prefix=$scratch/moved
 mv "$scratch/first" "$prefix"
 
 headers=$(cd "$prefix/include" && find . -type f | sort | tr '\n' ' ')
-wanted='./vantu/orvanta/client.hpp ./vantu/orvanta/communication/records.h ./vantu/orvanta/export.h ./vantu/orvanta/orvanta.h '
+wanted='./vantu/orvanta/client.hpp ./vantu/orvanta/communication/records.h ./vantu/orvanta/export.h ./vantu/orvanta/orvanta.h ./vantu/orvanta/simulator.hpp '
 [ "$headers" = "$wanted" ] || fail "installed headers are $headers"
 
 scenarios=$(cd "$source/simulator/scenarios" && ls)
@@ -51,12 +51,18 @@ consumer=$scratch/consumer
 cmake -S "$here/consumer" -B "$consumer" -DCMAKE_PREFIX_PATH="$prefix"
 grep -q "^vantu_orvanta_DIR:PATH=$prefix/" "$consumer/CMakeCache.txt" || fail "another vantu_orvanta was found"
 cmake --build "$consumer" --verbose
-for program in flat classes readme_program; do
-    foreign=$(cat "$consumer/CMakeFiles/$program.dir/"*.d | grep -i 'fmt/' || true)
-    [ -z "$foreign" ] || fail "$program includes fmt: $foreign"
+for program in flat classes readme_program simulated; do
+    foreign=$(cat "$consumer/CMakeFiles/$program.dir/"*.d | grep -E 'fmt/|nlohmann/|CLI/' || true)
+    [ -z "$foreign" ] || fail "$program includes what only this project needs: $foreign"
 done
 "$consumer/flat"
 "$consumer/classes"
+"$consumer/simulated"
+
+cmake -S "$source/examples/watch" -B "$scratch/watch" -DCMAKE_PREFIX_PATH="$prefix"
+cmake --build "$scratch/watch"
+"$scratch/watch/watch_test" | tee "$scratch/watch.txt"
+[ "$(grep -c '^ok: ' "$scratch/watch.txt")" -ge 9 ] || fail "the example's test says less than it should"
 
 if [ "$kind" = shared ]; then
     library=$prefix/lib/libvantu_orvanta.so
@@ -72,7 +78,8 @@ if [ "$kind" = shared ]; then
 else
     [ -z "$(find "$prefix" -name 'libvantu_orvanta.so*')" ] || fail "a static build installed a shared library"
 fi
-for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvanta-simulator" "$consumer/flat" "$consumer/classes"; do
+for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvanta-simulator" "$consumer/flat" "$consumer/classes" \
+    "$consumer/simulated" "$scratch/watch/watch_test"; do
     [ -x "$program" ] || fail "$program is missing"
     ! ldd "$program" | grep 'not found' || fail "$program does not find its libraries"
     foreign=$(needs "$program" | grep -vE "$runtime" || true)
