@@ -12,16 +12,14 @@ namespace endurance_tests {
 
 using vantu::orvanta::client;
 
-bool wait_until(const char* what, const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+void wait_until(const char* what, const std::function<bool()>& condition, std::uint64_t seconds) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline) {
-            ADD_FAILURE() << "waited in vain: " << what;
-            return false;
+            FAIL() << "waited in vain: " << what;
         }
         vantu_orvanta_sleep(200'000);
     }
-    return true;
 }
 
 std::uint64_t number_from(const char* variable, std::uint64_t otherwise) {

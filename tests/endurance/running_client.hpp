@@ -11,8 +11,8 @@
 
 namespace endurance_tests {
 
-// Waits for a condition; false, and the test fails, when it does not come within a minute.
-bool wait_until(const char* what, const std::function<bool()>& condition);
+// Waits for a condition; the test fails when it does not come within the time.
+void wait_until(const char* what, const std::function<bool()>& condition, std::uint64_t seconds = 60);
 
 // The number that an environment variable holds, else the given one.
 [[nodiscard]] std::uint64_t number_from(const char* variable, std::uint64_t otherwise);

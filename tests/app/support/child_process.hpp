@@ -46,6 +46,8 @@ class child_process {
     // As the first, for the errors of a program at pipes.
     std::string read_errors_until(std::string_view text);
 
+    [[nodiscard]] pid_t id() const { return process_; }
+
     // The program's threads, and waiting until there are just so many.
     [[nodiscard]] std::size_t threads() const;
     void wait_for_threads(std::size_t count) const;
