@@ -9,12 +9,13 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
   set_target_properties(orvanta PROPERTIES LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exported_symbols.map)
 endif()
 
-# The tools find the library beside themselves, wherever the folder is moved to.
-file(RELATIVE_PATH library_from_tools /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-set(tools orvanta-cli orvanta-simulator)
-set_target_properties(${tools} PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
-
-install(TARGETS ${tools} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(ORVANTA_BUILD_PROGRAMS)
+  # The tools find the library beside themselves, wherever the folder is moved to.
+  file(RELATIVE_PATH library_from_tools /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+  set(tools orvanta-cli orvanta-simulator)
+  set_target_properties(${tools} PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
+  install(TARGETS ${tools} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(TARGETS orvanta EXPORT vantu_orvanta_targets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -25,7 +26,7 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/simulator/include/vantu/orvanta/simulator.hpp
   ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/orvanta.h
   ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/client.hpp
-  ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/export.h
+  ${PROJECT_BINARY_DIR}/include/vantu/orvanta/export.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta)
 install(FILES ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/communication/records.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta/communication)

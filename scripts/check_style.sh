@@ -32,16 +32,9 @@ for file in "${sources[@]}"; do
     //* | /\**) ;;
     *) refuse "$file:1: opens without a comment that says what the file is for" ;;
     esac
-    case $file in
-    *_posix.cpp | *_linux.cpp | *_windows.cpp | *_winsock.cpp | */export.h) ;;
-    *)
-        # The platform's file is chosen by CMake.
-        if grep -nHE '^[[:space:]]*#[[:space:]]*(el)?if.*(_WIN32|_WIN64|_MSC_VER|__MINGW|__linux|__unix|__APPLE__|__ANDROID__|_POSIX)' "$file" >&2; then
-            refuse "$file: platform conditions belong into a platform's own file"
-        fi
-        ;;
-    esac
 done
+
+"$root/scripts/check_platform_conditions.sh" || broken=1
 
 # C needs typedef; clang-tidy's own check does not know that orvanta.h and records.h are C as well.
 for file in "${sources[@]}"; do
