@@ -15,15 +15,22 @@ if(ORVANTA_BUILD_PROGRAMS)
   set(tools orvanta-cli orvanta-simulator)
   set_target_properties(${tools} PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
   install(TARGETS ${tools} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS orvanta_simulator EXPORT vantu_orvanta_simulator_targets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(EXPORT vantu_orvanta_simulator_targets
+    NAMESPACE vantu:: FILE vantu_orvanta-simulator-targets.cmake DESTINATION ${package_folder})
+  install(FILES ${PROJECT_SOURCE_DIR}/simulator/include/vantu/orvanta/simulator.hpp
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
+    FILES_MATCHING PATTERN "*.json")
+  install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 endif()
 install(TARGETS orvanta EXPORT vantu_orvanta_targets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS orvanta_simulator EXPORT vantu_orvanta_simulator_targets
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES
-  ${PROJECT_SOURCE_DIR}/simulator/include/vantu/orvanta/simulator.hpp
   ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/orvanta.h
   ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/client.hpp
   ${PROJECT_BINARY_DIR}/include/vantu/orvanta/export.h
@@ -31,15 +38,9 @@ install(FILES
 install(FILES ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/communication/records.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta/communication)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
-  FILES_MATCHING PATTERN "*.json")
-install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
 
 install(EXPORT vantu_orvanta_targets
   NAMESPACE vantu:: FILE vantu_orvanta-targets.cmake DESTINATION ${package_folder})
-install(EXPORT vantu_orvanta_simulator_targets
-  NAMESPACE vantu:: FILE vantu_orvanta-simulator-targets.cmake DESTINATION ${package_folder})
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/vantu_orvanta-config.cmake.in ${PROJECT_BINARY_DIR}/vantu_orvanta-config.cmake
   INSTALL_DESTINATION ${package_folder} NO_SET_AND_CHECK_MACRO)
