@@ -1,5 +1,6 @@
 // A long run of the client library beside the simulated service at 1000 Hz: what is delivered, and whether
 // memory and handles stay what they were. See docs/platforms.md.
+#include "network/socket.hpp"
 #include "soak/process_figures.hpp"
 #include "soak/streaming_session.hpp"
 #include "support/open_handles.hpp"
@@ -106,6 +107,7 @@ bool watch_streaming(steady::duration length, const running_service& service, st
 
 bool run(double seconds) {
     const auto length = std::chrono::duration_cast<steady::duration>(std::chrono::duration<double>(seconds));
+    vantu::orvanta::socket_startup();
     const running_service service(rate_hz);
     streaming_client client(service.port());
     watch_idle(std::clamp<steady::duration>(length / 4, 100ms, 10s), client);
