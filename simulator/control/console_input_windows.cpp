@@ -1,5 +1,5 @@
 // Standard input on Windows. A pipe is asked first and a file is read; a console keeps its reader until a
-// line is complete, so a thread of its own reads that.
+// line is complete, so a thread of its own reads that, and a pipe that cannot be asked.
 #include "simulator/control/console_input.hpp"
 
 #include <array>
@@ -39,12 +39,12 @@ piece read_piece() {
     return {typed_end ? "" : std::string(text), !read || count == 0 || typed_end};
 }
 
-// What the thread that reads the console has read and nobody has taken. The thread never ends before the
+// What the thread that reads standard input has read and nobody has taken. The thread never ends before the
 // program does, so neither does this.
-class console_reader {
+class reader_thread {
   public:
-    static console_reader& instance() {
-        static auto* reader = new console_reader;
+    static reader_thread& instance() {
+        static auto* reader = new reader_thread;
         return *reader;
     }
 
@@ -54,7 +54,7 @@ class console_reader {
     }
 
   private:
-    console_reader() {
+    reader_thread() {
         std::thread([this] { read(); }).detach();
     }
 
@@ -74,12 +74,13 @@ class console_reader {
 // Nothing when a read would wait.
 std::optional<piece> next_piece() {
     if (standard_input_is_terminal()) {
-        return console_reader::instance().take();
+        return reader_thread::instance().take();
     }
     if (GetFileType(standard_input()) == FILE_TYPE_PIPE) {
         DWORD waiting = 0;
         if (PeekNamedPipe(standard_input(), nullptr, 0, nullptr, &waiting, nullptr) == 0) {
-            return piece{"", true};
+            // Wine's pipes from Linux programs cannot be asked.
+            return GetLastError() == ERROR_NOT_SUPPORTED ? reader_thread::instance().take() : piece{"", true};
         }
         if (waiting == 0) {
             return std::nullopt;
