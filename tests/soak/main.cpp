@@ -39,9 +39,10 @@ void print(const std::string& line) {
 }
 
 void print(const reading& now) {
-    print(fmt::format("{:8.1f} {:10} {:10} {:8.1f} {:12} {:8} {:8.2f}\n", now.seconds, now.sent, now.received,
-                      static_cast<double>(now.received) / std::max(now.seconds, 1e-9), now.memory / 1024,
-                      now.handles, 100 * now.share));
+    print(vantu::orvanta::formatted("{:8.1f} {:10} {:10} {:8.1f} {:12} {:8} {:8.2f}\n", now.seconds, now.sent,
+                                    now.received,
+                                    static_cast<double>(now.received) / std::max(now.seconds, 1e-9),
+                                    now.memory / 1024, now.handles, 100 * now.share));
 }
 
 // Sleeps, and stops everything when the polling thread has ended.
@@ -50,7 +51,7 @@ void wait_until(steady::time_point deadline, const streaming_client& client) {
         std::this_thread::sleep_for(std::min<steady::duration>(deadline - steady::now(), 100ms));
         if (client.polling_result() != 0) {
             throw std::runtime_error(
-                fmt::format("the polling thread ended with {}", client.polling_result()));
+                vantu::orvanta::formatted("the polling thread ended with {}", client.polling_result()));
         }
     }
 }
@@ -65,8 +66,8 @@ void watch_idle(steady::duration length, const streaming_client& client) {
     wait_until(begin + length, client);
     const double share =
         static_cast<double>(client.polling_time_ns() - before_ns) / 1e9 / seconds_since(begin);
-    print(fmt::format("idle polling thread: {:.2f} % of a processor in {:.1f} s\n", 100 * share,
-                      seconds_since(begin)));
+    print(vantu::orvanta::formatted("idle polling thread: {:.2f} % of a processor in {:.1f} s\n", 100 * share,
+                                    seconds_since(begin)));
 }
 
 // Streams for so long. True when memory and handles have stayed and the states have come.
@@ -97,8 +98,9 @@ bool watch_streaming(steady::duration length, const running_service& service, st
     const bool delivered = last.received > 0 && last.received <= last.sent;
     const bool steady_memory = last.memory <= first.memory + memory_allowed;
     const bool steady_handles = last.handles == first.handles;
-    print(fmt::format("lost: {}; memory {}; handles {}\n", last.sent - last.received,
-                      steady_memory ? "constant" : "GROWN", steady_handles ? "constant" : "CHANGED"));
+    print(vantu::orvanta::formatted("lost: {}; memory {}; handles {}\n", last.sent - last.received,
+                                    steady_memory ? "constant" : "GROWN",
+                                    steady_handles ? "constant" : "CHANGED"));
     if (!delivered) {
         print("no states, or more than were sent\n");
     }

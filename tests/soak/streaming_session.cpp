@@ -1,8 +1,8 @@
 // Service and client of a long run.
 #include "soak/streaming_session.hpp"
 
-#include "simulator/device.hpp"
-#include "simulator/server.hpp"
+#include "simulator/service/device.hpp"
+#include "simulator/sockets/server.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <chrono>

@@ -1,8 +1,8 @@
 // A simulated service with one device and a connected client of it, in one process: what a long run watches.
 #pragma once
 
-#include "simulator/listeners.hpp"
-#include "simulator/simulation.hpp"
+#include "simulator/simulation/simulation.hpp"
+#include "simulator/sockets/listeners.hpp"
 #include "soak/process_figures.hpp"
 #include "vantu/orvanta/client.hpp"
 
