@@ -25,7 +25,7 @@ void service::say_goodbye_to(const peer& who) {
 }
 
 void service::restart(std::vector<device> devices) {
-    tell(formatted("restarted, {} clients forgotten", clients_.all().size()));
+    tell(formatted("restarted, clients forgotten: {}", clients_.all().size()));
     clients_.forget_all();
     devices_ = std::move(devices);
 }

@@ -215,8 +215,8 @@ TEST(a_simulation, tells_what_happens_to_it) {
     bench.tested.unplug(1);
     bench.tested.plug(1);
     bench.tested.restart();
-    EXPECT_THAT(bench.lines,
-                ElementsAre("device 1: unplugged", "device 1: plugged in", "restarted, 1 clients forgotten"));
+    EXPECT_THAT(bench.lines, ElementsAre("device 1: unplugged", "device 1: plugged in",
+                                         "restarted, clients forgotten: 1"));
 }
 
 } // namespace
