@@ -19,7 +19,9 @@ refuse() {
 }
 
 # The first line of each complaint says all.
-clang-format --dry-run --Werror --style=file "${sources[@]}" 2>&1 | grep -E '(error|warning):' >&2 && broken=1
+command -v clang-format >/dev/null || fail "there is no clang-format"
+complaints=$(clang-format --dry-run --Werror --style=file "${sources[@]}" 2>&1 | grep -E '(error|warning):' || true)
+[ -z "$complaints" ] || refuse "$complaints"
 
 for file in "${sources[@]}" "${others[@]}"; do
     lines=$(wc -l <"$file")
