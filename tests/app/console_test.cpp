@@ -2,15 +2,17 @@
 #include "app/console.hpp"
 #include "app/menus.hpp"
 #include "app/support/recording_console.hpp"
+#include "support/scratch_folder.hpp"
 
 #include <cstdio>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <limits>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -231,15 +233,16 @@ TEST(console, keeps_the_order_of_output_and_errors) {
 
 TEST(console, flushes_what_others_wrote_to_the_output_before_it_reads) {
     std::istringstream input("word");
-    std::FILE* output = std::tmpfile();
+    const orvanta_tests::scratch_folder folder;
+    const std::string path = folder.file("output");
+    std::FILE* output = std::fopen(path.c_str(), "wb");
     ASSERT_NE(nullptr, output);
     ASSERT_EQ(0, std::setvbuf(output, nullptr, _IOFBF, 4096));
     console terminal(input, output, output);
     std::fputs("from elsewhere", output);
     (void)terminal.read_word();
-    char seen[32]{};
-    const ssize_t size = pread(fileno(output), seen, sizeof(seen), 0);
-    EXPECT_EQ("from elsewhere", std::string(seen, size > 0 ? static_cast<std::size_t>(size) : 0));
+    std::ifstream file(path);
+    EXPECT_EQ("from elsewhere", std::string(std::istreambuf_iterator<char>(file), {}));
     std::fclose(output);
 }
 

@@ -48,6 +48,8 @@ TEST(tool_connect, logs_the_port_and_the_connection) {
     tool_process tool;
     tool.exchange("", banner + main_menu);
     EXPECT_THAT(tool.logged(), ElementsAre(StartsWith("Connected: cid[77], pid:["), attempt(0, "nil")));
+    tool.program.type("4\n");
+    tool.expect_end(succeeded);
 }
 
 TEST(tool_connect, takes_the_first_port_that_is_free) {

@@ -3,7 +3,6 @@
 #include "app/support/tool_process.hpp"
 #include "app/support/wire.hpp"
 
-#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -45,16 +44,6 @@ TEST_F(tool_end, comes_with_the_end_of_input_at_a_number) {
     tool.program.close_input();
     tool.expect_end(aborted);
     EXPECT_THAT(tool.program.rest_of_errors(), HasSubstr("invalid stof argument"));
-}
-
-TEST_F(tool_end, comes_with_the_end_of_input_at_a_terminal) {
-    tool_process tool(attachment::pseudo_terminal);
-    tool.exchange("", banner + main_menu);
-    tool.exchange("\n\n", "");
-    tool.program.type("\x04");
-    const ending seen = tool.program.wait();
-    EXPECT_EQ(aborted, seen);
-    EXPECT_THAT(tool.program.rest(), HasSubstr("invalid stoi argument"));
 }
 
 TEST_F(tool_end, comes_with_a_number_beyond_32_bits) {
@@ -116,21 +105,6 @@ TEST_F(tool_end, waits_for_the_service_to_confirm_its_goodbye_no_longer_than_a_m
     tool.program.type("4\n");
     tool.expect_end(succeeded);
     EXPECT_EQ(datagram(" FF 05 0000 00"), service.next(5));
-}
-
-TEST_F(tool_end, is_that_of_any_program_whose_output_is_closed) {
-    tool_process tool(attachment::pipes);
-    tool.exchange("", banner + main_menu);
-    tool.program.close_output();
-    tool.program.type("5\n");
-    EXPECT_EQ((ending{-1, SIGPIPE}), tool.program.wait());
-}
-
-TEST_F(tool_end, comes_with_an_interrupt_from_the_terminal) {
-    tool_process tool(attachment::pseudo_terminal);
-    tool.exchange("", banner + main_menu);
-    tool.program.type("\x03");
-    EXPECT_EQ((ending{-1, SIGINT}), tool.program.wait());
 }
 
 TEST_F(tool_end, comes_with_the_close_of_a_device_after_the_service_said_goodbye) {

@@ -5,7 +5,6 @@
 #include "simulator/running_simulator.hpp"
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <future>
 #include <gtest/gtest.h>
@@ -41,7 +40,7 @@ class a_service_that_dies : public testing::Test {
     }
 
     void kill() {
-        service->send_signal(SIGKILL);
+        service->kill();
         EXPECT_EQ(service->wait_for_end().status, -1);
     }
 
@@ -90,7 +89,7 @@ class a_service_that_dies : public testing::Test {
 
     // A goodbye ends the thread and the connection with 3.
     void is_told_to_end() {
-        service->send_signal(SIGTERM);
+        service->terminate();
         EXPECT_EQ(service->wait_for_end().status, 0);
         wait_until("the thread's end", [&] { return client->thread_result() != 0; });
         EXPECT_TRUE(client->dismissed);
@@ -102,7 +101,7 @@ class a_service_that_dies : public testing::Test {
     // The walk through the local ports meets the next service, unless it is at its end by then.
     void hangs_and_is_killed_while_a_client_connects() {
         client.reset();
-        service->send_signal(SIGSTOP);
+        service->suspend();
         client = std::make_unique<running_client>();
         const auto begun = steady::now();
         auto attempt = std::async(std::launch::async, [&] { return client->connect(walk_timeout_ns); });

@@ -8,7 +8,6 @@
 #include "faults/situations.hpp"
 #include "vantu/orvanta/orvanta.h"
 
-#include <csignal>
 #include <gtest/gtest.h>
 #include <ostream>
 #include <string>

@@ -1,10 +1,9 @@
-// The simulator as a program with --interactive: at a terminal, and with a script on its standard input.
+// The simulator as a program with --interactive and a script on its standard input.
 #include "app/support/child_process.hpp"
 #include "simulator/test_client.hpp"
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,11 +12,11 @@ namespace {
 
 using orvanta_test::attachment;
 using orvanta_test::child_process;
-using orvanta_test::ending;
+using orvanta_test::killed;
+using orvanta_test::succeeded;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const ending succeeded{0, 0};
 const bytes goodbye_of_the_service = datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}});
 
 std::vector<std::string> command(std::vector<std::string> options) {
@@ -40,30 +39,6 @@ void connect(test_client& client) {
     EXPECT_FALSE(client.receive_until(16).empty());
 }
 
-TEST(the_console, answers_verbs_at_a_terminal_and_ends_with_quit) {
-    child_process program(command({"--seed", "42"}), attachment::pseudo_terminal);
-    (void)program.read_until("seed 42\r\n> ");
-    program.type("drop 0.3\n");
-    EXPECT_THAT(program.read_until("> "), HasSubstr("ok\r\n"));
-    program.type("status\n");
-    const std::string status = program.read_until("> ");
-    EXPECT_THAT(status, HasSubstr("42"));
-    EXPECT_THAT(status, HasSubstr("drop @p=0.3: fits 0, happened 0"));
-    program.type("dorp 0.3\n");
-    const std::string refusal = program.read_until("> ");
-    EXPECT_THAT(refusal, HasSubstr("error: "));
-    EXPECT_THAT(refusal, HasSubstr("drop"));
-    program.type("quit\n");
-    EXPECT_EQ(succeeded, program.wait());
-}
-
-TEST(the_console, ends_at_the_end_of_what_is_typed) {
-    child_process program(command({}), attachment::pseudo_terminal);
-    (void)program.read_until("> ");
-    program.type("\x04");
-    EXPECT_EQ(succeeded, program.wait());
-}
-
 TEST(the_console, shows_no_prompt_to_a_script_and_serves_on_behind_its_end) {
     child_process program(command({}), attachment::pipes);
     const std::string port = port_of(program);
@@ -72,9 +47,8 @@ TEST(the_console, shows_no_prompt_to_a_script_and_serves_on_behind_its_end) {
     EXPECT_EQ(program.read_until("ok\nok\nok\n"), "ok\nok\nok\n");
     test_client client("127.0.0.1", port);
     connect(client);
-    program.send_signal(SIGTERM);
-    EXPECT_EQ(client.receive_until(6), goodbye_of_the_service);
-    EXPECT_EQ(succeeded, program.wait());
+    program.kill();
+    EXPECT_EQ(killed, program.wait());
     EXPECT_EQ(program.rest(), "");
     EXPECT_EQ(program.rest_of_errors(), "");
 }
@@ -119,8 +93,8 @@ TEST(the_console, is_there_for_those_alone_who_ask_for_it) {
     program.type("quit\n");
     program.close_input();
     connect(client);
-    program.send_signal(SIGTERM);
-    EXPECT_EQ(succeeded, program.wait());
+    program.kill();
+    EXPECT_EQ(killed, program.wait());
     EXPECT_EQ(program.rest(), "");
 }
 

@@ -1,6 +1,7 @@
 // The command line, without a program around it.
 #include "simulator/control/options.hpp"
 
+#include "simulator/contains_regex.hpp"
 #include "simulator/control/scenario.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 
@@ -13,7 +14,6 @@ namespace simulator_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
-using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -221,7 +221,7 @@ TEST(options, show_every_verb_and_every_member_and_event_of_scenarios) {
         EXPECT_THAT(console, HasSubstr("\n  " + std::string(row.name) + ' '));
     }
     for (const fault_row& row : faults) {
-        EXPECT_THAT(console, ContainsRegex("[ \n]" + std::string(row.name) + "[ \n]"));
+        EXPECT_THAT(console, contains_regex("[ \n]" + std::string(row.name) + "[ \n]"));
     }
     const std::string scenario = shown({"--help", "scenario"});
     for (const auto member : scenario_members::scenario) {
@@ -240,7 +240,7 @@ TEST(options, show_every_verb_and_every_member_and_event_of_scenarios) {
         EXPECT_THAT(scenario, HasSubstr('"' + std::string(member) + "\":"));
     }
     for (const scenario_event_row& row : scenario_events) {
-        EXPECT_THAT(scenario, ContainsRegex("after .*" + std::string(row.name)));
+        EXPECT_THAT(scenario, contains_regex("after .*" + std::string(row.name)));
     }
 }
 

@@ -1,4 +1,5 @@
 // The manual pages and docs/simulator.md against the tables that options, verbs, faults and scenarios go by.
+#include "simulator/contains_regex.hpp"
 #include "simulator/control/help_text.hpp"
 #include "simulator/control/options.hpp"
 #include "simulator/control/scenario.hpp"
@@ -54,8 +55,8 @@ TEST(the_pages, have_every_option) {
     const auto names = option_names();
     EXPECT_EQ(names.size(), 13U);
     for (const std::string& name : names) {
-        EXPECT_THAT(program_page, testing::ContainsRegex("\n[.]It Fl -" + name + "[ \n]"));
-        EXPECT_THAT(document, testing::ContainsRegex("\n[|] `--" + name + "[ `]"));
+        EXPECT_THAT(program_page, contains_regex("\n[.]It Fl -" + name + "[ \n]"));
+        EXPECT_THAT(document, contains_regex("\n[|] `--" + name + "[ `]"));
     }
 }
 
@@ -65,7 +66,7 @@ TEST(the_pages, have_every_fault_with_its_effect_and_example) {
     for (const fault_row& row : faults) {
         const std::string name(row.name);
         const std::string example(row.example);
-        EXPECT_THAT(page, testing::ContainsRegex("[.]It Fl -" + name + "( (Op )?Ar [^.]*)? [.A-Z]")) << name;
+        EXPECT_THAT(page, contains_regex("[.]It Fl -" + name + "( (Op )?Ar [^.]*)? [.A-Z]")) << name;
         EXPECT_THAT(page, HasSubstr(' ' + sentence(row.effect) + ' ')) << name;
         EXPECT_THAT(page, HasSubstr("Example: .Ql --" + name + ' ' + example + ' '));
         EXPECT_THAT(rows, HasSubstr("| `" + name + "` |"));
@@ -76,8 +77,8 @@ TEST(the_pages, have_every_fault_with_its_effect_and_example) {
 TEST(the_pages, have_every_verb) {
     for (const verb_row& row : verbs) {
         const std::string name(row.name);
-        EXPECT_THAT(program_page, testing::ContainsRegex("\n[.]It Ic " + name + "[ \n]"));
-        EXPECT_THAT(document, testing::ContainsRegex("\n[|] `" + name + "[ `]"));
+        EXPECT_THAT(program_page, contains_regex("\n[.]It Ic " + name + "[ \n]"));
+        EXPECT_THAT(document, contains_regex("\n[|] `" + name + "[ `]"));
     }
     for (const std::string setting : {"gravity", "torque", "handedness"}) {
         EXPECT_THAT(program_page, HasSubstr("\n.It Ic set Ar id Cm " + setting + ' '));
@@ -94,8 +95,8 @@ TEST(the_pages, have_every_topic_of_the_help) {
 
 TEST(the_pages, have_every_member_and_event_of_scenarios) {
     const auto has_member = [](std::string_view member, const std::string& where = "[.]It Va ") {
-        EXPECT_THAT(scenario_page, testing::ContainsRegex('\n' + where + std::string(member) + "[ \n]"));
-        EXPECT_THAT(document, testing::ContainsRegex("\n[|][^|]*`" + std::string(member) + "`[^\n]*\n"));
+        EXPECT_THAT(scenario_page, contains_regex('\n' + where + std::string(member) + "[ \n]"));
+        EXPECT_THAT(document, contains_regex("\n[|][^|]*`" + std::string(member) + "`[^\n]*\n"));
     };
     for (const std::string_view member : scenario_members::scenario) {
         has_member(member);

@@ -1,12 +1,11 @@
-// The simulator as a program: its lines, its signals, its exit statuses, its state file.
+// The simulator as a program: its lines, its exit statuses, its state file.
 #include "network/socket.hpp"
 #include "simulator/running_simulator.hpp"
 #include "simulator/service/saved_state.hpp"
 #include "simulator/test_client.hpp"
+#include "support/scratch_folder.hpp"
 
 #include <algorithm>
-#include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -26,14 +25,7 @@ const bytes query_gravity = datagram({{0xFF, 0x42, 0x04, 0x00, 0x04, 0x01, 0x00,
 
 class the_program : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "simulator_run_XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
-    std::filesystem::path folder;
+    orvanta_tests::scratch_folder folder;
 };
 
 void connect_and_open(test_client& client) {
@@ -43,31 +35,29 @@ void connect_and_open(test_client& client) {
     EXPECT_FALSE(client.receive_until(19).empty());
 }
 
-TEST_F(the_program, says_goodbye_to_its_clients_on_either_signal_and_ends_with_0) {
-    for (const int number : {SIGTERM, SIGINT}) {
-        running_simulator tested({"--port", "0"});
-        test_client client("127.0.0.1", tested.port());
-        connect_and_open(client);
-        tested.send_signal(number);
-        EXPECT_EQ(client.receive_until(6), datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}}));
-        const auto end = tested.wait_for_end();
-        EXPECT_EQ(end.status, 0);
-        EXPECT_EQ(end.output, "");
-        EXPECT_EQ(end.errors, "");
-    }
+TEST_F(the_program, says_goodbye_to_its_clients_when_it_is_told_to_quit_and_ends_with_0) {
+    running_simulator tested({"--port", "0", "--interactive"});
+    test_client client("127.0.0.1", tested.port());
+    connect_and_open(client);
+    tested.quit();
+    EXPECT_EQ(client.receive_until(6), datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}}));
+    const auto end = tested.wait_for_end();
+    EXPECT_EQ(end.status, 0);
+    EXPECT_EQ(end.output, "ok\n");
+    EXPECT_EQ(end.errors, "");
 }
 
 TEST_F(the_program, tells_with_verbose_of_connects_opens_sets_saves_and_errors) {
-    running_simulator tested({"--port", "0", "--verbose", "--rate", "0"});
+    running_simulator tested({"--port", "0", "--verbose", "--rate", "0", "--interactive"});
     test_client client("127.0.0.1", tested.port());
     connect_and_open(client);
     client.send(set_half);
     client.send(save_first);
     client.send(datagram({{0xFF, 0xF1, 0x00, 0x00, 0x09}}));
     EXPECT_FALSE(client.receive_until(240).empty());
-    tested.send_signal(SIGTERM);
+    tested.quit();
     const auto end = tested.wait_for_end();
-    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.output, "ok\n");
     for (const char* part :
          {"connected, 'tester', process 16909060\n", "opened device 1\n",
           "set gravity compensation of device 1 on, factor 0.5\n", "saved the configuration of device 1\n",
@@ -109,7 +99,7 @@ TEST_F(the_program, shows_help_and_version_on_standard_output_and_ends_with_0) {
 }
 
 TEST_F(the_program, ends_with_1_and_one_line_when_the_state_file_is_wrong_and_leaves_it_alone) {
-    const std::string path = (folder / "state.json").string();
+    const std::string path = folder.file("state.json");
     const std::string text = "{\"version\": 7, \"devices\": {}}";
     std::ofstream(path) << text;
     const auto end = running_simulator({"--port", "0", "--state", path}).wait_for_end();
@@ -121,9 +111,9 @@ TEST_F(the_program, ends_with_1_and_one_line_when_the_state_file_is_wrong_and_le
 }
 
 TEST_F(the_program, begins_with_what_was_saved_and_not_with_what_was_only_set) {
-    const std::string path = (folder / "state.json").string();
+    const std::string path = folder.file("state.json");
     {
-        running_simulator first({"--port", "0", "--state", path, "--rate", "0"});
+        running_simulator first({"--port", "0", "--state", path, "--rate", "0", "--interactive"});
         test_client client("127.0.0.1", first.port());
         connect_and_open(client);
         client.send(set_half);
@@ -135,7 +125,7 @@ TEST_F(the_program, begins_with_what_was_saved_and_not_with_what_was_only_set) {
         client.send(
             datagram({{0xFF, 0x43, 0x09, 0x00, 0x02, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}}));
         EXPECT_FALSE(client.receive_until(66).empty());
-        first.send_signal(SIGTERM);
+        first.quit();
         EXPECT_EQ(first.wait_for_end().status, 0);
     }
     running_simulator second({"--port", "0", "--state", path, "--rate", "0"});
@@ -147,21 +137,22 @@ TEST_F(the_program, begins_with_what_was_saved_and_not_with_what_was_only_set) {
 }
 
 TEST_F(the_program, reports_a_save_that_fails_to_the_client_and_on_standard_error) {
-    const std::string path = (folder / "state.json").string();
-    running_simulator tested({"--port", "0", "--state", path, "--rate", "0"});
+    const std::string path = folder.file("state.json");
+    running_simulator tested({"--port", "0", "--state", path, "--rate", "0", "--interactive"});
     test_client client("127.0.0.1", tested.port());
     connect_and_open(client);
     std::filesystem::create_directory(path + ".new");
     client.send(save_first);
     EXPECT_EQ(client.receive_until(240),
               datagram({{0xFF, 0xF0, 0x05, 0x00, 0x03, 0x01, 0x00, 0x00, 0x00, 0xD0}}));
-    tested.send_signal(SIGTERM);
-    EXPECT_EQ(tested.wait_for_end().errors,
-              "orvanta-simulator: cannot create " + path + ".new: Is a directory\n");
+    tested.quit();
+    const std::string errors = tested.wait_for_end().errors;
+    EXPECT_THAT(errors, StartsWith("orvanta-simulator: cannot create " + path + ".new: "));
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1);
 }
 
 TEST_F(the_program, killed_in_the_midst_of_saving_leaves_a_whole_file) {
-    const std::string path = (folder / "state.json").string();
+    const std::string path = folder.file("state.json");
     for (int round = 0; round < 5; ++round) {
         running_simulator tested({"--port", "0", "--state", path, "--rate", "0"});
         test_client client("127.0.0.1", tested.port());
@@ -173,8 +164,8 @@ TEST_F(the_program, killed_in_the_midst_of_saving_leaves_a_whole_file) {
         for (int i = 0; i <= round; ++i) {
             EXPECT_FALSE(client.receive_until(64).empty());
         }
-        tested.send_signal(SIGKILL);
-        EXPECT_EQ(tested.wait_for_end().status, -1);
+        tested.kill();
+        EXPECT_EQ(tested.wait_for_end().status, orvanta_test::killed.code);
         std::vector<vantu::orvanta::simulator::device> devices =
             vantu::orvanta::simulator::make_devices(1, 0);
         EXPECT_NO_THROW(vantu::orvanta::simulator::saved_state(path).apply_to(devices));
@@ -199,7 +190,7 @@ TEST_F(the_program, says_port_and_seed) {
 }
 
 TEST_F(the_program, begins_with_the_devices_and_the_seed_of_a_scenario) {
-    const std::string path = (folder / "desk.json").string();
+    const std::string path = folder.file("desk.json");
     std::ofstream(path) << R"({"version": 1, "seed": 5, "devices": [{"type": "palmetron"}],
         "steps": [{"after": "connect", "do": "goodbye"}]})";
     running_simulator tested({"--port", "0", "--scenario", path});
@@ -213,7 +204,7 @@ TEST_F(the_program, begins_with_the_devices_and_the_seed_of_a_scenario) {
 }
 
 TEST_F(the_program, ends_with_0_and_a_goodbye_when_a_scenario_says_quit) {
-    const std::string path = (folder / "desk.json").string();
+    const std::string path = folder.file("desk.json");
     std::ofstream(path) << R"({"version": 1, "steps": [{"after": "open", "do": ["status", "quit"]}]})";
     running_simulator tested({"--port", "0", "--scenario", path, "--rate", "0"});
     test_client client("127.0.0.1", tested.port());
@@ -228,7 +219,7 @@ TEST_F(the_program, ends_with_0_and_a_goodbye_when_a_scenario_says_quit) {
 }
 
 TEST_F(the_program, ends_with_1_and_one_line_when_a_scenario_is_wrong) {
-    const std::string path = (folder / "desk.json").string();
+    const std::string path = folder.file("desk.json");
     std::ofstream(path) << "{\n  \"version\": 1,\n  \"steps\": [{\"at\": 0, \"do\": \"plug mouse\"}]\n}\n";
     const auto end = running_simulator({"--port", "0", "--scenario", path}).wait_for_end();
     EXPECT_EQ(end.status, 1);
@@ -238,7 +229,7 @@ TEST_F(the_program, ends_with_1_and_one_line_when_a_scenario_is_wrong) {
 }
 
 TEST_F(the_program, ends_with_2_and_one_line_when_devices_are_counted_beside_a_scenario_that_names_them) {
-    const std::string path = (folder / "desk.json").string();
+    const std::string path = folder.file("desk.json");
     std::ofstream(path) << R"({"version": 1, "devices": []})";
     const auto end =
         running_simulator({"--port", "0", "--scenario", path, "--palmetron", "2"}).wait_for_end();

@@ -1,8 +1,9 @@
 // The simulator's program as a child process of the test.
 #pragma once
 
+#include "app/support/child_process.hpp"
+
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace simulator_tests {
@@ -10,22 +11,23 @@ namespace simulator_tests {
 class running_simulator {
   public:
     explicit running_simulator(const std::vector<std::string>& arguments);
-    // Kills what still runs.
-    ~running_simulator();
-    running_simulator(const running_simulator&) = delete;
-    running_simulator& operator=(const running_simulator&) = delete;
 
-    // Waits for the lines that tell port and seed; empty when the program ends without
-    // it.
+    // Waits for the lines that tell port and seed; empty, and the test fails, when the program ends
+    // without them.
     [[nodiscard]] std::string port();
 
     // The seed of the same lines.
     [[nodiscard]] std::string seed();
 
-    void send_signal(int number) const;
+    // Has one with --interactive end.
+    void quit() { program_.type("quit\n"); }
+    void interrupt() { program_.interrupt(); }
+    void terminate() { program_.terminate(); }
+    void kill() { program_.kill(); }
+    void suspend() { program_.suspend(); }
 
     struct ending {
-        int status;         // the exit status; -1 after a signal that was not handled
+        int status;         // the exit status, or that of orvanta_test::killed
         std::string output; // what has not been read yet
         std::string errors;
     };
@@ -35,11 +37,9 @@ class running_simulator {
   private:
     void read_start();
 
+    orvanta_test::child_process program_;
     std::string port_;
     std::string seed_;
-    pid_t process_{-1};
-    int output_{-1};
-    int errors_{-1};
 };
 
 } // namespace simulator_tests

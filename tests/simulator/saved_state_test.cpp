@@ -2,8 +2,8 @@
 #include "simulator/service/saved_state.hpp"
 
 #include "simulator/service/durable_file.hpp"
+#include "support/scratch_folder.hpp"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -20,17 +20,8 @@ using testing::StartsWith;
 
 constexpr const char* first_uuid = "6e2b84105f3c4d719a03c53800000001";
 
-// A folder of the test's own, gone with it.
 class state_file : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "simulator_state_XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-        path = (folder / "state.json").string();
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
     void write(const std::string& text) const { std::ofstream(path, std::ios::binary) << text; }
     [[nodiscard]] std::string read() const {
         std::ifstream stream(path, std::ios::binary);
@@ -45,11 +36,12 @@ class state_file : public testing::Test {
         return "";
     }
     [[nodiscard]] std::size_t files() const {
-        return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+        return static_cast<std::size_t>(
+            std::distance(std::filesystem::directory_iterator(folder.path()), {}));
     }
 
-    std::filesystem::path folder;
-    std::string path;
+    orvanta_tests::scratch_folder folder;
+    std::string path{folder.file("state.json")};
 };
 
 configuration unusual() {
@@ -123,12 +115,12 @@ TEST_F(state_file, keeps_what_was_saved_last) {
 }
 
 TEST_F(state_file, without_its_folder_is_refused_at_the_start) {
-    path = (folder / "nowhere" / "state.json").string();
+    path = (folder.path() / "nowhere" / "state.json").string();
     EXPECT_EQ(refusal_of_load(), path + ": its folder is not there");
 }
 
 TEST_F(state_file, that_is_a_folder_is_refused) {
-    path = folder.string();
+    path = folder.path().string();
     EXPECT_EQ(refusal_of_load(), path + ": no regular file");
 }
 
@@ -139,7 +131,7 @@ TEST_F(state_file, that_cannot_be_replaced_is_told_and_stays_as_it_is) {
     const std::string before = read();
     std::filesystem::create_directory(path + ".new");
     devices[0].settings = unusual();
-    EXPECT_EQ(state.keep(devices[0]), "cannot create " + path + ".new: Is a directory");
+    EXPECT_THAT(state.keep(devices[0]), StartsWith("cannot create " + path + ".new: "));
     EXPECT_EQ(read(), before);
     std::filesystem::remove(path + ".new");
     // What failed is not saved along with the next device.
@@ -153,12 +145,6 @@ TEST_F(state_file, cannot_replace_a_folder_and_leaves_no_temporary_file) {
     std::filesystem::create_directory(path);
     EXPECT_THAT(replace_file(path, "text"), StartsWith("cannot replace " + path + ": "));
     EXPECT_EQ(files(), 1U);
-}
-
-TEST_F(state_file, on_a_full_device_is_told) {
-    std::filesystem::create_symlink("/dev/full", path + ".new");
-    EXPECT_EQ(replace_file(path, "text"), "cannot write " + path + ".new: No space left on device");
-    EXPECT_EQ(files(), 0U);
 }
 
 TEST_F(state_file, that_is_wrong_is_told_in_one_line_with_path_and_reason) {

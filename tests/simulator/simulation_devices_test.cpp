@@ -1,5 +1,6 @@
 // Devices that come, go and remember, in a simulation.
 #include "simulator/simulation_bench.hpp"
+#include "support/scratch_folder.hpp"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -158,16 +159,9 @@ TEST(a_configuration_set_by_hand, is_seen_by_clients_that_ask_and_its_hand_is_to
 
 class with_a_state_file : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "simulation_XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
+    [[nodiscard]] std::string path() const { return folder.file("state.json"); }
 
-    [[nodiscard]] std::string path() const { return (folder / "state.json").string(); }
-
-    std::filesystem::path folder;
+    orvanta_tests::scratch_folder folder;
 };
 
 TEST_F(with_a_state_file, what_is_saved_is_there_in_the_next_simulation) {

@@ -1,8 +1,7 @@
 // What can be asked of a simulator in a user's program, and what it refuses.
 #include "simulator_library/simulated_client.hpp"
+#include "support/scratch_folder.hpp"
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <limits>
@@ -31,20 +30,13 @@ template <typename Wrong, typename Function> std::string refusal_of(Function fun
 
 class in_a_folder : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string pattern = (std::filesystem::temp_directory_path() / "simulator_library_XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
     // A file of that text.
     [[nodiscard]] std::string file(const std::string& name, const std::string& text) const {
-        std::ofstream((folder / name).string()) << text;
-        return (folder / name).string();
+        std::ofstream(folder.file(name)) << text;
+        return folder.file(name);
     }
 
-    std::filesystem::path folder;
+    orvanta_tests::scratch_folder folder;
 };
 
 TEST(a_command, shows_what_it_has_to_show) {
@@ -162,7 +154,7 @@ TEST(a_seed, is_told_and_differs_by_chance) {
 
 TEST_F(in_a_folder, a_state_file_outlives_the_simulator) {
     service_simulator::settings wanted = by_hand();
-    wanted.state_path = (folder / "state.json").string();
+    wanted.state_path = folder.file("state.json");
     {
         service_simulator service(wanted);
         simulated_client client(service);

@@ -1,15 +1,16 @@
 // A service in the test process.
 #include "app/support/fake_service.hpp"
 
-#include <arpa/inet.h>
 #include <chrono>
-#include <poll.h>
+#include <optional>
 #include <stdexcept>
-#include <unistd.h>
 #include <utility>
 
 namespace orvanta_test {
 namespace {
+
+using orvanta_tests::udp_datagram;
+using orvanta_tests::udp_socket;
 
 constexpr std::uint8_t keep_alive_code = 1;
 constexpr std::uint8_t connect_code = 3;
@@ -17,92 +18,50 @@ constexpr std::uint8_t disconnect_code = 5;
 constexpr std::size_t code_offset = 7;
 constexpr auto patience = std::chrono::minutes(1);
 
-int bound_socket(const sockaddr* address, socklen_t length) {
-    const int descriptor = socket(address->sa_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (descriptor < 0) {
-        return -1;
-    }
-    const int only = 1;
-    if (address->sa_family == AF_INET6) {
-        setsockopt(descriptor, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof(only));
-    }
-    if (bind(descriptor, address, length) != 0) {
-        close(descriptor);
-        return -1;
-    }
-    return descriptor;
-}
-
-int bound_v4(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return bound_socket(reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-}
-
-int bound_v6(std::uint16_t port) {
-    sockaddr_in6 address{};
-    address.sin6_family = AF_INET6;
-    address.sin6_port = htons(port);
-    address.sin6_addr = in6addr_loopback;
-    return bound_socket(reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-}
-
-bool has_v6() {
-    const int probe = bound_v6(0);
-    if (probe < 0) {
-        return false;
-    }
-    close(probe);
-    return true;
-}
-
-std::uint16_t port_of(int descriptor) {
-    sockaddr_in address{};
-    socklen_t length = sizeof(address);
-    getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length);
-    return ntohs(address.sin_port);
-}
-
 // One socket a family on the same port; none when the port is taken in either.
-std::vector<int> bound_pair(std::uint16_t port) {
-    const int first = bound_v4(port);
-    if (first < 0) {
-        return {};
+std::vector<udp_socket> bound_pair(std::uint16_t port) {
+    std::vector<udp_socket> pair;
+    std::optional<udp_socket> first = udp_socket::bound_to("127.0.0.1", std::to_string(port));
+    if (!first) {
+        return pair;
     }
-    if (!has_v6()) {
-        return {first};
+    if (udp_socket::bound_to("::1", "0")) {
+        std::optional<udp_socket> second = udp_socket::bound_to("::1", first->port());
+        if (!second) {
+            return pair;
+        }
+        pair.push_back(std::move(*second));
     }
-    const int second = bound_v6(port_of(first));
-    if (second < 0) {
-        close(first);
-        return {};
+    pair.push_back(std::move(*first));
+    return pair;
+}
+
+udp_socket any_socket() {
+    std::optional<udp_socket> socket = udp_socket::bound_to("127.0.0.1", "0");
+    if (!socket) {
+        throw std::runtime_error("there is no socket to be had");
     }
-    return {first, second};
+    return std::move(*socket);
 }
 
 } // namespace
 
-fake_service::fake_service(std::uint16_t port) {
-    const int attempts = port == 0 ? 100 : 1;
-    for (int i = 0; i < attempts && sockets_.empty(); ++i) {
-        sockets_ = bound_pair(port);
+fake_service::fake_service(std::uint16_t port) : wake_(any_socket()) {
+    // A program that was killed may still be giving the port back.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    for (sockets_ = bound_pair(port); sockets_.empty(); sockets_ = bound_pair(port)) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            throw std::runtime_error("the service's port is taken: " + std::to_string(port));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    if (sockets_.empty() || pipe(wake_.data()) != 0) {
-        throw std::runtime_error("the service's port is taken: " + std::to_string(port));
-    }
-    port_ = port_of(sockets_.front());
     thread_ = std::thread([this] { serve(); });
 }
 
 fake_service::~fake_service() {
-    close(wake_[1]);
-    thread_.join();
-    close(wake_[0]);
-    for (const int descriptor : sockets_) {
-        close(descriptor);
+    while (!wake_.send({0}, wake_.address())) {
     }
+    thread_.join();
 }
 
 void fake_service::answer(std::uint8_t code, bytes datagram) {
@@ -144,35 +103,32 @@ datagrams fake_service::requests() {
 }
 
 void fake_service::serve() {
-    std::vector<pollfd> watched{{wake_[0], POLLIN, 0}};
-    for (const int descriptor : sockets_) {
-        watched.push_back({descriptor, POLLIN, 0});
+    std::vector<const udp_socket*> watched{&wake_};
+    for (const udp_socket& socket : sockets_) {
+        watched.push_back(&socket);
     }
     for (;;) {
-        poll(watched.data(), watched.size(), -1);
-        if (watched.front().revents != 0) {
+        const std::vector<bool> ready = udp_socket::wait(watched);
+        if (ready.front()) {
             return;
         }
-        for (const pollfd& entry : watched) {
-            if ((entry.revents & POLLIN) != 0) {
-                take(entry.fd);
+        for (std::size_t i = 1; i < ready.size(); ++i) {
+            if (ready[i]) {
+                take(*watched[i]);
             }
         }
     }
 }
 
-void fake_service::take(int socket) {
-    peer sender{socket, {}, sizeof(sockaddr_storage)};
-    bytes content(2048);
-    const ssize_t size = recvfrom(socket, content.data(), content.size(), 0,
-                                  reinterpret_cast<sockaddr*>(&sender.address), &sender.length);
-    if (size < 0) {
+void fake_service::take(const udp_socket& socket) {
+    std::optional<udp_datagram> received = socket.receive();
+    if (!received) {
         return;
     }
-    content.resize(static_cast<std::size_t>(size));
+    bytes& content = received->content;
     const std::uint8_t code = content.size() > code_offset ? content[code_offset] : std::uint8_t{0};
     const std::lock_guard lock(mutex_);
-    client_ = sender;
+    client_ = {&socket, received->from};
     if (code != keep_alive_code) {
         requests_.push_back(content);
     }
@@ -184,9 +140,7 @@ void fake_service::take(int socket) {
 }
 
 void fake_service::send_locked(const bytes& datagram) {
-    const ssize_t sent = sendto(client_.socket, datagram.data(), datagram.size(), 0,
-                                reinterpret_cast<const sockaddr*>(&client_.address), client_.length);
-    if (sent != static_cast<ssize_t>(datagram.size())) {
+    if (client_.socket == nullptr || !client_.socket->send(datagram, client_.address)) {
         throw std::runtime_error("the service cannot send");
     }
 }

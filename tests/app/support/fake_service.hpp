@@ -2,17 +2,15 @@
 #pragma once
 
 #include "app/support/wire.hpp"
+#include "support/udp_socket.hpp"
 
-#include <array>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <mutex>
-#include <netinet/in.h>
 #include <string>
-#include <sys/socket.h>
 #include <thread>
 #include <vector>
 
@@ -29,7 +27,7 @@ class fake_service {
     fake_service(const fake_service&) = delete;
     fake_service& operator=(const fake_service&) = delete;
 
-    [[nodiscard]] std::string port_text() const { return std::to_string(port_); }
+    [[nodiscard]] std::string port_text() const { return sockets_.front().port(); }
 
     // Sends this datagram whenever an operation of this code arrives.
     void answer(std::uint8_t code, bytes datagram);
@@ -53,18 +51,16 @@ class fake_service {
 
   private:
     struct peer {
-        int socket{-1};
-        sockaddr_storage address{};
-        socklen_t length{0};
+        const orvanta_tests::udp_socket* socket{nullptr};
+        orvanta_tests::udp_address address;
     };
 
     void serve();
-    void take(int socket);
+    void take(const orvanta_tests::udp_socket& socket);
     void send_locked(const bytes& datagram);
 
-    std::uint16_t port_{0};
-    std::vector<int> sockets_;
-    std::array<int, 2> wake_{-1, -1};
+    std::vector<orvanta_tests::udp_socket> sockets_;
+    orvanta_tests::udp_socket wake_; // a datagram to itself ends the thread
 
     std::mutex mutex_;
     std::condition_variable arrived_;

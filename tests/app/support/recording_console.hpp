@@ -32,9 +32,12 @@ class recording_console {
         recording_console* owner;
         std::string text;
         std::FILE* stream;
+
+        void take(std::string_view piece);
     };
-    static ssize_t write(void* cookie, const char* data, std::size_t size);
+    // What reaches the stream is taken by the recorder; one source file a platform.
     static std::FILE* stream_into(recorder& target);
+    static void close(std::FILE* stream);
 
     std::istringstream input_;
     recorder output_{this, {}, stream_into(output_)};

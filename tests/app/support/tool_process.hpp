@@ -4,16 +4,12 @@
 #include "app/support/child_process.hpp"
 #include "app/support/transcripts.hpp"
 
-#include <csignal>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace orvanta_test {
-
-inline constexpr ending aborted{-1, SIGABRT};
-inline constexpr ending succeeded{0, 0};
 
 // A text without the library's log lines.
 [[nodiscard]] std::string without_log_lines(std::string_view text);

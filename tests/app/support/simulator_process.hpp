@@ -1,0 +1,103 @@
+// The simulator at the service's own port, and what the tool shows of its devices.
+#pragma once
+
+#include "app/support/tool_process.hpp"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvanta_test {
+
+class simulator_process {
+  public:
+    explicit simulator_process(std::vector<std::string> options = {})
+        : program_(command(std::move(options)), attachment::pipes) {
+        program_.read_until("listening on port 54320\n");
+    }
+    // Killed, it might not have given the port back yet when the next one starts.
+    ~simulator_process() {
+        if (!has_ended_) {
+            EXPECT_NO_THROW(end());
+        }
+    }
+    simulator_process(const simulator_process&) = delete;
+    simulator_process& operator=(const simulator_process&) = delete;
+
+    // Has the simulator end, with a goodbye.
+    ending end() {
+        program_.type("quit\n");
+        has_ended_ = true;
+        return program_.wait();
+    }
+
+    // Ends it without a word.
+    ending kill() {
+        program_.kill();
+        has_ended_ = true;
+        return program_.wait();
+    }
+
+  private:
+    static std::vector<std::string> command(std::vector<std::string> options) {
+        options.insert(options.begin(), {ORVANTA_SIMULATOR_PATH, "--interactive"});
+        return options;
+    }
+
+    child_process program_;
+    bool has_ended_{false};
+};
+
+inline std::string report_of(const std::string& number) {
+    return "\n\tDevice Type:\tOrvanta3\n\tID:\t\t300" + number +
+           "\n\tUUID:\t\t6E2B8410-5F3C4D71-9A03C538-0000000" + number + "\n" + main_menu;
+}
+
+// The orientation moves all the time: its numbers are not compared.
+inline std::string configuration(const std::string& gravity, const std::string& factor,
+                                 const std::string& torque, const std::string& hand) {
+    return "\n\tOrientation:\n\t   r =  0.0000\n\t   x =  0.0000\n\t   y =  0.0000\n\t   z =  0.0000\n"
+           "\n\tGravity Compensation: \t" +
+           gravity + "\n\t   Scaling Factor:\t" + factor + "\n\n\tTorque Scaling:\t\t" + torque +
+           "\n\n\tHandedness:\t\t" + hand + "\n" + main_menu;
+}
+
+inline void leave(tool_process& tool) {
+    tool.program.type("4\n");
+    const ending seen = tool.program.wait();
+    EXPECT_EQ(succeeded, seen);
+}
+
+inline void find_the_device(tool_process& tool) {
+    tool.exchange("", banner + main_menu);
+    tool.exchange("0\n", "Device Info Updated\n" + main_menu);
+}
+
+inline void configure_the_device(attachment kind) {
+    simulator_process service;
+    tool_process tool(kind);
+    find_the_device(tool);
+    tool.exchange("1\n", report_of("1"));
+    tool.exchange_until("2\n", configuration("On", "0.75", "On", "Right"));
+    tool.exchange("3\n", settings_menu);
+    tool.exchange("0\n", settings_menu);
+    tool.exchange("8\n", main_menu);
+    tool.exchange_until("2\n", configuration("Off", "0.75", "On", "Right"));
+    tool.exchange("3\n", settings_menu);
+    tool.exchange("2\n", scaling_prompt);
+    tool.exchange("0.5\n", settings_menu);
+    tool.exchange("8\n", main_menu);
+    tool.exchange_until("2\n", configuration("Off", "0.50", "On", "Right"));
+    tool.exchange("3\n", settings_menu);
+    tool.exchange("1\n", settings_menu);
+    tool.exchange("3\n", settings_menu);
+    tool.exchange("5\n", settings_menu);
+    tool.exchange("7\n", settings_menu);
+    tool.exchange("8\n", main_menu);
+    tool.exchange_until("2\n", configuration("On", "0.50", "Off", "Left"));
+    leave(tool);
+    EXPECT_EQ(succeeded, service.end());
+}
+
+} // namespace orvanta_test

@@ -1,0 +1,46 @@
+// The simulator as a program with --interactive at a pseudo-terminal.
+#include "app/support/child_process.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace simulator_tests {
+namespace {
+
+using orvanta_test::attachment;
+using orvanta_test::child_process;
+using orvanta_test::succeeded;
+using testing::HasSubstr;
+
+std::vector<std::string> command(std::vector<std::string> options) {
+    const std::vector<std::string> first{SIMULATOR_PROGRAM, "--port", "0", "--interactive"};
+    options.insert(options.begin(), first.begin(), first.end());
+    return options;
+}
+
+TEST(the_console, answers_verbs_at_a_terminal_and_ends_with_quit) {
+    child_process program(command({"--seed", "42"}), attachment::pseudo_terminal);
+    (void)program.read_until("seed 42\r\n> ");
+    program.type("drop 0.3\n");
+    EXPECT_THAT(program.read_until("> "), HasSubstr("ok\r\n"));
+    program.type("status\n");
+    const std::string status = program.read_until("> ");
+    EXPECT_THAT(status, HasSubstr("42"));
+    EXPECT_THAT(status, HasSubstr("drop @p=0.3: fits 0, happened 0"));
+    program.type("dorp 0.3\n");
+    const std::string refusal = program.read_until("> ");
+    EXPECT_THAT(refusal, HasSubstr("error: "));
+    EXPECT_THAT(refusal, HasSubstr("drop"));
+    program.type("quit\n");
+    EXPECT_EQ(succeeded, program.wait());
+}
+
+TEST(the_console, ends_at_the_end_of_what_is_typed) {
+    child_process program(command({}), attachment::pseudo_terminal);
+    (void)program.read_until("> ");
+    program.type("\x04");
+    EXPECT_EQ(succeeded, program.wait());
+}
+
+} // namespace
+} // namespace simulator_tests
