@@ -23,6 +23,8 @@ using steady = std::chrono::steady_clock;
 constexpr double rate_hz = 1000;
 // What a process may gain behind its start: pages of stacks and heaps that are touched for the first time.
 constexpr std::size_t memory_allowed = std::size_t{1} << 20U;
+// What may be open more than at the first look: what the system opens late or for the length of a call.
+constexpr std::size_t handles_allowed = 4;
 
 struct reading {
     double seconds; // since the device was opened
@@ -32,6 +34,16 @@ struct reading {
     std::size_t handles;
     double share; // of a processor, of the polling thread since the device was opened
 };
+
+// What stays open: the system opens handles for the length of a call, which a single count may meet.
+std::size_t lasting_handles() {
+    constexpr int looks = 10;
+    std::size_t least = open_handles();
+    for (int look = 1; look < looks; ++look) {
+        least = std::min(least, open_handles());
+    }
+    return least;
+}
 
 void print(const std::string& line) {
     std::fputs(line.c_str(), stdout);
@@ -49,10 +61,7 @@ void print(const reading& now) {
 void wait_until(steady::time_point deadline, const streaming_client& client) {
     while (steady::now() < deadline) {
         std::this_thread::sleep_for(std::min<steady::duration>(deadline - steady::now(), 100ms));
-        if (client.polling_result() != 0) {
-            throw std::runtime_error(
-                vantu::orvanta::formatted("the polling thread ended with {}", client.polling_result()));
-        }
+        client.check_polling();
     }
 }
 
@@ -79,7 +88,7 @@ bool watch_streaming(steady::duration length, const running_service& service, st
         const double seconds = seconds_since(begin);
         const double polled = static_cast<double>(client.polling_time_ns() - begin_ns) / 1e9;
         return reading{seconds,         service.states_sent(), client.states_received(),
-                       memory_in_use(), open_handles(),        polled / std::max(seconds, 1e-9)};
+                       memory_in_use(), lasting_handles(),     polled / std::max(seconds, 1e-9)};
     };
     print(" seconds       sent  delivered    per s   memory KiB  handles   poll %\n");
     // The first tenth, at most five seconds, in which everything is used for the first time.
@@ -97,10 +106,10 @@ bool watch_streaming(steady::duration length, const running_service& service, st
 
     const bool delivered = last.received > 0 && last.received <= last.sent;
     const bool steady_memory = last.memory <= first.memory + memory_allowed;
-    const bool steady_handles = last.handles <= first.handles;
+    const bool steady_handles = last.handles <= first.handles + handles_allowed;
     print(vantu::orvanta::formatted("lost: {}; memory {}; handles {}\n", last.sent - last.received,
                                     steady_memory ? "constant" : "GROWN",
-                                    steady_handles ? "no more" : "MORE"));
+                                    steady_handles ? "constant" : "GROWN"));
     if (!delivered) {
         print("no states, or more than were sent\n");
     }

@@ -49,6 +49,8 @@ class streaming_client {
     [[nodiscard]] std::int64_t polling_time_ns() const { return meter_->processor_time_ns(); }
     // The code that ended the polling thread; 0 while it runs.
     [[nodiscard]] std::uint32_t polling_result() const { return vantu_orvanta_poll_thread_result(thread_); }
+    // Throws when it has ended.
+    void check_polling() const;
 
   private:
     void listed(unsigned device_id);
