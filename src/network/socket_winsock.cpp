@@ -40,6 +40,7 @@ constexpr std::int64_t ns_per_millisecond = 1'000'000;
 // One report of a closed port is taken by one call; more attempts than two only serve reports that
 // arrive in between.
 constexpr int attempts_past_closed_ports = 8;
+constexpr int send_attempts = 8;
 constexpr WORD winsock_version = 0x0202;
 
 std::string last_error_text() {
@@ -229,13 +230,14 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
 
 socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
     DWORD error = 0;
-    for (int attempt = 0; attempt < attempts_past_closed_ports; ++attempt) {
+    for (int attempt = 0; attempt < send_attempts; ++attempt) {
         if (sendto(socket, reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()), 0,
                    reinterpret_cast<const sockaddr*>(to.address.bytes), to.length) >= 0) {
             return socket_status::ok;
         }
         error = static_cast<DWORD>(WSAGetLastError());
-        if (!is_port_closed(error)) {
+        // Wine refuses so while another thread sends on the socket.
+        if (!is_port_closed(error) && error != WSAEWOULDBLOCK) {
             break;
         }
     }

@@ -47,9 +47,17 @@ TEST_F(winsock_send, delivers_an_empty_datagram) {
 }
 
 TEST_F(winsock_send, without_room_is_would_block_and_consumes_nothing) {
-    calls.fail(winsock_call::sendto, WSAEWOULDBLOCK);
+    calls.fail(winsock_call::sendto, WSAEWOULDBLOCK, 1, scripted_winsock::always);
     EXPECT_EQ(send(), socket_status::would_block);
     EXPECT_EQ(packet.read_len(), 3U);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(winsock_send, goes_out_behind_another_threads) {
+    calls.fail(winsock_call::sendto, WSAEWOULDBLOCK);
+    EXPECT_EQ(send(), socket_status::ok);
+    EXPECT_EQ(calls.count(winsock_call::sendto), 2);
+    EXPECT_TRUE(receiver.wait());
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
