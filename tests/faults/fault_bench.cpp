@@ -1,9 +1,11 @@
 // The client library and a simulation with faults, on real sockets in one process.
 #include "faults/fault_bench.hpp"
 
+#include "faults/system_text.hpp"
 #include "simulator/service/motion.hpp"
 #include "simulator/simulation/verbs.hpp"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <future>
@@ -185,6 +187,7 @@ std::string fault_bench::seen() {
 std::string fault_bench::logged() {
     std::vector<std::string> lines = log_.take_messages();
     std::erase_if(lines, [](const std::string& line) { return line.starts_with("Connected: cid["); });
+    std::transform(lines.begin(), lines.end(), lines.begin(), with_text_of_linux);
     return joined(std::move(lines), " / ", "-");
 }
 

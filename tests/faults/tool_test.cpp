@@ -2,8 +2,10 @@
 #include "app/support/child_process.hpp"
 #include "app/support/tool_process.hpp"
 #include "faults/running_service.hpp"
+#include "faults/system_text.hpp"
 #include "faults/tool_matrix.hpp"
 
+#include <algorithm>
 #include <cctype>
 #include <chrono>
 #include <gmock/gmock.h>
@@ -89,7 +91,7 @@ class tool_session {
         std::string_view rest = output_;
         for (auto at = rest.find(mark); at != std::string_view::npos; at = rest.find(mark)) {
             rest.remove_prefix(at + mark.size());
-            const std::string_view message = rest.substr(0, rest.find('\n'));
+            const std::string message = with_text_of_linux(std::string(rest.substr(0, rest.find('\n'))));
             if (!message.starts_with("Connected: ") && !message.starts_with("Attempted ")) {
                 add(message);
             }

@@ -1,4 +1,5 @@
-// Starts the sockets of the process ahead of all tests, for programs that use them without the client library.
+// Starts the sockets of the process ahead of all tests, for programs that use them without the client
+// library.
 #include "network/socket.hpp"
 
 namespace {
