@@ -25,7 +25,7 @@ constexpr std::uint64_t keep_alive_ns = 3'600'000'000'000;
 constexpr std::uint64_t patience_ns = 30'000'000'000;
 constexpr std::int64_t state_period_ns = 10 * millisecond;
 // More polls than a flood of the tables has datagrams: one that means nothing looks like none at all.
-constexpr int idle_polls = 1100;
+constexpr int polls_past_a_flood = 1100;
 
 simulation_settings settings_with(double rate_hz) {
     simulation_settings settings;
@@ -68,6 +68,9 @@ fault_bench::~fault_bench() {
 }
 
 void fault_bench::tell(std::string_view verb) {
+    if (verb.starts_with("flood")) {
+        idle_polls_ = polls_past_a_flood;
+    }
     const verb_result result = run_verb(simulated, verb);
     EXPECT_TRUE(result.good) << verb << ": " << result.text;
     server_.send_outgoing();
@@ -131,7 +134,7 @@ void fault_bench::pass(std::int64_t step_ns, int steps) {
 
 void fault_bench::take() {
     vantu_orvanta_event event{};
-    for (int idle = 0; connected_ && idle < idle_polls; ++idle) {
+    for (int idle = 0; connected_ && idle < idle_polls_; ++idle) {
         const std::int32_t code = vantu_orvanta_poll(client_->context(), &event);
         if (code == vantu_orvanta_invalid_connection_state) {
             return;

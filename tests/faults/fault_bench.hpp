@@ -68,6 +68,7 @@ class fault_bench {
 
     std::int64_t now_ns_{0};
     std::int64_t first_state_ns_{0};
+    int idle_polls_{50}; // without an event, behind which there is none
     vantu::orvanta::simulator::listeners sockets_{"0"};
     vantu::orvanta::simulator::server server_;
     orvanta_tests::log_capture log_;
