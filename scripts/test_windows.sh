@@ -14,7 +14,8 @@ cmake --build "$root/build/windows" >&2 || fail "building windows failed: see th
 # One server for all tests: each would wait for a new one to start, and for the old one to end.
 export WINEPREFIX=$root/build/windows/wine WINEDEBUG=-all
 mkdir -p "$WINEPREFIX"
-wineserver -p || fail "Wine's server does not start in $WINEPREFIX: end the programs that use it, then try again"
+# What it says at its end of programs that still ran would stand behind the summary.
+wineserver -p 2>"$root/build/windows/wineserver.log" || fail "Wine's server does not start in $WINEPREFIX: end the programs that use it, then try again"
 trap 'wineserver -k || true' EXIT
 
 say "testing under $(wine --version 2>/dev/null || echo Wine)"
