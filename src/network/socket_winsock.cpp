@@ -40,6 +40,7 @@ constexpr std::int64_t ns_per_millisecond = 1'000'000;
 // One report of a closed port is taken by one call; more attempts than two only serve reports that
 // arrive in between.
 constexpr int attempts_past_closed_ports = 8;
+// Past closed ports too, and past other threads that send just then.
 constexpr int send_attempts = 8;
 constexpr WORD winsock_version = 0x0202;
 

@@ -35,19 +35,6 @@ template <typename Condition> void wait_for(Condition condition, const std::stri
     }
 }
 
-// Wine refuses a send, as one that would block, while the polling thread's keep-alive is being sent: such a
-// request is made again.
-template <typename Request> void request_until(Request request, const std::string& what) {
-    std::int32_t code = vantu_orvanta_os_socket_error;
-    wait_for(
-        [&] {
-            code = request();
-            return code != vantu_orvanta_os_socket_error;
-        },
-        what);
-    check_result(code, what);
-}
-
 } // namespace
 
 running_service::running_service(double rate_hz) : simulation_(settings_of(rate_hz)), sockets_("0") {
@@ -108,15 +95,13 @@ void streaming_client::listed(unsigned device_id) {
 }
 
 void streaming_client::open_device() {
-    request_until([this] { return vantu_orvanta_device_open(client_.context(), device_id_, 0, 0); },
-                  "device_open");
+    check_result(vantu_orvanta_device_open(client_.context(), device_id_, 0, 0), "device_open");
     wait_for([this] { return open_ || polling_result() != 0; }, "the opening");
     check_polling();
 }
 
 void streaming_client::close_device() {
-    request_until([this] { return vantu_orvanta_device_close(client_.context(), device_id_, 0); },
-                  "device_close");
+    check_result(vantu_orvanta_device_close(client_.context(), device_id_, 0), "device_close");
     wait_for([this] { return !open_ || polling_result() != 0; }, "the closing");
     check_polling();
 }
