@@ -1,4 +1,4 @@
-// What a client meets under each fault in each situation, as tables written by hand. docs/faults.md shows
+// What a client meets under each fault in each situation, as tables. docs/faults.md shows
 // them, and the tests hold the library and the documents against them.
 #pragma once
 

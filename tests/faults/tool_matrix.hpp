@@ -1,4 +1,4 @@
-// What a user of the tool meets under each fault, as a table written by hand that docs/faults.md shows.
+// What a user of the tool meets under each fault, as a table that docs/faults.md shows.
 #pragma once
 
 #include "faults/matrix.hpp"
