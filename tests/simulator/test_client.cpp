@@ -7,16 +7,6 @@ namespace simulator_tests {
 
 using namespace vantu::orvanta;
 
-namespace {
-
-// Ahead of all tests, those of listeners alone included.
-[[maybe_unused]] const bool sockets_are_started = [] {
-    socket_startup();
-    return true;
-}();
-
-} // namespace
-
 test_client::test_client(const std::string& host, const std::string& service_port) {
     const opened_socket opened = open_bound_socket(host, "0");
     EXPECT_EQ(opened.status, socket_status::ok);
