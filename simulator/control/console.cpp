@@ -2,6 +2,7 @@
 #include "simulator/control/console.hpp"
 
 #include "simulator/faults/words.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <optional>
 #include <utility>
@@ -9,7 +10,6 @@
 namespace vantu::orvanta::simulator {
 namespace {
 
-constexpr std::int64_t ns_of_ms = 1'000'000;
 bool says_nothing(std::string_view line) {
     const std::string_view word = take_word(line);
     return word.empty() || word.front() == '#';
@@ -24,7 +24,7 @@ std::optional<std::int64_t> wait_of(std::string_view line) {
     if (!wait_ms) {
         return std::nullopt;
     }
-    return static_cast<std::int64_t>(*wait_ms) * ns_of_ms;
+    return static_cast<std::int64_t>(*wait_ms) * ns_per_millisecond;
 }
 
 } // namespace

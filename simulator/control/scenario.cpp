@@ -6,6 +6,7 @@
 #include "simulator/faults/words.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -19,10 +20,9 @@ namespace {
 
 constexpr std::uint64_t format_version = 1;
 constexpr std::uint64_t greatest_ms = 1'000'000'000;
-constexpr std::int64_t ns_of_ms = 1'000'000;
 
 std::int64_t milliseconds_of(const located_value& value, const std::string& place) {
-    return static_cast<std::int64_t>(require_whole(value, place, 0, greatest_ms)) * ns_of_ms;
+    return static_cast<std::int64_t>(require_whole(value, place, 0, greatest_ms)) * ns_per_millisecond;
 }
 
 const scenario_event_row& event_named(const located_value& value, const std::string& place) {

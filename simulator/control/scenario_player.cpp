@@ -51,12 +51,12 @@ std::vector<std::string> scenario_player::take_due(std::int64_t now_ns) {
     std::stable_sort(waiting_.begin(), later, [](const waiting_step& left, const waiting_step& right) {
         return left.due_ns < right.due_ns;
     });
-    std::vector<std::string> verbs;
+    std::vector<std::string> due;
     for (auto one = waiting_.begin(); one != later; ++one) {
-        std::move(one->step.verbs.begin(), one->step.verbs.end(), std::back_inserter(verbs));
+        std::move(one->step.verbs.begin(), one->step.verbs.end(), std::back_inserter(due));
     }
     waiting_.erase(waiting_.begin(), later);
-    return verbs;
+    return due;
 }
 
 std::int64_t scenario_player::next_due_ns() const noexcept {

@@ -3,6 +3,7 @@
 #include "simulator/faults/fault_engine.hpp"
 #include "simulator/faults/fault_forgeries.hpp"
 #include "simulator/service/requests.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -13,8 +14,7 @@ using namespace communication;
 
 namespace {
 
-constexpr std::int64_t nanoseconds_of_a_millisecond = 1'000'000;
-constexpr std::int64_t longest_reorder_ns = 100 * nanoseconds_of_a_millisecond;
+constexpr std::int64_t longest_reorder_ns = 100 * ns_per_millisecond;
 
 // More than these wait nowhere: what comes beyond is lost, as where a system's buffers are full.
 constexpr std::size_t most_waiting = 300'000;
@@ -53,7 +53,7 @@ bool asks_for_action(fault_kind kind) {
 std::int64_t drawn_time_ns(const fault_rule& rule, fault_random& chance) {
     const std::uint32_t least = rule.first.value_or(0);
     const std::uint64_t drawn = chance.between(least, std::max(least, rule.last.value_or(least)));
-    return static_cast<std::int64_t>(drawn) * nanoseconds_of_a_millisecond;
+    return static_cast<std::int64_t>(drawn) * ns_per_millisecond;
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // The motion of simulated devices, as sums of sines, and the currents that it takes.
 #include "simulator/service/motion.hpp"
 
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -10,10 +12,6 @@ namespace vantu::orvanta::simulator {
 namespace {
 
 constexpr double full_turn = 2 * std::numbers::pi;
-
-double seconds_of(std::int64_t now_ns) {
-    return static_cast<double>(now_ns) * 1e-9;
-}
 
 // A start of its own for each device of a type, never repeated: multiples of the golden angle.
 double phase_of(const device& which) {

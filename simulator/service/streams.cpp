@@ -2,6 +2,7 @@
 #include "simulator/service/streams.hpp"
 
 #include "simulator/service/motion.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -11,7 +12,7 @@ namespace {
 
 using namespace communication;
 
-constexpr std::int64_t status_period_ns = 1'000'000'000;
+constexpr std::int64_t status_period_ns = ns_per_second;
 
 // The first multiple of the period behind the due time that is still to come: times that were missed
 // are not made up for.

@@ -4,18 +4,13 @@
 #include "network/socket.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 #include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <algorithm>
 #include <cstddef>
 
 namespace vantu::orvanta::simulator {
 namespace {
-
-constexpr double nanoseconds_of_a_second = 1e9;
-
-double seconds_of(std::int64_t time_ns) {
-    return static_cast<double>(time_ns) / nanoseconds_of_a_second;
-}
 
 // Without the zero character that counts as part of it.
 std::string address_text(const peer& of) {
@@ -68,7 +63,7 @@ std::string overview() {
     return text;
 }
 
-std::string fault_help(const fault_row& row) {
+std::string help_of(const fault_row& row) {
     std::string text = formatted("{}: {}\n", row.name, row.effect);
     text += formatted("  {} {}\n", row.name, row.example);
     if (row.to_service != row.to_client) {
@@ -97,9 +92,9 @@ std::string status_text(const simulation& target) {
     for (const device& one : target.devices()) {
         text += device_line(one);
     }
-    const auto rules = target.faults().rules();
-    text += formatted("faults {}\n", rules.size());
-    for (const rule_state& state : rules) {
+    const auto active = target.faults().rules();
+    text += formatted("faults {}\n", active.size());
+    for (const rule_state& state : active) {
         text += formatted("  {}: fits {}, happened {}\n", text_of(state.rule), state.fitted, state.happened);
     }
     for (const fault_row& row : faults) {
@@ -112,7 +107,7 @@ std::string status_text(const simulation& target) {
 
 std::string verb_help_text(std::string_view verb) {
     if (const fault_row* const fault = find_fault(verb); fault != nullptr) {
-        return fault_help(*fault);
+        return help_of(*fault);
     }
     const verb_row* const row = find_verb(verb);
     if (row == nullptr) {

@@ -3,6 +3,7 @@
 
 #include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <algorithm>
 
@@ -62,7 +63,6 @@ void prepare_overlapped_receive(receive_record& record) {
 }
 
 wait_limit wait_limit_of(std::int64_t timeout_ns) {
-    constexpr std::int64_t ns_per_millisecond = 1'000'000;
     return {timeout_ns == 0, std::max<std::int64_t>(timeout_ns / ns_per_millisecond, 0)};
 }
 

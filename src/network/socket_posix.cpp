@@ -5,6 +5,7 @@
 #include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"
 #include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <algorithm>
@@ -26,8 +27,6 @@ namespace {
 
 using namespace socket_shared;
 
-constexpr std::int64_t ns_per_second = 1'000'000'000;
-constexpr std::int64_t ns_per_millisecond = 1'000'000;
 // One reading of the error queue takes every held-back error; more attempts than two only serve errors
 // that arrive in between.
 constexpr int send_attempts = 8;

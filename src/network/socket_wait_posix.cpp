@@ -3,6 +3,7 @@
 
 #include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <algorithm>
@@ -14,7 +15,6 @@
 namespace vantu::orvanta {
 
 bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadline_ns) {
-    constexpr std::int64_t ns_per_second = 1'000'000'000;
     std::vector<pollfd> entries;
     entries.reserve(sockets.size());
     for (const socket_handle socket : sockets) {

@@ -2,10 +2,12 @@
 // a wait for an answer goes on after such news, and while it waits the record belongs to the system.
 #include "network/socket.hpp"
 
+#include "common/utils/waitable_timer_windows.hpp"
 #include "network/error_text_winsock.hpp"
 #include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/diagnostics/assume.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <algorithm>
@@ -36,7 +38,6 @@ static_assert(sizeof(overlapped_state) == sizeof(OVERLAPPED) &&
               offsetof(overlapped_state, event) == offsetof(OVERLAPPED, hEvent));
 static_assert(sizeof(std::uint32_t) == sizeof(DWORD) && sizeof(std::int32_t) == sizeof(INT));
 
-constexpr std::int64_t ns_per_millisecond = 1'000'000;
 // One report of a closed port is taken by one call; more attempts than two only serve reports that
 // arrive in between.
 constexpr int attempts_past_closed_ports = 8;
@@ -131,12 +132,7 @@ socket_status commit(receive_record& record, DWORD length) {
 }
 
 DWORD milliseconds_left(const wait_limit& limit, std::int64_t deadline_ns) {
-    if (limit.without_end) {
-        return INFINITE;
-    }
-    const std::int64_t left_ns = std::max<std::int64_t>(deadline_ns - platform::steady_now_ns(), 0);
-    const std::int64_t left_ms = left_ns / ns_per_millisecond + (left_ns % ns_per_millisecond == 0 ? 0 : 1);
-    return static_cast<DWORD>(std::min<std::int64_t>(left_ms, INFINITE - 1));
+    return limit.without_end ? INFINITE : platform::milliseconds_until(deadline_ns);
 }
 
 // All of these improve the socket and none is needed: a refusal is no failure. Without the second,

@@ -131,11 +131,11 @@ TEST_F(discovery, asks_again_when_the_choice_is_no_position) {
     recording_console console("2 h H 3 x 0\n");
     const std::uint32_t chosen = find_orvanta3(console.terminal(), client);
     EXPECT_TRUE(chosen == 5 || chosen == 6);
-    const std::string prompt = "\tSelect option: \t";
-    const std::string answers = prompt + prompt + prompt + prompt +
+    const std::string select = "\tSelect option: \t";
+    const std::string answers = select + select + select + select +
                                 "\t\t Selection out of range, please try again\n"
                                 "\t\tInvalid input, please provide an number\n" +
-                                prompt + "\t\tInvalid input, please provide an number\n" + prompt;
+                                select + "\t\tInvalid input, please provide an number\n" + select;
     const std::string& output = console.output();
     EXPECT_EQ(answers, output.substr(output.size() - answers.size()));
 }

@@ -30,7 +30,7 @@ constexpr std::uint64_t default_seconds = 2;
 // A service that is kept from running for half a second holds the states of that time at once, 17 MiB; a
 // sanitizer keeps what was freed on top.
 constexpr std::uint64_t most_growth_kib = 1024 * MOST_GROWTH_MIB;
-constexpr std::uint64_t reply_timeout_ns = 5'000'000'000;
+constexpr std::uint64_t patience_ns = 5'000'000'000;
 
 // The service as a program, with its console at a pipe.
 class loaded_service {
@@ -90,7 +90,7 @@ class sixteen_clients : public testing::Test {
         vantu_orvanta_init();
         for (std::size_t i = 0; i < local_ports; ++i) {
             clients.push_back(std::make_unique<running_client>());
-            ASSERT_EQ(clients.back()->connect(reply_timeout_ns), 0);
+            ASSERT_EQ(clients.back()->connect(patience_ns), 0);
         }
     }
 
@@ -112,10 +112,10 @@ class sixteen_clients : public testing::Test {
 
 TEST_F(sixteen_clients, leave_no_port_for_the_next_until_one_of_them_ends) {
     running_client late;
-    EXPECT_EQ(late.connect(reply_timeout_ns), vantu_orvanta_socket_bind_failed);
-    EXPECT_EQ(late.connect(reply_timeout_ns), vantu_orvanta_socket_bind_failed);
+    EXPECT_EQ(late.connect(patience_ns), vantu_orvanta_socket_bind_failed);
+    EXPECT_EQ(late.connect(patience_ns), vantu_orvanta_socket_bind_failed);
     clients[5].reset();
-    EXPECT_EQ(late.connect(reply_timeout_ns), 0);
+    EXPECT_EQ(late.connect(patience_ns), 0);
 }
 
 TEST_F(sixteen_clients, with_a_fast_stream_each_lose_no_datagram) {

@@ -2,8 +2,10 @@
 #include "faults/fault_bench.hpp"
 
 #include "faults/system_text.hpp"
+#include "faults/times.hpp"
 #include "simulator/service/motion.hpp"
 #include "simulator/simulation/verbs.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -21,9 +23,7 @@ using library_client = vantu::orvanta::client; // the simulator has a record of 
 
 namespace {
 
-constexpr std::uint64_t keep_alive_ns = 3'600'000'000'000;
-constexpr std::uint64_t patience_ns = 30'000'000'000;
-constexpr std::int64_t state_period_ns = 10 * millisecond;
+constexpr std::int64_t state_period_ns = 10 * ns_per_millisecond;
 // More polls than a flood of the tables has datagrams: one that means nothing looks like none at all.
 constexpr int polls_past_a_flood = 1100;
 
@@ -34,7 +34,7 @@ simulation_settings settings_with(double rate_hz) {
     return settings;
 }
 
-std::string name_of(std::uint32_t event_type) {
+std::string event_name(std::uint32_t event_type) {
     for (const communication::operation& row : communication::operations) {
         if (row.event_type == event_type) {
             return std::string(row.name);
@@ -79,7 +79,7 @@ void fault_bench::tell(std::string_view verb) {
 void fault_bench::while_serving(const std::function<void()>& blocking) {
     const auto call = std::async(std::launch::async, blocking);
     while (call.wait_for(std::chrono::microseconds(200)) != std::future_status::ready) {
-        now_ns_ += millisecond;
+        now_ns_ += ns_per_millisecond;
         server_.serve_waiting();
     }
     server_.serve_waiting();
@@ -163,7 +163,7 @@ std::string fault_bench::text_of_state(const vantu_orvanta_event& event) const {
 }
 
 void fault_bench::note(const vantu_orvanta_event& event) {
-    std::string text = name_of(event.event_type);
+    std::string text = event_name(event.event_type);
     if (event.event_type == vantu_orvanta_event_cursor_state) {
         text += text_of_state(event);
     }
@@ -196,7 +196,7 @@ std::string fault_bench::logged() {
 
 std::string fault_bench::next() {
     simulated.faults().heal();
-    pass(millisecond, 1);
+    pass(ns_per_millisecond, 1);
     notes.clear();
     if (!connected_) {
         return "connect " + std::to_string(connect(patience_ns));
@@ -206,7 +206,7 @@ std::string fault_bench::next() {
         result =
             answer.result == outcome::failed ? "refused " + std::to_string(answer.error->status) : "opened";
     });
-    pass(millisecond, 2);
+    pass(ns_per_millisecond, 2);
     return code != 0 ? "code " + std::to_string(code) : result;
 }
 

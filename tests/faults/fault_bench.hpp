@@ -17,8 +17,6 @@
 
 namespace fault_tests {
 
-inline constexpr std::int64_t millisecond = 1'000'000;
-
 class fault_bench {
   public:
     // One Orvanta3 with the id 1, whose states come at the rate.

@@ -1,5 +1,6 @@
 // The polling thread under every fault that meets a request: the first code ends it, nothing else does.
 #include "faults/matrix_requesting.hpp"
+#include "faults/times.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "simulator/sockets/server.hpp"
 #include "support/log_capture.hpp"
@@ -19,8 +20,6 @@ using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
 using library_client = vantu::orvanta::client;
 
-constexpr std::uint64_t patience_ns = 30'000'000'000;
-
 // The code that a row of the table ends the thread with: its first one; 3 behind a goodbye; else 0.
 std::uint32_t code_of(const matrix_row& row) {
     constexpr std::string_view mark = "code ";
@@ -38,7 +37,7 @@ class threaded_bench {
     threaded_bench() {
         auto code = std::async(std::launch::async, [this] {
             return vantu_orvanta_connect_ports(client_->context(), "0", sockets_.port().c_str(), "threaded",
-                                               0, 0, 3'600 * patience_ns, patience_ns);
+                                               0, 0, keep_alive_ns, patience_ns);
         });
         EXPECT_TRUE(
             serve_until([&] { return code.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));

@@ -1,6 +1,9 @@
 // The client library and a simulation that plays one of the scenarios that are installed.
 #include "faults/scenario_bench.hpp"
 
+#include "faults/times.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+
 #include <chrono>
 #include <future>
 #include <gtest/gtest.h>
@@ -12,10 +15,6 @@ using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
 
 namespace {
-
-constexpr std::int64_t millisecond = 1'000'000;
-constexpr std::uint64_t keep_alive_ns = 3'600'000'000'000;
-constexpr std::uint64_t patience_ns = 30'000'000'000;
 
 simulation_settings settings_of(const scenario& script) {
     simulation_settings settings;
@@ -94,7 +93,7 @@ library_client::config scenario_bench::callbacks() {
 void scenario_bench::while_serving(const std::function<void()>& blocking) {
     const auto call = std::async(std::launch::async, blocking);
     while (call.wait_for(std::chrono::microseconds(200)) != std::future_status::ready) {
-        now_ns_ += millisecond;
+        now_ns_ += ns_per_millisecond;
         server_.serve_waiting();
     }
     server_.serve_waiting();
@@ -138,7 +137,7 @@ void scenario_bench::poll() {
 
 void scenario_bench::pass(std::int64_t milliseconds) {
     for (std::int64_t i = 0; i < milliseconds; ++i) {
-        now_ns_ += millisecond;
+        now_ns_ += ns_per_millisecond;
         server_.serve_waiting();
         poll();
     }
@@ -155,7 +154,7 @@ void scenario_bench::pass_until(const std::function<bool()>& is_so) {
 handled scenario_bench::outcome_of(std::int64_t since_ns, const std::optional<handled>& result) {
     pass_until([&result] { return result.has_value(); });
     handled seen = result.value_or(handled{});
-    seen.after_ms = (now_ns_ - since_ns) / millisecond;
+    seen.after_ms = (now_ns_ - since_ns) / ns_per_millisecond;
     return seen;
 }
 
@@ -186,7 +185,7 @@ scenario_bench::listing scenario_bench::list(std::size_t room) {
 }
 
 std::int64_t scenario_bench::now_ms() const {
-    return now_ns_ / millisecond;
+    return now_ns_ / ns_per_millisecond;
 }
 
 } // namespace fault_tests

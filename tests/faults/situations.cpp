@@ -2,6 +2,8 @@
 #include "faults/situations.hpp"
 
 #include "faults/fault_bench.hpp"
+#include "faults/times.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +11,8 @@ namespace fault_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
+using vantu::orvanta::ns_per_millisecond;
 
-constexpr std::uint64_t patience_ns = 30'000'000'000;
 constexpr std::uint64_t timeout_ns = 50'000'000;
 constexpr double rate_hz = 100;
 
@@ -26,7 +28,7 @@ fault_kind kind_of(const matrix_row& row) {
 void live_an_earlier_session(fault_bench& bench) {
     bench.enter();
     bench.ask();
-    bench.pass(millisecond, 1);
+    bench.pass(ns_per_millisecond, 1);
     bench.leave();
 }
 
@@ -35,7 +37,7 @@ void open(fault_bench& bench, const matrix_row& row) {
     // Where no answer is to come any time is enough, else none is too long.
     const std::int32_t code = bench.connect(row.seen.starts_with("connect 4") ? timeout_ns : patience_ns);
     bench.notes.insert(bench.notes.begin(), "connect " + std::to_string(code));
-    bench.pass(10 * millisecond, 15);
+    bench.pass(10 * ns_per_millisecond, 15);
 }
 
 void idle(fault_bench& bench, const matrix_row& row) {
@@ -43,30 +45,30 @@ void idle(fault_bench& bench, const matrix_row& row) {
     bench.take();
     bench.tell(row.rule);
     EXPECT_NE(bench.simulated.plug(vantu_orvanta_device_type_orvanta3), 0U);
-    bench.pass(10 * millisecond, 15);
+    bench.pass(10 * ns_per_millisecond, 15);
 }
 
 void stream(fault_bench& bench, const matrix_row& row) {
     bench.enter();
     bench.tell(row.rule);
-    bench.pass(10 * millisecond, 3);
+    bench.pass(10 * ns_per_millisecond, 3);
 }
 
 void request(fault_bench& bench, const matrix_row& row) {
     bench.enter();
     bench.tell(row.rule);
     bench.ask();
-    bench.pass(10 * millisecond, 15);
+    bench.pass(10 * ns_per_millisecond, 15);
 }
 
 void disconnect(fault_bench& bench, const matrix_row& row) {
-    constexpr std::int64_t longest_goodbye_ns = 100 * millisecond;
+    constexpr std::int64_t longest_goodbye_ns = 100 * ns_per_millisecond;
     EXPECT_EQ(bench.connect(patience_ns), 0);
     bench.take();
     bench.tell(row.rule);
     const std::int64_t took_ns = bench.leave();
     // What is held back comes in the end, however slow the machine.
-    bench.pass(millisecond, 150);
+    bench.pass(ns_per_millisecond, 150);
     std::string note = bench.simulated.clients().empty() ? "goodbye taken" : "goodbye lost";
     // That it takes no longer than that cannot be told from a busy machine.
     if (row.seen.find(gives_up) != std::string_view::npos) {

@@ -4,6 +4,7 @@
 #include "network/socket.hpp"
 #include "network/socket_wait.hpp"
 #include "support/captured_log.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <cstdint>
@@ -16,8 +17,7 @@
 
 namespace orvanta_tests {
 
-inline constexpr std::int64_t ns_per_ms = 1'000'000;
-inline constexpr std::int64_t patience_ns = 20'000 * ns_per_ms;
+inline constexpr std::int64_t patience_ns = 20 * vantu::orvanta::ns_per_second;
 
 // The loopback addresses of the families that this machine has.
 inline std::vector<std::string> loopback_hosts() {

@@ -3,6 +3,7 @@
 #include "network/socket_shared.hpp"
 #include "support/captured_log.hpp"
 #include "support/system_calls.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -128,8 +129,8 @@ TEST_P(overlapped_receive, waits_one_millisecond_for_one_and_a_half) {
     arm();
     const scripted_calls calls;
     EXPECT_EQ(wait(1'500'000), socket_status::timeout);
-    EXPECT_GE(elapsed_ns, ns_per_ms);
-    EXPECT_THAT(calls.poll_limits(), Each(AllOf(Ge(0), Le(ns_per_ms))));
+    EXPECT_GE(elapsed_ns, ns_per_millisecond);
+    EXPECT_THAT(calls.poll_limits(), Each(AllOf(Ge(0), Le(ns_per_millisecond))));
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
@@ -138,18 +139,18 @@ TEST_P(overlapped_receive, clamps_a_time_that_the_clock_cannot_count) {
     scripted_calls calls;
     calls.before(system_call::ppoll, 1, [this] { send({7}); });
     EXPECT_EQ(wait(std::numeric_limits<std::int64_t>::max()), socket_status::ok);
-    EXPECT_THAT(calls.poll_limits(), Each(Ge(1'000'000'000 * ns_per_ms)));
+    EXPECT_THAT(calls.poll_limits(), Each(Ge(1'000'000'000 * ns_per_millisecond)));
 }
 
 TEST_P(overlapped_receive, keeps_its_deadline_through_signals) {
     arm();
     scripted_calls calls;
     calls.fail(system_call::ppoll, EINTR, 1, 3);
-    EXPECT_EQ(wait(20 * ns_per_ms), socket_status::timeout);
-    EXPECT_GE(elapsed_ns, 20 * ns_per_ms);
+    EXPECT_EQ(wait(20 * ns_per_millisecond), socket_status::timeout);
+    EXPECT_GE(elapsed_ns, 20 * ns_per_millisecond);
     EXPECT_GE(calls.count(system_call::ppoll), 4);
     const auto limits = calls.poll_limits();
-    EXPECT_THAT(limits, Each(Le(20 * ns_per_ms)));
+    EXPECT_THAT(limits, Each(Le(20 * ns_per_millisecond)));
     EXPECT_TRUE(std::is_sorted(limits.rbegin(), limits.rend())) << "each wait is for the rest alone";
 }
 
@@ -158,8 +159,8 @@ TEST_P(overlapped_receive, runs_its_whole_time_although_an_earlier_datagram_was_
     provoke_refusal(socket, GetParam());
     arm();
     const scripted_calls calls;
-    EXPECT_EQ(wait(30 * ns_per_ms), socket_status::timeout);
-    EXPECT_GE(elapsed_ns, 30 * ns_per_ms);
+    EXPECT_EQ(wait(30 * ns_per_millisecond), socket_status::timeout);
+    EXPECT_GE(elapsed_ns, 30 * ns_per_millisecond);
     EXPECT_LE(calls.count(system_call::recvfrom), 10) << "the wait spins";
     EXPECT_THAT(log.lines(), IsEmpty());
 }
@@ -169,8 +170,8 @@ TEST_P(overlapped_receive, runs_its_whole_time_although_a_datagram_is_refused_du
     arm();
     scripted_calls calls;
     calls.before(system_call::ppoll, 1, [this] { provoke_refusal(socket, GetParam()); });
-    EXPECT_EQ(wait(30 * ns_per_ms), socket_status::timeout);
-    EXPECT_GE(elapsed_ns, 30 * ns_per_ms);
+    EXPECT_EQ(wait(30 * ns_per_millisecond), socket_status::timeout);
+    EXPECT_GE(elapsed_ns, 30 * ns_per_millisecond);
     EXPECT_LE(calls.count(system_call::recvfrom), 10) << "the wait spins";
     EXPECT_EQ(socket.state(), 0);
     EXPECT_THAT(log.lines(), IsEmpty());

@@ -2,6 +2,7 @@
 #include "network/loopback.hpp"
 #include "support/captured_log.hpp"
 #include "support/system_calls.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <cerrno>
 #include <gmock/gmock.h>
@@ -59,16 +60,16 @@ TEST_P(wait_for_several, does_not_end_again_for_a_refusal_that_a_send_has_met) {
 
 TEST_P(wait_for_several, ends_at_its_deadline) {
     const std::int64_t before = platform::steady_now_ns();
-    EXPECT_FALSE(wait(5 * ns_per_ms));
-    EXPECT_GE(platform::steady_now_ns() - before, 5 * ns_per_ms);
+    EXPECT_FALSE(wait(5 * ns_per_millisecond));
+    EXPECT_GE(platform::steady_now_ns() - before, 5 * ns_per_millisecond);
 }
 
 TEST_P(wait_for_several, looks_once_when_its_deadline_has_passed) {
     const scripted_calls calls;
-    EXPECT_FALSE(wait(-ns_per_ms));
+    EXPECT_FALSE(wait(-ns_per_millisecond));
     peer.send_raw({1}, first);
     ASSERT_TRUE(first.wait());
-    EXPECT_TRUE(wait(-ns_per_ms));
+    EXPECT_TRUE(wait(-ns_per_millisecond));
     EXPECT_EQ(calls.poll_limits().front(), 0);
     EXPECT_EQ(calls.poll_limits().back(), 0);
 }
@@ -101,9 +102,9 @@ TEST_P(wait_for_several, logs_a_failure) {
 TEST(wait_for_none, sleeps_until_its_deadline) {
     const std::int64_t before = platform::steady_now_ns();
     const socket_handle sockets[] = {invalid_socket};
-    EXPECT_FALSE(wait_for_packets(sockets, before + 2 * ns_per_ms));
-    EXPECT_FALSE(wait_for_packets({}, before + 4 * ns_per_ms));
-    EXPECT_GE(platform::steady_now_ns() - before, 4 * ns_per_ms);
+    EXPECT_FALSE(wait_for_packets(sockets, before + 2 * ns_per_millisecond));
+    EXPECT_FALSE(wait_for_packets({}, before + 4 * ns_per_millisecond));
+    EXPECT_GE(platform::steady_now_ns() - before, 4 * ns_per_millisecond);
 }
 
 } // namespace

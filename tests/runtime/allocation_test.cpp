@@ -15,8 +15,6 @@ using namespace orvanta_tests;
 using vantu::orvanta::client;
 
 constexpr int repetitions = 50;
-const vantu_orvanta_config_gravity_compensation gravity{1, 0.75F};
-const vantu_orvanta_config_torque_scaling torque{1};
 
 // How many allocations the repetitions make after a first one. The calls of work are not counted as such:
 // it is a plain template argument.

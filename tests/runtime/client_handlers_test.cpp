@@ -16,8 +16,6 @@ using vantu::orvanta::client;
 using vantu::orvanta::outcome;
 using vantu::orvanta::reply;
 
-const bytes id{5, 0, 0, 0};
-
 // What handlers and default callbacks were given.
 struct notes {
     std::vector<std::string> lines;
@@ -68,56 +66,52 @@ struct handled_request {
     bytes reply_record;
 };
 
-const vantu_orvanta_config_gravity_compensation gravity{1, 0.75F};
-const vantu_orvanta_config_torque_scaling torque{1};
-const bytes gravity_bytes{1, 0x00, 0x00, 0x40, 0x3F};
-
-const std::vector<handled_request>& requests() {
+const std::vector<handled_request>& handled_requests() {
     static const std::vector<handled_request> all{
         {"device_open",
          [](client& c, unsigned d, notes& n) { return c.device_open(d, 0x1234, n.noting()); },
          18,
-         join({id, {0x34, 0x12}}),
+         join({id_5, {0x34, 0x12}}),
          19,
          {}},
         {"device_close",
          [](client& c, unsigned d, notes& n) { return c.device_close(d, n.noting()); },
          20,
-         id,
+         id_5,
          21,
          {}},
         {"orientation_get", [](client& c, unsigned d, notes& n) { return c.orientation_get(d, n.noting()); },
-         47, id, 47, counting(0x20, 16)},
+         47, id_5, 47, counting(0x20, 16)},
         {"config_save",
          [](client& c, unsigned d, notes& n) { return c.config_save(d, n.noting()); },
          64,
-         id,
+         id_5,
          64,
          {1}},
         {"config_gravity_compensation_get",
          [](client& c, unsigned d, notes& n) { return c.config_gravity_compensation_get(d, n.noting()); }, 66,
-         id, 66, gravity_bytes},
+         id_5, 66, gravity_bytes},
         {"config_gravity_compensation_set",
          [](client& c, unsigned d, notes& n) {
              return c.config_gravity_compensation_set(d, gravity, n.noting());
          },
-         67, join({id, gravity_bytes}), 66, gravity_bytes},
+         67, join({id_5, gravity_bytes}), 66, gravity_bytes},
         {"config_torque_scaling_get",
          [](client& c, unsigned d, notes& n) { return c.config_torque_scaling_get(d, n.noting()); },
          68,
-         id,
+         id_5,
          68,
          {1}},
         {"config_torque_scaling_set",
          [](client& c, unsigned d, notes& n) { return c.config_torque_scaling_set(d, torque, n.noting()); },
          69,
-         join({id, {1}}),
+         join({id_5, {1}}),
          68,
          {1}},
         {"config_handedness_set",
          [](client& c, unsigned d, notes& n) { return c.config_handedness_set(d, 2, n.noting()); },
          71,
-         join({id, {2}}),
+         join({id_5, {2}}),
          70,
          {2}},
     };
@@ -136,7 +130,7 @@ class a_handled_request : public testing::TestWithParam<handled_request> {
     }
 
     bytes reply_under(std::uint8_t tag) {
-        return op(GetParam().reply_code, tag, join({id, GetParam().reply_record}));
+        return op(GetParam().reply_code, tag, join({id_5, GetParam().reply_record}));
     }
 
     notes noted;
@@ -155,7 +149,7 @@ TEST_P(a_handled_request, ends_with_an_acknowledgement) {
 }
 
 TEST_P(a_handled_request, ends_with_the_error_of_the_service) {
-    session.receive(op(240, send(), join({id, {0xB1}})));
+    session.receive(op(240, send(), join({id_5, {0xB1}})));
     EXPECT_THAT(noted.lines, ElementsAre("failed 177"));
 }
 
@@ -164,7 +158,7 @@ TEST_P(a_handled_request, ends_once_and_leaves_what_follows_to_the_default_callb
     session.receive(reply_under(tag));
     noted.lines.clear();
     session.receive(op(2, tag));
-    session.receive(op(240, tag, join({id, {0xC0}})));
+    session.receive(op(240, tag, join({id_5, {0xC0}})));
     EXPECT_THAT(noted.lines, ElementsAre("default ack", "default error 192"));
     session.receive(reply_under(tag));
     for (std::size_t i = 2; i < noted.lines.size(); ++i) {
@@ -178,7 +172,7 @@ TEST_P(a_handled_request, is_not_ended_by_its_own_reply_under_another_tag) {
     session.receive(reply_under(0));
     EXPECT_EQ(std::count(noted.lines.begin(), noted.lines.end(), "failed 177"), 0);
     noted.lines.clear();
-    session.receive(op(240, tag, join({id, {0xB1}})));
+    session.receive(op(240, tag, join({id_5, {0xB1}})));
     EXPECT_THAT(noted.lines, ElementsAre("failed 177"));
 }
 
@@ -200,14 +194,14 @@ TEST_P(a_handled_request, returns_3_without_a_connection_and_enters_nothing) {
     EXPECT_EQ(noted.lines.size(), 256U);
 }
 
-INSTANTIATE_TEST_SUITE_P(each, a_handled_request, testing::ValuesIn(requests()),
+INSTANTIATE_TEST_SUITE_P(each, a_handled_request, testing::ValuesIn(handled_requests()),
                          [](const auto& row) { return row.param.name; });
 
 class handlers : public testing::Test {
   protected:
     // Sends a save request with a handler and returns its tag.
     std::uint8_t save(vantu::orvanta::reply_handler<vantu_orvanta_config_save> handler) {
-        session.expect(64, id);
+        session.expect(64, id_5);
         EXPECT_EQ(session.client().config_save(5, std::move(handler)), 0);
         return session.tag_of_last_request();
     }
@@ -218,17 +212,17 @@ class handlers : public testing::Test {
 
 TEST_F(handlers, wait_on_when_another_kind_of_reply_comes_under_their_tag) {
     const std::uint8_t tag = save(noted.noting());
-    session.receive(op(47, tag, join({id, filled(16, 0)})));
-    session.receive(op(19, tag, id));
-    session.receive(op(64, tag, join({id, {3}})));
+    session.receive(op(47, tag, join({id_5, filled(16, 0)})));
+    session.receive(op(19, tag, id_5));
+    session.receive(op(64, tag, join({id_5, {3}})));
     EXPECT_THAT(noted.lines, ElementsAre("default orientation", "default opened", "replied 03"));
 }
 
 TEST_F(handlers, may_be_empty_and_still_take_the_reply) {
     const std::uint8_t tag = save(nullptr);
-    session.receive(op(64, tag, join({id, {3}})));
+    session.receive(op(64, tag, join({id_5, {3}})));
     EXPECT_THAT(noted.lines, ElementsAre());
-    session.receive(op(64, tag, join({id, {3}})));
+    session.receive(op(64, tag, join({id_5, {3}})));
     EXPECT_THAT(noted.lines, ElementsAre("default save"));
 }
 
@@ -242,12 +236,12 @@ TEST_F(handlers, are_given_the_client) {
 TEST_F(handlers, may_send_the_next_request) {
     const std::uint8_t first = save([&](client& from, const auto& answer) {
         noted.handler(answer);
-        session.expect(47, id);
+        session.expect(47, id_5);
         EXPECT_EQ(from.orientation_get(5, noted.noting()), 0);
     });
-    session.receive(op(64, first, join({id, {1}})));
+    session.receive(op(64, first, join({id_5, {1}})));
     const std::uint8_t second = session.tag_of_last_request();
-    session.receive(op(47, second, join({id, filled(16, 1)})));
+    session.receive(op(47, second, join({id_5, filled(16, 1)})));
     EXPECT_THAT(noted.lines,
                 ElementsAre("replied 01", "replied 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01"));
 }
@@ -275,11 +269,11 @@ TEST_F(handlers, are_dropped_without_a_call_when_the_client_is_destroyed) {
 }
 
 TEST_F(handlers, all_fail_with_8_before_the_goodbye_of_the_service_is_announced) {
-    session.expect(64, id);
+    session.expect(64, id_5);
     EXPECT_EQ(session.client().config_save(5, noted.noting()), 0);
-    session.expect(18, join({id, {0, 0}}));
+    session.expect(18, join({id_5, {0, 0}}));
     EXPECT_EQ(session.client().device_open(5, 0, noted.noting()), 0);
-    session.expect(47, id);
+    session.expect(47, id_5);
     EXPECT_EQ(session.client().orientation_get(5, noted.noting()), 0);
     session.service().await_script();
     session.receive(op(6, 0));

@@ -12,8 +12,6 @@ namespace {
 using namespace orvanta_tests;
 using testing::UnorderedElementsAre;
 
-const bytes id{5, 0, 0, 0};
-
 class device_table : public testing::Test {
   protected:
     std::int32_t receive(const bytes& operation) {
@@ -38,19 +36,19 @@ class device_table : public testing::Test {
 };
 
 bytes cursor(std::uint8_t first) {
-    return op(33, 0, join({id, counting(first, 24)}));
+    return op(33, 0, join({id_5, counting(first, 24)}));
 }
 bytes cursor_b(std::uint8_t first) {
-    return op(37, 0, join({id, counting(first, 24)}));
+    return op(37, 0, join({id_5, counting(first, 24)}));
 }
 bytes orvanta3_details() {
-    return op(23, 0, join({id, counting(0x30, 8), {2}}));
+    return op(23, 0, join({id_5, counting(0x30, 8), {2}}));
 }
 bytes palmetron_details() {
-    return op(24, 0, join({id, counting(0x40, 8)}));
+    return op(24, 0, join({id_5, counting(0x40, 8)}));
 }
 bytes grip(std::uint8_t tail) {
-    return op(40, 0, join({id, {0x5A}, counting(0x10, 16), {tail}, counting(0xE0, tail)}));
+    return op(40, 0, join({id_5, {0x5A}, counting(0x10, 16), {tail}, counting(0xE0, tail)}));
 }
 
 // Bytes 8 to 27 after device_listed.
@@ -160,20 +158,20 @@ TEST_F(device_table, makes_no_entry_for_a_grip_state) {
 
 TEST_F(device_table, is_not_touched_by_bodies_that_are_cut_short) {
     ASSERT_EQ(receive(device_listed(5, 1)), 0);
-    EXPECT_EQ(receive(op(33, 0, join({id, filled(23, 1)}))), 6);
-    EXPECT_EQ(receive(op(37, 0, join({id, filled(23, 1)}))), 6);
-    EXPECT_EQ(receive(op(23, 0, join({id, filled(8, 1)}))), 6);
-    EXPECT_EQ(receive(op(16, 0, join({id, filled(19, 1)}))), 6);
+    EXPECT_EQ(receive(op(33, 0, join({id_5, filled(23, 1)}))), 6);
+    EXPECT_EQ(receive(op(37, 0, join({id_5, filled(23, 1)}))), 6);
+    EXPECT_EQ(receive(op(23, 0, join({id_5, filled(8, 1)}))), 6);
+    EXPECT_EQ(receive(op(16, 0, join({id_5, filled(19, 1)}))), 6);
     EXPECT_EQ(receive(op(17, 0, {5, 0, 0})), 6);
-    EXPECT_EQ(receive(op(40, 0, join({id, filled(17, 1), {3, 1, 1}}))), 6);
+    EXPECT_EQ(receive(op(40, 0, join({id_5, filled(17, 1), {3, 1, 1}}))), 6);
     EXPECT_EQ(stored(), hex(join({u64(1), listing(1), filled(50, 0)})));
 }
 
 TEST_F(device_table, forgets_a_removed_device) {
     ASSERT_EQ(receive(device_listed(5, 1)), 0);
-    ASSERT_EQ(receive(op(17, 0, id)), 0);
+    ASSERT_EQ(receive(op(17, 0, id_5)), 0);
     EXPECT_EQ(info_code(5), 7);
-    EXPECT_EQ(receive(op(17, 0, id)), 0) << "a device that is not there can be removed as well";
+    EXPECT_EQ(receive(op(17, 0, id_5)), 0) << "a device that is not there can be removed as well";
     EXPECT_EQ(receive(cursor(1)), 0);
     EXPECT_EQ(info_code(5), 0);
 }

@@ -13,8 +13,6 @@ namespace {
 using namespace orvanta_tests;
 using vantu::orvanta::client;
 
-const bytes id{5, 0, 0, 0};
-
 class handler_tags : public testing::Test {
   protected:
     handler_tags() {
@@ -118,7 +116,7 @@ TEST(handlers_on_threads, are_called_exactly_once_while_others_send_and_the_poll
     constexpr int rounds = 100;
     client_session session;
     session.service().respond_with([](const bytes& request) {
-        return std::vector<bytes>{datagram({op(64, request.at(10), join({id, {1}}))})};
+        return std::vector<bytes>{datagram({op(64, request.at(10), join({id_5, {1}}))})};
     });
     auto* polling = vantu_orvanta_poll_thread_start(session.client().context(), client::dispatch_event,
                                                     &session.client());

@@ -36,11 +36,10 @@ bytes with_id(const bytes& rest) {
 
 const bytes listed_orvanta3 = device_listed(0xA1B2C3D4, 1);
 const bytes listed_palmetron = device_listed(0xA1B2C3D4, 2);
-const bytes gravity{0x01, 0x00, 0x00, 0x40, 0x3F}; // on, 0.75
 const bytes quaternion{0x00, 0x00, 0x80, 0x3F, 0x00, 0x00, 0x00, 0x3F,
                        0x00, 0x00, 0x80, 0xBE, 0x00, 0x00, 0x00, 0x40}; // 1, 0.5, -0.25, 2
 const bytes currents{0x00, 0x00, 0x80, 0x3F, 0x00, 0x00, 0x00, 0x40, 0x00, 0x00, 0x40, 0x40}; // 1, 2, 3
-const bytes grip = join({{0x5A}, counting(0x10, 16), {3, 0xE1, 0xE2, 0xE3}});
+const bytes grip_state = join({{0x5A}, counting(0x10, 16), {3, 0xE1, 0xE2, 0xE3}});
 
 const std::vector<received_operation>& table() {
     static const std::vector<received_operation> rows{
@@ -57,10 +56,10 @@ const std::vector<received_operation>& table() {
          listed_palmetron},
         {33, "cursor_state", with_id(counting(0x40, 24)), 48, false, id, counting(0x40, 24), {}},
         {37, "cursor_state_b", with_id(counting(0x50, 24)), 49, false, id, counting(0x50, 24), {}},
-        {40, "palmetron_state", with_id(grip), 50, false, id, grip, {}},
+        {40, "palmetron_state", with_id(grip_state), 50, false, id, grip_state, {}},
         {47, "orientation_get", with_id(quaternion), 51, true, id, quaternion, {}},
         {64, "config_save", with_id({1}), 64, true, id, {1}, {}},
-        {66, "config_gravity_compensation_get", with_id(gravity), 65, true, id, gravity, {}},
+        {66, "config_gravity_compensation_get", with_id(gravity_bytes), 65, true, id, gravity_bytes, {}},
         {68, "config_torque_scaling_get", with_id({1}), 66, true, id, {1}, {}},
         {70, "config_handedness", with_id({2}), 67, true, id, {2}, {}},
         {80, "status_motor_current", with_id(currents), 80, true, id, currents, {}},

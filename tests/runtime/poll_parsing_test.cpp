@@ -13,8 +13,6 @@ using namespace orvanta_tests;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const bytes id{5, 0, 0, 0};
-
 class poll_parsing : public testing::Test {
   protected:
     // The code of the next poll, and that another one finds nothing.
@@ -56,9 +54,9 @@ TEST_F(poll_parsing, zeroes_the_event_it_is_given) {
     EXPECT_EQ(vantu_orvanta_poll(session.context, &event), 0);
     EXPECT_EQ(hex(bytes_of(event)), hex(filled(310, 0)));
     std::memset(&event, 0xAA, sizeof(event));
-    session.service.push(datagram({op(64, 1, join({id, {1}}))}));
+    session.service.push(datagram({op(64, 1, join({id_5, {1}}))}));
     EXPECT_EQ(vantu_orvanta_poll(session.context, &event), 0);
-    EXPECT_EQ(hex(bytes_of(event)), hex(join({u32(64), id, {1, 1}, filled(300, 0)})));
+    EXPECT_EQ(hex(bytes_of(event)), hex(join({u32(64), id_5, {1, 1}, filled(300, 0)})));
 }
 
 TEST_F(poll_parsing, refuses_null_arguments) {
@@ -160,11 +158,11 @@ TEST_F(poll_parsing, yields_no_event_for_an_acknowledgement_with_tag_0_and_goes_
 }
 
 TEST_F(poll_parsing, refuses_a_handedness_of_0_but_not_what_follows) {
-    session.service.push(datagram({op(70, 1, join({id, {0}})), op(70, 1, join({id, {255}}))}));
+    session.service.push(datagram({op(70, 1, join({id_5, {0}})), op(70, 1, join({id_5, {255}}))}));
     EXPECT_EQ(poll_once(session.context).code, 2);
     const polled next = poll_once(session.context);
     EXPECT_EQ(next.code, 0);
-    EXPECT_EQ(hex(bytes_of(next.event)), hex(join({u32(67), id, {1, 255}, filled(300, 0)})));
+    EXPECT_EQ(hex(bytes_of(next.event)), hex(join({u32(67), id_5, {1, 255}, filled(300, 0)})));
 }
 
 TEST_F(poll_parsing, maps_every_service_status_of_an_error) {
@@ -172,34 +170,36 @@ TEST_F(poll_parsing, maps_every_service_status_of_an_error) {
     for (int status = 0; status < 256; ++status) {
         std::uint32_t expected = kept.count(status) != 0 ? static_cast<std::uint32_t>(status) : 255;
         expected = status == 179 ? 9 : status == 180 ? 10 : status == 181 ? 11 : expected;
-        session.service.push(datagram({op(240, 4, join({id, {static_cast<std::uint8_t>(status)}}))}));
+        session.service.push(datagram({op(240, 4, join({id_5, {static_cast<std::uint8_t>(status)}}))}));
         const polled result = poll_once(session.context);
         EXPECT_EQ(result.code, 0);
-        EXPECT_EQ(hex(bytes_of(result.event)), hex(join({u32(255), id, {4}, u32(expected), filled(297, 0)})))
+        EXPECT_EQ(hex(bytes_of(result.event)),
+                  hex(join({u32(255), id_5, {4}, u32(expected), filled(297, 0)})))
             << status;
     }
 }
 
 TEST_F(poll_parsing, takes_a_grip_state_without_a_tail_as_exactly_22_bytes) {
-    session.service.push(datagram({op(40, 1, join({id, {9}, counting(1, 16), {0}})), op(2, 1)}));
+    session.service.push(datagram({op(40, 1, join({id_5, {9}, counting(1, 16), {0}})), op(2, 1)}));
     const polled result = poll_once(session.context);
-    EXPECT_EQ(hex(bytes_of(result.event)), hex(join({u32(50), id, {0, 9}, counting(1, 16), filled(284, 0)})));
+    EXPECT_EQ(hex(bytes_of(result.event)),
+              hex(join({u32(50), id_5, {0, 9}, counting(1, 16), filled(284, 0)})));
     expect_event(1);
 }
 
 TEST_F(poll_parsing, takes_a_grip_state_with_the_longest_tail) {
     session.service.push(
-        datagram({op(40, 1, join({id, {9}, counting(1, 16), {255}, counting(1, 255)})), op(2, 1)}));
+        datagram({op(40, 1, join({id_5, {9}, counting(1, 16), {255}, counting(1, 255)})), op(2, 1)}));
     const polled result = poll_once(session.context);
     EXPECT_EQ(hex(bytes_of(result.event)),
-              hex(join({u32(50), id, {0, 9}, counting(1, 16), {255}, counting(1, 255), filled(28, 0)})));
+              hex(join({u32(50), id_5, {0, 9}, counting(1, 16), {255}, counting(1, 255), filled(28, 0)})));
     expect_event(1);
 }
 
 TEST_F(poll_parsing, refuses_a_grip_state_with_less_tail_than_it_counts) {
-    EXPECT_EQ(code_of(datagram({op(40, 1, join({id, {9}, counting(1, 16), {6}, counting(1, 5)}))})), 6);
-    EXPECT_EQ(code_of(datagram({op(40, 1, join({id, {9}, counting(1, 16), {255}, counting(1, 254)}))})), 6);
-    EXPECT_EQ(code_of(datagram({op(40, 1, join({id, {9}, counting(1, 16)}))})), 6);
+    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16), {6}, counting(1, 5)}))})), 6);
+    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16), {255}, counting(1, 254)}))})), 6);
+    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16)}))})), 6);
     EXPECT_THAT(log.take(), IsEmpty());
 }
 

@@ -19,8 +19,6 @@ struct request {
     bytes expected; // for device 0xA1B2C3D4 and tag 0x7B
 };
 
-const vantu_orvanta_config_gravity_compensation gravity{1, 0.75F};
-const vantu_orvanta_config_torque_scaling torque{1};
 const std::uint8_t left = 2;
 
 const std::vector<request>& requests() {

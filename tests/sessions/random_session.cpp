@@ -8,6 +8,7 @@
 #include "simulator/simulation/simulation.hpp"
 #include "vantu/orvanta/client.hpp"
 #include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <memory>
 #include <optional>
@@ -19,10 +20,10 @@ namespace session_tests {
 namespace {
 
 using namespace vantu::orvanta;
+using library_client = vantu::orvanta::client;
 
-constexpr std::int64_t millisecond = 1'000'000;
-constexpr std::uint64_t reply_timeout_ns = 100 * millisecond;
-constexpr std::uint64_t keep_alive_ns = 5'000 * millisecond;
+constexpr std::uint64_t reply_timeout_ns = 100 * ns_per_millisecond;
+constexpr std::uint64_t keep_alive_ns = 5'000 * ns_per_millisecond;
 constexpr int most_polls_in_a_row = 600;
 
 std::string text_of(const expected_poll& one) {
@@ -59,7 +60,7 @@ class session {
         service_ = &service;
         virtual_world world(service);
         world_ = &world;
-        client_ = std::make_unique<client>(client::config{});
+        client_ = std::make_unique<library_client>(library_client::config{});
         try {
             const std::uint64_t steps = choose_.between(8, 48);
             for (std::uint64_t step = 0; step < steps; ++step) {
@@ -173,7 +174,7 @@ class session {
 
     // From a tenth of a millisecond to seconds.
     void pass_time() {
-        const std::int64_t unit = millisecond / 10;
+        const std::int64_t unit = ns_per_millisecond / 10;
         world_->advance_to(world_->now_ns() +
                            unit * static_cast<std::int64_t>(1 + choose_.below(1ULL << choose_.below(16))));
     }
@@ -201,7 +202,7 @@ class session {
     // A handler that counts its calls, and now and then asks for more.
     template <typename Record> reply_handler<Record> handler() {
         calls_.push_back({});
-        return [this, index = calls_.size() - 1](client&, const reply<Record>&) {
+        return [this, index = calls_.size() - 1](library_client&, const reply<Record>&) {
             ++calls_[index].calls;
             if (choose_.one_in(8) && calls_.size() < 200) {
                 request();
@@ -211,7 +212,7 @@ class session {
 
     void request() {
         const auto device = static_cast<std::uint32_t>(choose_.one_in(8) ? 1001 : choose_.below(5));
-        client& asked = *client_;
+        library_client& asked = *client_;
         const std::size_t index = calls_.size();
         int code = 0;
         switch (choose_.below(10)) {
@@ -302,7 +303,7 @@ class session {
     std::vector<fault_text> faults_;
     simulator::simulation* service_{nullptr};
     virtual_world* world_{nullptr};
-    std::unique_ptr<client> client_;
+    std::unique_ptr<library_client> client_;
     reference_reader reader_;
     std::vector<one_shot> calls_;
     bool end_was_expected_{false};

@@ -4,6 +4,7 @@
 
 #include "simulator/service/service.hpp"
 #include "simulator/wire.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gtest/gtest.h>
 #include <iosfwd>
@@ -13,9 +14,6 @@
 namespace simulator_tests {
 
 namespace simulator = vantu::orvanta::simulator;
-
-inline constexpr std::int64_t second = 1'000'000'000;
-inline constexpr std::int64_t millisecond = 1'000'000;
 
 // One datagram of the service and the peer that it goes to.
 struct sent {
@@ -47,7 +45,7 @@ class bench {
 
     sent_list take();
 
-    std::int64_t now{10 * second};
+    std::int64_t now{10 * ns_per_second};
     std::vector<std::string> lines; // what the service told
     std::vector<std::uint32_t> saved;
     bool saving_works{true};

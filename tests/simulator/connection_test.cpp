@@ -1,5 +1,6 @@
 // Connecting to the service, being told of its devices, and parting.
 #include "simulator/bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <set>
@@ -13,11 +14,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr std::uint8_t tag = 0x07;
-const bytes accepted_as_1{0xFF, 0x04, 0x08, 0x00, tag, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
-const bytes goodbye = datagram({{0xFF, 0x05, 0x00, 0x00, 0x00}});
-const bytes goodbye_confirmed = datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}});
-const bytes keep_alive = datagram({{0xFF, 0x01, 0x00, 0x00, 0x00}});
+constexpr std::uint8_t connect_tag = 0x07;
+const bytes accepted_as_1{0xFF, 0x04, 0x08, 0x00, connect_tag, 0x01, 0x00,
+                          0x00, 0x00, 0x00, 0x00, 0x00,        0x00};
 
 service_settings announcing(announce_order order) {
     service_settings settings;
@@ -44,14 +43,14 @@ std::size_t count_of(std::uint8_t code, const bytes& content) {
 
 TEST(connecting, lists_the_devices_ahead_of_the_acceptance_in_its_datagram) {
     bench tested(announcing(announce_order::before));
-    EXPECT_THAT(tested.send(1, datagram({connect_operation(tag)})),
+    EXPECT_THAT(tested.send(1, datagram({connect_operation(connect_tag)})),
                 ElementsAre(sent{1, datagram({orvanta3_added, orvanta3_details, palmetron_added,
                                               palmetron_details, accepted_as_1})}));
 }
 
 TEST(connecting, lists_the_devices_in_a_datagram_behind_the_acceptance_when_asked_to) {
     bench tested(announcing(announce_order::after));
-    EXPECT_THAT(tested.send(1, datagram({connect_operation(tag)})),
+    EXPECT_THAT(tested.send(1, datagram({connect_operation(connect_tag)})),
                 ElementsAre(sent{1, datagram({accepted_as_1})},
                             sent{1, datagram({orvanta3_added, orvanta3_details, palmetron_added,
                                               palmetron_details})}));
@@ -59,16 +58,16 @@ TEST(connecting, lists_the_devices_in_a_datagram_behind_the_acceptance_when_aske
 
 TEST(connecting, is_accepted_without_any_device) {
     bench before(announcing(announce_order::before), 0, 0);
-    EXPECT_THAT(before.send(1, datagram({connect_operation(tag)})),
+    EXPECT_THAT(before.send(1, datagram({connect_operation(connect_tag)})),
                 ElementsAre(sent{1, datagram({accepted_as_1})}));
     bench after(announcing(announce_order::after), 0, 0);
-    EXPECT_THAT(after.send(1, datagram({connect_operation(tag)})),
+    EXPECT_THAT(after.send(1, datagram({connect_operation(connect_tag)})),
                 ElementsAre(sent{1, datagram({accepted_as_1})}));
 }
 
 TEST(connecting, lists_as_many_devices_as_fit_ahead_of_the_acceptance_and_the_rest_behind_it) {
     bench tested(announcing(announce_order::before), 100, 0);
-    const sent_list answer = tested.send(1, datagram({connect_operation(tag)}));
+    const sent_list answer = tested.send(1, datagram({connect_operation(connect_tag)}));
     // 6 bytes of header, 43 devices of 29 + 18 bytes and 13 bytes of acceptance; then 43 and 14 devices.
     ASSERT_THAT(answer, SizeIs(3));
     EXPECT_EQ(answer[0].content.size(), 6U + 43 * 47 + 13);
@@ -87,7 +86,7 @@ TEST(connecting, keeps_every_datagram_within_2048_bytes_with_all_devices_there_c
         std::size_t listed = 0;
         std::size_t detailed = 0;
         std::size_t accepted = 0;
-        for (const sent& one : tested.send(1, datagram({connect_operation(tag)}))) {
+        for (const sent& one : tested.send(1, datagram({connect_operation(connect_tag)}))) {
             EXPECT_LE(one.content.size(), 2048U);
             listed += count_of(16, one.content);
             detailed += count_of(23, one.content) + count_of(24, one.content);
@@ -102,7 +101,7 @@ TEST(connecting, keeps_every_datagram_within_2048_bytes_with_all_devices_there_c
 TEST(connecting, never_parts_the_details_of_a_device_from_its_listing) {
     // Behind 35 Orvanta3 and 8 Palmetrons there are 29 bytes left: room for a listing alone.
     bench tested(announcing(announce_order::after), 35, 20);
-    const sent_list answer = tested.send(1, datagram({connect_operation(tag)}));
+    const sent_list answer = tested.send(1, datagram({connect_operation(connect_tag)}));
     ASSERT_THAT(answer, SizeIs(3));
     EXPECT_EQ(answer[1].content.size(), 6U + 35 * 47 + 8 * 46);
     EXPECT_EQ(answer[2].content.size(), 6U + 12 * 46);
@@ -114,11 +113,11 @@ TEST(connecting, gives_every_client_an_id_of_its_own_also_after_others_have_left
     bench tested(announcing(announce_order::after), 0, 0);
     std::set<bytes> ids;
     for (unsigned number = 0; number < 200; ++number) {
-        const sent_list answer = tested.send(number, datagram({connect_operation(tag)}));
+        const sent_list answer = tested.send(number, datagram({connect_operation(connect_tag)}));
         ASSERT_THAT(answer, SizeIs(1));
         ids.insert(bytes(answer[0].content.end() - 8, answer[0].content.end()));
         if (number % 3 == 0) {
-            tested.send(number, goodbye);
+            tested.send(number, goodbye_of_a_client);
         }
     }
     EXPECT_THAT(ids, SizeIs(200));
@@ -138,11 +137,11 @@ TEST(connecting, answers_a_second_connect_of_a_peer_under_its_id_with_no_device_
     bench tested;
     tested.enter(1, {1});
     ASSERT_THAT(tested.wait(0), SizeIs(1)); // the streams of device 1
-    EXPECT_THAT(tested.send(1, datagram({connect_operation(tag)})),
+    EXPECT_THAT(tested.send(1, datagram({connect_operation(connect_tag)})),
                 ElementsAre(sent{1, datagram({orvanta3_added, orvanta3_details, palmetron_added,
                                               palmetron_details, accepted_as_1})}));
     EXPECT_THAT(tested.core.clients(), SizeIs(1));
-    EXPECT_THAT(tested.wait(5 * second), IsEmpty());
+    EXPECT_THAT(tested.wait(5 * ns_per_second), IsEmpty());
 }
 
 TEST(connecting, tells_peers_apart_by_the_listening_socket_too) {
@@ -159,20 +158,20 @@ TEST(connecting, tells_peers_apart_by_the_listening_socket_too) {
 TEST(connecting, refuses_another_client_while_a_single_one_is_connected) {
     bench tested(for_a_single_client());
     tested.enter(1);
-    EXPECT_THAT(tested.send(2, datagram({connect_operation(tag)})),
-                ElementsAre(sent{2, refusal(tag, 0, 178)}));
+    EXPECT_THAT(tested.send(2, datagram({connect_operation(connect_tag)})),
+                ElementsAre(sent{2, refusal(connect_tag, 0, 178)}));
     EXPECT_THAT(tested.core.clients(), SizeIs(1));
 }
 
 TEST(connecting, takes_the_next_single_client_after_a_goodbye_a_silence_or_from_the_same_peer) {
     bench tested(for_a_single_client());
-    tested.enter(1, {}, 1 * second);
-    EXPECT_THAT(tested.send(1, datagram({connect_operation(0, 1 * second)})), SizeIs(1));
+    tested.enter(1, {}, 1 * ns_per_second);
+    EXPECT_THAT(tested.send(1, datagram({connect_operation(0, 1 * ns_per_second)})), SizeIs(1));
     EXPECT_EQ(tested.core.clients().front().id, 1U);
-    tested.send(1, goodbye);
-    tested.enter(2, {}, 1 * second);
+    tested.send(1, goodbye_of_a_client);
+    tested.enter(2, {}, 1 * ns_per_second);
     EXPECT_EQ(tested.core.clients().front().id, 2U);
-    tested.now += 1 * second + 1; // without a tick in between
+    tested.now += 1 * ns_per_second + 1; // without a tick in between
     tested.enter(3);
     EXPECT_EQ(tested.core.clients().front().id, 3U);
     EXPECT_THAT(tested.core.clients(), SizeIs(1));
@@ -183,20 +182,20 @@ TEST(connecting, refuses_more_clients_than_it_has_room_for) {
     for (unsigned number = 0; number < 256; ++number) {
         tested.enter(number);
     }
-    EXPECT_THAT(tested.send(256, datagram({connect_operation(tag)})),
-                ElementsAre(sent{256, refusal(tag, 0, 179)}));
-    EXPECT_THAT(tested.send(255, datagram({connect_operation(tag)})), SizeIs(1));
+    EXPECT_THAT(tested.send(256, datagram({connect_operation(connect_tag)})),
+                ElementsAre(sent{256, refusal(connect_tag, 0, 179)}));
+    EXPECT_THAT(tested.send(255, datagram({connect_operation(connect_tag)})), SizeIs(1));
     EXPECT_THAT(tested.core.clients(), SizeIs(256));
 }
 
 TEST(connecting, refuses_texts_that_do_not_end_within_their_fields) {
     bench tested;
-    bytes name = datagram({connect_operation(tag)});
+    bytes name = datagram({connect_operation(connect_tag)});
     std::fill_n(name.begin() + 6 + 5 + 16, 32, std::uint8_t{'n'});
-    EXPECT_THAT(tested.send(1, name), ElementsAre(sent{1, refusal(tag, 0, 0xA3)}));
-    bytes version = datagram({connect_operation(tag)});
+    EXPECT_THAT(tested.send(1, name), ElementsAre(sent{1, refusal(connect_tag, 0, 0xA3)}));
+    bytes version = datagram({connect_operation(connect_tag)});
     std::fill_n(version.begin() + 6 + 5 + 48, 64, std::uint8_t{'v'});
-    EXPECT_THAT(tested.send(1, version), ElementsAre(sent{1, refusal(tag, 0, 0xA3)}));
+    EXPECT_THAT(tested.send(1, version), ElementsAre(sent{1, refusal(connect_tag, 0, 0xA3)}));
     EXPECT_THAT(tested.core.clients(), IsEmpty());
 }
 
@@ -212,24 +211,24 @@ TEST(connecting, tells_of_the_client_in_one_line_whatever_its_name) {
 TEST(parting, is_confirmed_and_forgets_the_client) {
     bench tested;
     tested.enter(1, {1, 1001});
-    EXPECT_THAT(tested.send(1, goodbye), ElementsAre(sent{1, goodbye_confirmed}));
+    EXPECT_THAT(tested.send(1, goodbye_of_a_client), ElementsAre(sent{1, goodbye_of_the_service}));
     EXPECT_THAT(tested.core.clients(), IsEmpty());
-    EXPECT_THAT(tested.wait(5 * second), IsEmpty());
+    EXPECT_THAT(tested.wait(5 * ns_per_second), IsEmpty());
     EXPECT_THAT(tested.lines, ElementsAre("client 1: said goodbye"));
 }
 
 TEST(parting, is_confirmed_to_a_peer_that_has_parted_before) {
     bench tested;
     tested.enter(1);
-    tested.send(1, goodbye);
-    EXPECT_THAT(tested.send(1, goodbye), ElementsAre(sent{1, goodbye_confirmed}));
+    tested.send(1, goodbye_of_a_client);
+    EXPECT_THAT(tested.send(1, goodbye_of_a_client), ElementsAre(sent{1, goodbye_of_the_service}));
 }
 
 TEST(parting, leaves_the_other_clients_alone) {
     bench tested;
     tested.enter(1);
     tested.enter(2, {1});
-    tested.send(1, goodbye);
+    tested.send(1, goodbye_of_a_client);
     EXPECT_THAT(tested.core.clients(), SizeIs(1));
     EXPECT_THAT(tested.wait(0), SizeIs(1));
 }
@@ -239,7 +238,7 @@ TEST(parting, of_the_service_is_told_to_every_client_once) {
     tested.enter(1);
     tested.enter(2);
     tested.core.say_goodbye();
-    EXPECT_THAT(tested.take(), ElementsAre(sent{1, goodbye_confirmed}, sent{2, goodbye_confirmed}));
+    EXPECT_THAT(tested.take(), ElementsAre(sent{1, goodbye_of_the_service}, sent{2, goodbye_of_the_service}));
     EXPECT_THAT(tested.core.clients(), IsEmpty());
     tested.core.say_goodbye();
     EXPECT_THAT(tested.take(), IsEmpty());

@@ -1,5 +1,6 @@
 // The simulator as a program with --interactive and a script on its standard input.
 #include "app/support/child_process.hpp"
+#include "simulator/interactive_command.hpp"
 #include "simulator/test_client.hpp"
 
 #include <algorithm>
@@ -17,14 +18,6 @@ using orvanta_test::succeeded;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const bytes goodbye_of_the_service = datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}});
-
-std::vector<std::string> command(std::vector<std::string> options) {
-    const std::vector<std::string> first{SIMULATOR_PROGRAM, "--port", "0", "--interactive"};
-    options.insert(options.begin(), first.begin(), first.end());
-    return options;
-}
-
 // Reads the two lines of the start and returns the port.
 std::string port_of(child_process& program) {
     EXPECT_EQ(program.read_until("listening on port "), "listening on port ");
@@ -40,7 +33,7 @@ void connect(test_client& client) {
 }
 
 TEST(the_console, shows_no_prompt_to_a_script_and_serves_on_behind_its_end) {
-    child_process program(command({}), attachment::pipes);
+    child_process program(interactive_command({}), attachment::pipes);
     const std::string port = port_of(program);
     program.type("drop 0.5\n\n# a remark\nheal\r\ndrop 0");
     program.close_input();
@@ -54,7 +47,7 @@ TEST(the_console, shows_no_prompt_to_a_script_and_serves_on_behind_its_end) {
 }
 
 TEST(the_console, does_a_script_in_the_order_of_its_lines_with_its_waits) {
-    child_process program(command({}), attachment::pipes);
+    child_process program(interactive_command({}), attachment::pipes);
     (void)port_of(program);
     const auto begin = std::chrono::steady_clock::now();
     program.type("wait 300\nplug palmetron\nnonsense\nquit\nheal\n");
@@ -67,7 +60,7 @@ TEST(the_console, does_a_script_in_the_order_of_its_lines_with_its_waits) {
 }
 
 TEST(the_console, tells_clients_what_is_plugged_in_and_unplugged) {
-    child_process program(command({"--rate", "0"}), attachment::pipes);
+    child_process program(interactive_command({"--rate", "0"}), attachment::pipes);
     test_client client("127.0.0.1", port_of(program));
     connect(client);
     program.type("unplug 1\n");
@@ -79,7 +72,7 @@ TEST(the_console, tells_clients_what_is_plugged_in_and_unplugged) {
 }
 
 TEST(the_console, says_goodbye_to_clients_when_it_quits) {
-    child_process program(command({"--rate", "0"}), attachment::pipes);
+    child_process program(interactive_command({"--rate", "0"}), attachment::pipes);
     test_client client("127.0.0.1", port_of(program));
     connect(client);
     program.type("quit\n");

@@ -1,5 +1,6 @@
 // The simulator as a program with --interactive at a pseudo-terminal.
 #include "app/support/child_process.hpp"
+#include "simulator/interactive_command.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,14 +13,8 @@ using orvanta_test::child_process;
 using orvanta_test::succeeded;
 using testing::HasSubstr;
 
-std::vector<std::string> command(std::vector<std::string> options) {
-    const std::vector<std::string> first{SIMULATOR_PROGRAM, "--port", "0", "--interactive"};
-    options.insert(options.begin(), first.begin(), first.end());
-    return options;
-}
-
 TEST(the_console, answers_verbs_at_a_terminal_and_ends_with_quit) {
-    child_process program(command({"--seed", "42"}), attachment::pseudo_terminal);
+    child_process program(interactive_command({"--seed", "42"}), attachment::pseudo_terminal);
     (void)program.read_until("seed 42\r\n> ");
     program.type("drop 0.3\n");
     EXPECT_THAT(program.read_until("> "), HasSubstr("ok\r\n"));
@@ -36,7 +31,7 @@ TEST(the_console, answers_verbs_at_a_terminal_and_ends_with_quit) {
 }
 
 TEST(the_console, ends_at_the_end_of_what_is_typed) {
-    child_process program(command({}), attachment::pseudo_terminal);
+    child_process program(interactive_command({}), attachment::pseudo_terminal);
     (void)program.read_until("> ");
     program.type("\x04");
     EXPECT_EQ(succeeded, program.wait());

@@ -1,5 +1,6 @@
 // The control console, with verbs and times made up by the test.
 #include "simulator/control/console.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 
@@ -9,8 +10,7 @@ namespace {
 using namespace vantu::orvanta::simulator;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr std::int64_t ms = 1'000'000;
+using vantu::orvanta::ns_per_millisecond;
 
 class a_console : public testing::Test {
   protected:
@@ -72,15 +72,15 @@ TEST_F(a_console, lets_a_script_wait_by_the_clock_that_it_is_given) {
     tested.take(" wait\t5");
     tested.take("status");
     EXPECT_EQ(tested.next_due_ns(), never_ns);
-    tested.attend(7 * ms);
-    EXPECT_EQ(tested.next_due_ns(), 27 * ms);
+    tested.attend(7 * ns_per_millisecond);
+    EXPECT_EQ(tested.next_due_ns(), 27 * ns_per_millisecond);
     EXPECT_EQ(take_shown(), "ok\n");
-    tested.attend(27 * ms - 1);
+    tested.attend(27 * ns_per_millisecond - 1);
     EXPECT_EQ(take_shown(), "");
-    tested.attend(27 * ms);
+    tested.attend(27 * ns_per_millisecond);
     EXPECT_EQ(take_shown(), "ok\nok\n");
-    EXPECT_EQ(tested.next_due_ns(), 32 * ms);
-    tested.attend(40 * ms);
+    EXPECT_EQ(tested.next_due_ns(), 32 * ns_per_millisecond);
+    tested.attend(40 * ns_per_millisecond);
     EXPECT_EQ(take_shown(), "seed 1\nticks 2\n");
     EXPECT_EQ(tested.next_due_ns(), never_ns);
 }
@@ -127,7 +127,7 @@ TEST_F(a_console, prompts_again_when_a_wait_is_over) {
     tested.take("wait 10");
     tested.attend(0);
     EXPECT_EQ(take_shown(), "ok\n");
-    tested.attend(10 * ms);
+    tested.attend(10 * ns_per_millisecond);
     EXPECT_EQ(take_shown(), "> ");
 }
 
@@ -138,7 +138,7 @@ TEST_F(a_console, quits_at_the_end_of_what_is_typed_once_all_of_it_is_done) {
     tested.end_of_input();
     tested.attend(0);
     EXPECT_FALSE(tested.has_quit());
-    tested.attend(10 * ms);
+    tested.attend(10 * ns_per_millisecond);
     EXPECT_TRUE(tested.has_quit());
     EXPECT_EQ(take_shown(), "ok\nok\n\n");
 }

@@ -2,6 +2,7 @@
 #include "simulator/control/director.hpp"
 
 #include "simulator/bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 
@@ -31,31 +32,31 @@ class a_director : public testing::Test {
 };
 
 scenario_step at(std::int64_t due_ms, std::vector<std::string> verbs) {
-    return {std::nullopt, due_ms * millisecond, std::move(verbs)};
+    return {std::nullopt, due_ms * ns_per_millisecond, std::move(verbs)};
 }
 
 TEST_F(a_director, does_each_verb_at_its_time_however_far_the_clock_jumps) {
     director tested(target, {at(10, {"status"}), at(1500, {"status"})}, print);
-    tested.advance_to(2 * second);
+    tested.advance_to(2 * ns_per_second);
     ASSERT_EQ(shown.size(), 2U);
     EXPECT_THAT(shown[0], HasSubstr("tick 100, 0.010 s\n"));
     EXPECT_THAT(shown[1], HasSubstr("tick 15000, 1.500 s\n"));
-    EXPECT_EQ(target.now_ns(), 2 * second);
+    EXPECT_EQ(target.now_ns(), 2 * ns_per_second);
 }
 
 TEST_F(a_director, says_when_there_is_something_to_do) {
     director tested(target, {at(10, {"heal"})}, print);
-    EXPECT_EQ(tested.next_due_ns(), 10 * millisecond);
-    tested.advance_to(9 * millisecond);
-    EXPECT_EQ(tested.next_due_ns(), 10 * millisecond);
-    tested.advance_to(10 * millisecond);
+    EXPECT_EQ(tested.next_due_ns(), 10 * ns_per_millisecond);
+    tested.advance_to(9 * ns_per_millisecond);
+    EXPECT_EQ(tested.next_due_ns(), 10 * ns_per_millisecond);
+    tested.advance_to(10 * ns_per_millisecond);
     EXPECT_EQ(tested.next_due_ns(), never_ns);
     EXPECT_THAT(shown, IsEmpty());
 }
 
 TEST_F(a_director, does_what_waited_for_a_datagram_right_behind_it) {
     director tested(target, {{scenario_trigger{scenario_event::connect, 0, 1}, 0, {"unplug 1"}}}, print);
-    tested.advance_to(second);
+    tested.advance_to(ns_per_second);
     EXPECT_EQ(target.devices().size(), 2U);
     receive(datagram({connect_operation(0)}));
     EXPECT_EQ(target.devices().size(), 2U);
@@ -69,27 +70,27 @@ TEST_F(a_director, does_what_waited_for_a_datagram_right_behind_it) {
 TEST_F(a_director, sees_events_on_the_way_of_a_jump) {
     director tested(target,
                     {at(0, {"delay 300"}),
-                     {scenario_trigger{scenario_event::connect, 0, 1}, 200 * millisecond, {"status"}}},
+                     {scenario_trigger{scenario_event::connect, 0, 1}, 200 * ns_per_millisecond, {"status"}}},
                     print);
     tested.advance_to(0);
     receive(datagram({connect_operation(0)}));
-    tested.advance_to(10 * second);
+    tested.advance_to(10 * ns_per_second);
     ASSERT_EQ(shown.size(), 1U);
     EXPECT_THAT(shown[0], HasSubstr(", 0.800 s\n"));
 }
 
 TEST_F(a_director, stops_at_quit) {
     director tested(target, {at(10, {"quit", "status"}), at(20, {"status"})}, print);
-    tested.advance_to(second);
+    tested.advance_to(ns_per_second);
     EXPECT_TRUE(tested.has_quit());
-    EXPECT_EQ(target.now_ns(), 10 * millisecond);
-    tested.advance_to(2 * second);
+    EXPECT_EQ(target.now_ns(), 10 * ns_per_millisecond);
+    tested.advance_to(2 * ns_per_second);
     EXPECT_THAT(shown, IsEmpty());
 }
 
 TEST_F(a_director, shows_why_a_verb_cannot_be_done_now) {
     director tested(target, {at(1, {"unplug 7", "status"})}, print);
-    tested.advance_to(millisecond);
+    tested.advance_to(ns_per_millisecond);
     ASSERT_EQ(shown.size(), 2U);
     EXPECT_THAT(shown[0], testing::StartsWith("unplug 7: there is no device 7; "));
     EXPECT_EQ(shown[0].back(), '\n');

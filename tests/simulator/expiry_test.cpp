@@ -1,5 +1,6 @@
 // Clients that fall silent, by a clock moved by hand.
 #include "simulator/bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <limits>
@@ -11,12 +12,10 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const bytes keep_alive = datagram({{0xFF, 0x01, 0x00, 0x00, 0x00}});
-
 TEST(silence, of_exactly_the_keep_alive_time_is_forgiven_and_a_nanosecond_more_is_not) {
     bench tested;
-    tested.enter(1, {}, 5 * second);
-    tested.wait(5 * second);
+    tested.enter(1, {}, 5 * ns_per_second);
+    tested.wait(5 * ns_per_second);
     EXPECT_THAT(tested.core.clients(), SizeIs(1));
     EXPECT_EQ(tested.core.next_due_ns(), tested.now + 1);
     EXPECT_THAT(tested.wait(1), IsEmpty());
@@ -26,9 +25,9 @@ TEST(silence, of_exactly_the_keep_alive_time_is_forgiven_and_a_nanosecond_more_i
 
 TEST(silence, is_broken_by_a_keep_alive) {
     bench tested;
-    tested.enter(1, {}, 5 * second);
+    tested.enter(1, {}, 5 * ns_per_second);
     for (int i = 0; i < 10; ++i) {
-        tested.wait(5 * second);
+        tested.wait(5 * ns_per_second);
         tested.send(1, keep_alive);
     }
     EXPECT_THAT(tested.core.clients(), SizeIs(1));
@@ -36,43 +35,43 @@ TEST(silence, is_broken_by_a_keep_alive) {
 
 TEST(silence, is_broken_by_a_request_even_by_a_refused_one) {
     bench tested;
-    tested.enter(1, {}, 5 * second);
-    tested.wait(4 * second);
+    tested.enter(1, {}, 5 * ns_per_second);
+    tested.wait(4 * ns_per_second);
     EXPECT_THAT(tested.send(1, datagram({{0xFF, 0xFE, 0x00, 0x00, 0x00}})), SizeIs(1));
-    tested.wait(4 * second);
+    tested.wait(4 * ns_per_second);
     EXPECT_THAT(tested.core.clients(), SizeIs(1));
 }
 
 TEST(silence, is_not_broken_by_what_is_no_datagram_of_this_protocol) {
     bench tested;
-    tested.enter(1, {}, 5 * second);
-    tested.wait(4 * second);
+    tested.enter(1, {}, 5 * ns_per_second);
+    tested.wait(4 * ns_per_second);
     EXPECT_THAT(tested.send(1, {0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06}), IsEmpty());
-    tested.wait(1 * second + 1);
+    tested.wait(1 * ns_per_second + 1);
     EXPECT_THAT(tested.core.clients(), IsEmpty());
 }
 
 TEST(silence, of_one_client_is_not_another_ones) {
     bench tested;
-    tested.enter(1, {}, 5 * second);
-    tested.enter(2, {}, 1 * second);
-    tested.wait(2 * second);
+    tested.enter(1, {}, 5 * ns_per_second);
+    tested.enter(2, {}, 1 * ns_per_second);
+    tested.wait(2 * ns_per_second);
     ASSERT_THAT(tested.core.clients(), SizeIs(1));
     EXPECT_EQ(tested.core.clients().front().id, 1U);
 }
 
 TEST(silence, ends_the_streams) {
     bench tested;
-    tested.enter(1, {1}, 2 * second);
-    EXPECT_THAT(tested.wait(2 * second), SizeIs(1));
+    tested.enter(1, {1}, 2 * ns_per_second);
+    EXPECT_THAT(tested.wait(2 * ns_per_second), SizeIs(1));
     EXPECT_THAT(tested.wait(1), IsEmpty());
     EXPECT_EQ(tested.core.next_due_ns(), std::numeric_limits<std::int64_t>::max());
 }
 
 TEST(silence, makes_the_next_request_one_of_a_stranger) {
     bench tested;
-    tested.enter(1, {1}, 1 * second);
-    tested.now += 1 * second + 1; // without a tick in between
+    tested.enter(1, {1}, 1 * ns_per_second);
+    tested.now += 1 * ns_per_second + 1; // without a tick in between
     EXPECT_THAT(tested.send(1, datagram({{0xFF, 0x2F, 0x04, 0x00, 0x09, 0x01, 0x00, 0x00, 0x00}})),
                 ElementsAre(sent{1, refusal(0x09, 1, 0xB0)}));
 }
@@ -91,9 +90,9 @@ TEST(silence, without_end_is_allowed_by_a_keep_alive_time_of_0_or_beyond_the_clo
 
 TEST(silence, is_counted_from_the_last_connect_with_the_time_it_declared) {
     bench tested;
-    tested.enter(1, {}, 1 * second);
-    tested.enter(1, {}, 10 * second);
-    tested.wait(10 * second);
+    tested.enter(1, {}, 1 * ns_per_second);
+    tested.enter(1, {}, 10 * ns_per_second);
+    tested.wait(10 * ns_per_second);
     EXPECT_THAT(tested.core.clients(), SizeIs(1));
     tested.wait(1);
     EXPECT_THAT(tested.core.clients(), IsEmpty());

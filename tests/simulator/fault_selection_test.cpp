@@ -1,5 +1,6 @@
 // Which datagrams a rule fits, how often it happens, and that a seed brings it all back.
 #include "simulator/stage_bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -90,7 +91,7 @@ TEST(fault_selection, holds_a_delayed_datagram_back_for_the_rules_behind_alone) 
     bench.add("truncate 12@dir=out");
     const bytes cut(gravity.begin(), gravity.begin() + 12);
     EXPECT_THAT(bench.out(gravity), IsEmpty());
-    EXPECT_THAT(bench.wait(10 * millisecond), ElementsAre(sent{1, cut}, sent{1, cut}));
+    EXPECT_THAT(bench.wait(10 * ns_per_millisecond), ElementsAre(sent{1, cut}, sent{1, cut}));
 }
 
 TEST(fault_selection, heals_one_kind_or_all_and_lets_go_what_was_held) {
@@ -129,7 +130,7 @@ std::vector<bytes> outcome_of(std::uint64_t seed) {
     for (int i = 0; i < 300; ++i) {
         keep(bench.in(ask_gravity));
         keep(bench.out(gravity));
-        for (const sent& one : bench.wait(millisecond)) {
+        for (const sent& one : bench.wait(ns_per_millisecond)) {
             all.push_back(one.content);
         }
         keep(bench.arrivals());

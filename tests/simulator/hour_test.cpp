@@ -2,6 +2,7 @@
 #include "network/socket.hpp"
 #include "simulator/simulation_bench.hpp"
 #include "simulator/test_client.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 #include "vantu/orvanta/simulator.hpp"
 
@@ -14,7 +15,6 @@ namespace {
 
 using namespace vantu::orvanta;
 
-const bytes keep_alive = datagram({{0xFF, 0x01, 0x00, 0x00, 0x00}});
 constexpr std::uint64_t keep_alive_time = 5'000'000'000;
 
 // The real time that passes until the end of its life, and the processor's share, as a line of the test's
@@ -47,7 +47,7 @@ TEST(an_hour, without_sockets_has_every_state_and_one_expiry) {
         const stopwatch watch("without sockets");
         for (int passed = 0; passed < 3600; ++passed) {
             bench.send(1, keep_alive);
-            for (const sent& one : bench.wait(second)) {
+            for (const sent& one : bench.wait(ns_per_second)) {
                 (one.to == 1 ? to_the_first : to_the_silent) += 1;
             }
         }

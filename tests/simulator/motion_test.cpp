@@ -1,5 +1,6 @@
 // How the simulated devices move, and the currents that it takes.
 #include "simulator/service/motion.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <algorithm>
 #include <array>
@@ -17,9 +18,9 @@ using testing::Each;
 using testing::FloatNear;
 using testing::Gt;
 using testing::Lt;
+using vantu::orvanta::ns_per_second;
 
-constexpr std::int64_t second = 1'000'000'000;
-constexpr std::int64_t hour = 3600 * second;
+constexpr std::int64_t hour = 3600 * ns_per_second;
 constexpr std::uint8_t left = 2;
 
 device nth_orvanta3(std::uint32_t place, configuration settings = {}) {
@@ -80,7 +81,7 @@ TEST(a_cursor, stays_within_the_reach_of_its_device_for_an_hour) {
         for (const configuration& settings : {configuration(), left_handed()}) {
             const device one = nth_orvanta3(place, settings);
             double farthest = 0;
-            for (std::int64_t now = 0; now < hour; now += second / 10) {
+            for (std::int64_t now = 0; now < hour; now += ns_per_second / 10) {
                 const auto at = cursor_of(one, now);
                 farthest = std::max(farthest, std::hypot(at[0] - 0.25 * place, at[1], at[2]));
             }
@@ -91,10 +92,10 @@ TEST(a_cursor, stays_within_the_reach_of_its_device_for_an_hour) {
 }
 
 TEST(a_cursor, tells_the_velocity_with_which_it_moves) {
-    constexpr std::int64_t step = second / 100;
+    constexpr std::int64_t step = ns_per_second / 100;
     for (const configuration& settings : {configuration(), left_handed()}) {
         const device one = nth_orvanta3(0, settings);
-        for (std::int64_t now = step; now < 600 * second; now += 37 * step) {
+        for (std::int64_t now = step; now < 600 * ns_per_second; now += 37 * step) {
             const auto before = cursor_at(one, now - step);
             const auto here = cursor_at(one, now);
             const auto behind = cursor_at(one, now + step);
@@ -111,7 +112,7 @@ TEST(a_cursor, does_move_along_every_axis) {
     for (std::size_t axis = 0; axis < 3; ++axis) {
         float lowest = 1;
         float highest = -1;
-        for (std::int64_t now = 0; now < 10 * second; now += second / 10) {
+        for (std::int64_t now = 0; now < 10 * ns_per_second; now += ns_per_second / 10) {
             lowest = std::min(lowest, cursor_of(one, now)[axis]);
             highest = std::max(highest, cursor_of(one, now)[axis]);
         }
@@ -122,7 +123,7 @@ TEST(a_cursor, does_move_along_every_axis) {
 TEST(handedness, mirrors_path_velocity_and_orientation) {
     for (const std::uint32_t place : {0U, 3U}) {
         const float centre = 0.25F * static_cast<float>(place);
-        for (std::int64_t now = 0; now < 60 * second; now += second * 13 / 7) {
+        for (std::int64_t now = 0; now < 60 * ns_per_second; now += ns_per_second * 13 / 7) {
             const auto right_cursor = cursor_of(nth_orvanta3(place), now);
             const auto left_cursor = cursor_of(nth_orvanta3(place, left_handed()), now);
             const float mirrored[]{2 * centre - right_cursor[0],
@@ -149,7 +150,7 @@ TEST(an_orientation, is_a_unit_quaternion_for_an_hour) {
         for (const configuration& settings : {configuration(), left_handed()}) {
             const device one = nth_orvanta3(place, settings);
             double farthest = 0;
-            for (std::int64_t now = 0; now < hour; now += second / 10) {
+            for (std::int64_t now = 0; now < hour; now += ns_per_second / 10) {
                 const auto at = orientation_at(one, now);
                 const double norm =
                     std::sqrt(static_cast<double>(at.r) * at.r + static_cast<double>(at.x) * at.x +
@@ -162,7 +163,7 @@ TEST(an_orientation, is_a_unit_quaternion_for_an_hour) {
 }
 
 TEST(currents, grow_with_the_factor_where_a_motor_carries_weight) {
-    for (std::int64_t now = 0; now < 100 * second; now += second * 3) {
+    for (std::int64_t now = 0; now < 100 * ns_per_second; now += ns_per_second * 3) {
         auto last = currents_of(nth_orvanta3(0, with_gravity(true, 0)), now);
         for (int tenths = 1; tenths <= 10; ++tenths) {
             const float factor = static_cast<float>(tenths) / 10;
@@ -176,7 +177,7 @@ TEST(currents, grow_with_the_factor_where_a_motor_carries_weight) {
 }
 
 TEST(currents, of_a_factor_of_0_are_those_without_gravity_compensation) {
-    for (std::int64_t now = 0; now < 100 * second; now += second / 3) {
+    for (std::int64_t now = 0; now < 100 * ns_per_second; now += ns_per_second / 3) {
         const auto none = motor_current_at(nth_orvanta3(0, with_gravity(true, 0)), now);
         const auto off = motor_current_at(nth_orvanta3(0, with_gravity(false, 1)), now);
         EXPECT_EQ(std::memcmp(&none, &off, sizeof none), 0);
@@ -186,7 +187,7 @@ TEST(currents, of_a_factor_of_0_are_those_without_gravity_compensation) {
 }
 
 TEST(currents, take_six_tenths_with_torque_scaling) {
-    for (std::int64_t now = 0; now < 100 * second; now += second / 3) {
+    for (std::int64_t now = 0; now < 100 * ns_per_second; now += ns_per_second / 3) {
         const auto scaled = motor_current_at(nth_orvanta3(0, with_gravity(true, 0.75F, true)), now);
         const auto whole = motor_current_at(nth_orvanta3(0, with_gravity(true, 0.75F, false)), now);
         for (int motor = 0; motor < 3; ++motor) {
@@ -197,7 +198,7 @@ TEST(currents, take_six_tenths_with_torque_scaling) {
 
 TEST(currents, stay_plausible) {
     for (const device& one : make_devices(4, 0)) {
-        for (std::int64_t now = 0; now < 100 * second; now += second / 3) {
+        for (std::int64_t now = 0; now < 100 * ns_per_second; now += ns_per_second / 3) {
             EXPECT_THAT(currents_of(one, now), Each(testing::AllOf(Gt(-1.0F), Lt(1.0F))));
         }
     }
@@ -215,7 +216,7 @@ TEST(sixteen_devices, never_show_the_same_whatever_their_hands) {
     for (device& one : devices) {
         one.settings.gravity_compensation = one.id % 2 == 0;
     }
-    for (std::int64_t now = 0; now < hour; now += second * 7 / 10) {
+    for (std::int64_t now = 0; now < hour; now += ns_per_second * 7 / 10) {
         std::set<std::string> cursors;
         std::set<std::string> orientations;
         std::set<std::string> currents;
@@ -238,7 +239,7 @@ TEST(sixteen_devices, never_show_the_same_whatever_their_hands) {
 
 TEST(a_grip, tells_a_unit_quaternion_and_counts_its_tail) {
     const device grip = make_device(2, 0);
-    for (std::int64_t now = 0; now < 20 * second; now += second / 3) {
+    for (std::int64_t now = 0; now < 20 * ns_per_second; now += ns_per_second / 3) {
         const grip_state state = grip_at(grip, now);
         EXPECT_EQ(state.head.tail_count, 4);
         float parts[4];
@@ -254,7 +255,7 @@ TEST(a_grip, closes_and_opens_and_presses_the_button_when_closed) {
     int pressed = 0;
     int presses = 0;
     int last = 0;
-    for (std::int64_t now = 0; now < 50 * second; now += second / 100) {
+    for (std::int64_t now = 0; now < 50 * ns_per_second; now += ns_per_second / 100) {
         const grip_state state = grip_at(grip, now);
         for (std::size_t finger = 0; finger < 4; ++finger) {
             pressures[finger].insert(static_cast<int>(state.tail[finger]));
@@ -276,9 +277,9 @@ TEST(a_grip, closes_and_opens_and_presses_the_button_when_closed) {
 
 TEST(motion, goes_on_when_the_clock_has_run_for_years) {
     const device one = nth_orvanta3(0);
-    const std::int64_t late = 9'000'000'000 * second;
+    const std::int64_t late = 9'000'000'000 * ns_per_second;
     EXPECT_LE(std::abs(cursor_of(one, late)[0]), 0.1F);
-    EXPECT_NE(cursor_of(one, late), cursor_of(one, late + second));
+    EXPECT_NE(cursor_of(one, late), cursor_of(one, late + ns_per_second));
 }
 
 } // namespace

@@ -13,7 +13,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-constexpr std::uint8_t tag = 0xC7;
+constexpr std::uint8_t refused_tag = 0xC7;
 constexpr std::uint32_t no_such_device = 0x01020304;
 
 // A request that names a device; the argument is what follows the device id.
@@ -43,7 +43,7 @@ const device_request device_requests[] = {
 
 bytes request_of(const device_request& which, std::uint32_t device_id) {
     const auto length = static_cast<std::uint8_t>(4 + which.good_argument.size());
-    return join({{0xFF, which.code, length, 0x00, tag}, u32(device_id), which.good_argument});
+    return join({{0xFF, which.code, length, 0x00, refused_tag}, u32(device_id), which.good_argument});
 }
 
 class each_request : public testing::TestWithParam<device_request> {};
@@ -56,13 +56,13 @@ TEST_P(each_request, is_answered_without_an_error_when_nothing_is_wrong) {
     const sent_list answer = tested.send(1, datagram({request_of(GetParam(), 1)}));
     ASSERT_FALSE(answer.empty());
     EXPECT_NE(answer[0].content.at(7), 240);
-    EXPECT_EQ(answer[0].content.at(10), tag);
+    EXPECT_EQ(answer[0].content.at(10), refused_tag);
 }
 
 TEST_P(each_request, of_a_stranger_is_refused) {
     bench tested;
     EXPECT_THAT(tested.send(1, datagram({request_of(GetParam(), 1)})),
-                ElementsAre(sent{1, refusal(tag, 1, 0xB0)}));
+                ElementsAre(sent{1, refusal(refused_tag, 1, 0xB0)}));
     EXPECT_THAT(tested.lines,
                 ElementsAre("refused with status 0xb0, client is not connected; device 1, tag 199"));
 }
@@ -72,7 +72,7 @@ TEST_P(each_request, for_a_device_that_is_not_there_is_refused) {
     tested.enter(1, {1, 1001});
     for (const std::uint32_t id : {no_such_device, 0U, 2U, 1000U, 1002U, 0xFFFFFFFFU}) {
         EXPECT_THAT(tested.send(1, datagram({request_of(GetParam(), id)})),
-                    ElementsAre(sent{1, refusal(tag, id, 0xC0)}));
+                    ElementsAre(sent{1, refusal(refused_tag, id, 0xC0)}));
     }
 }
 
@@ -81,7 +81,7 @@ TEST_P(each_request, for_a_palmetron_is_refused_where_only_an_orvanta3_has_an_an
     tested.enter(1, {1, 1001});
     const sent_list answer = tested.send(1, datagram({request_of(GetParam(), 1001)}));
     if (GetParam().needs_orvanta3) {
-        EXPECT_THAT(answer, ElementsAre(sent{1, refusal(tag, 1001, 0xC1)}));
+        EXPECT_THAT(answer, ElementsAre(sent{1, refusal(refused_tag, 1001, 0xC1)}));
     } else {
         ASSERT_EQ(answer.size(), 1U);
         EXPECT_EQ(answer[0].content.at(7), GetParam().code + 1);
@@ -94,7 +94,7 @@ TEST_P(each_request, for_a_device_that_this_client_has_not_opened_is_refused) {
     tested.enter(2, {1});
     const sent_list answer = tested.send(1, datagram({request_of(GetParam(), 1)}));
     if (GetParam().needs_opening) {
-        EXPECT_THAT(answer, ElementsAre(sent{1, refusal(tag, 1, 0xB1)}));
+        EXPECT_THAT(answer, ElementsAre(sent{1, refusal(refused_tag, 1, 0xB1)}));
     } else {
         ASSERT_EQ(answer.size(), 1U);
         EXPECT_EQ(answer[0].content.at(7), GetParam().code + 1);
@@ -112,15 +112,16 @@ TEST_P(each_request, with_a_body_too_short_or_too_long_is_refused_and_changes_no
             bytes changed = request;
             changed.resize(5U + wrong, 0x01);
             changed[2] = wrong;
-            EXPECT_THAT(tested.send(1, datagram({changed})), ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
+            EXPECT_THAT(tested.send(1, datagram({changed})),
+                        ElementsAre(sent{1, refusal(refused_tag, 0, 0xA2)}));
         }
     }
     // One byte more is claimed than there is; then one byte less is there than is claimed.
     ++request[2];
-    EXPECT_THAT(tested.send(1, datagram({request})), ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
+    EXPECT_THAT(tested.send(1, datagram({request})), ElementsAre(sent{1, refusal(refused_tag, 0, 0xA2)}));
     --request[2];
     request.pop_back();
-    EXPECT_THAT(tested.send(1, datagram({request})), ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
+    EXPECT_THAT(tested.send(1, datagram({request})), ElementsAre(sent{1, refusal(refused_tag, 0, 0xA2)}));
     EXPECT_EQ(tested.core.devices()[0].settings, before);
 }
 
@@ -145,26 +146,26 @@ TEST(refusals, of_an_unknown_operation_are_the_same_for_clients_and_strangers) {
     for (unsigned code = 0; code < 256; ++code) {
         const auto value = static_cast<std::uint8_t>(code);
         if (!known.contains(value)) {
-            const bytes request = datagram({{0xFF, value, 0x00, 0x00, tag}});
-            EXPECT_THAT(tested.send(1, request), ElementsAre(sent{1, refusal(tag, 0, 0xA1)}));
-            EXPECT_THAT(tested.send(2, request), ElementsAre(sent{2, refusal(tag, 0, 0xA1)}));
+            const bytes request = datagram({{0xFF, value, 0x00, 0x00, refused_tag}});
+            EXPECT_THAT(tested.send(1, request), ElementsAre(sent{1, refusal(refused_tag, 0, 0xA1)}));
+            EXPECT_THAT(tested.send(2, request), ElementsAre(sent{2, refusal(refused_tag, 0, 0xA1)}));
         }
     }
 }
 
 TEST(refusals, of_a_body_cover_the_operations_of_a_connection_too) {
     bench tested;
-    EXPECT_THAT(tested.send(1, datagram({{0xFF, 0x01, 0x01, 0x00, tag, 0x00}})),
-                ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
-    EXPECT_THAT(tested.send(1, datagram({{0xFF, 0x05, 0x01, 0x00, tag, 0x00}})),
-                ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
-    bytes shortened = datagram({connect_operation(tag)});
+    EXPECT_THAT(tested.send(1, datagram({{0xFF, 0x01, 0x01, 0x00, refused_tag, 0x00}})),
+                ElementsAre(sent{1, refusal(refused_tag, 0, 0xA2)}));
+    EXPECT_THAT(tested.send(1, datagram({{0xFF, 0x05, 0x01, 0x00, refused_tag, 0x00}})),
+                ElementsAre(sent{1, refusal(refused_tag, 0, 0xA2)}));
+    bytes shortened = datagram({connect_operation(refused_tag)});
     shortened.pop_back();
-    EXPECT_THAT(tested.send(1, shortened), ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
-    bytes longer = datagram({connect_operation(tag)});
+    EXPECT_THAT(tested.send(1, shortened), ElementsAre(sent{1, refusal(refused_tag, 0, 0xA2)}));
+    bytes longer = datagram({connect_operation(refused_tag)});
     longer[6 + 2] = 113;
     longer.push_back(0);
-    EXPECT_THAT(tested.send(1, longer), ElementsAre(sent{1, refusal(tag, 0, 0xA2)}));
+    EXPECT_THAT(tested.send(1, longer), ElementsAre(sent{1, refusal(refused_tag, 0, 0xA2)}));
     EXPECT_THAT(tested.core.clients(), IsEmpty());
 }
 
@@ -206,9 +207,10 @@ TEST_P(each_wrong_argument, is_refused_and_changes_nothing) {
     const auto before = tested.core.devices()[0].settings;
     const auto length = static_cast<std::uint8_t>(4 + GetParam().argument.size());
     EXPECT_THAT(
-        tested.send(1, datagram({join({{0xFF, GetParam().code, length, 0x00, tag, 0x01, 0x00, 0x00, 0x00},
-                                       GetParam().argument})})),
-        ElementsAre(sent{1, refusal(tag, 1, 0xA3)}));
+        tested.send(
+            1, datagram({join({{0xFF, GetParam().code, length, 0x00, refused_tag, 0x01, 0x00, 0x00, 0x00},
+                               GetParam().argument})})),
+        ElementsAre(sent{1, refusal(refused_tag, 1, 0xA3)}));
     EXPECT_EQ(tested.core.devices()[0].settings, before);
 }
 

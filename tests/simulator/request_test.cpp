@@ -1,5 +1,6 @@
 // Every request of a client and its answer, byte by byte.
 #include "simulator/bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <cmath>
 #include <gmock/gmock.h>
@@ -53,7 +54,7 @@ TEST(closing, is_confirmed_and_ends_the_streams_of_that_device_alone) {
     EXPECT_THAT(tested.send(1, datagram({{0xFF, 0x14, 0x04, 0x00, 0xFF, 0x01, 0x00, 0x00, 0x00}})),
                 ElementsAre(sent{1, datagram({{0xFF, 0x15, 0x04, 0x00, 0xFF, 0x01, 0x00, 0x00, 0x00}})}));
     EXPECT_THAT(tested.lines, ElementsAre("client 1: closed device 1"));
-    const sent_list streams = tested.wait(second);
+    const sent_list streams = tested.wait(ns_per_second);
     ASSERT_THAT(streams, SizeIs(1));
     EXPECT_EQ(streams[0].content[6 + 1], 40); // the Palmetron's state, nothing ahead of it
 }
@@ -63,7 +64,7 @@ TEST(closing, and_opening_again_starts_the_streams_anew) {
     tested.enter(1, {1});
     tested.wait(0);
     tested.send(1, datagram({{0xFF, 0x14, 0x04, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00}}));
-    EXPECT_THAT(tested.wait(second), IsEmpty());
+    EXPECT_THAT(tested.wait(ns_per_second), IsEmpty());
     tested.send(1, datagram({{0xFF, 0x12, 0x06, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}}));
     EXPECT_THAT(tested.wait(0), SizeIs(1));
 }

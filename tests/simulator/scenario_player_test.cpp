@@ -1,5 +1,6 @@
 // The player of scenarios, with times and operations made up by the test.
 #include "simulator/control/scenario_player.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <array>
 #include <gmock/gmock.h>
@@ -10,16 +11,15 @@ namespace {
 using namespace vantu::orvanta::simulator;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using vantu::orvanta::ns_per_millisecond;
 using vantu::orvanta::communication::direction;
 
-constexpr std::int64_t ms = 1'000'000;
-
 scenario_step at(std::int64_t due_ms, std::vector<std::string> verbs) {
-    return {std::nullopt, due_ms * ms, std::move(verbs)};
+    return {std::nullopt, due_ms * ns_per_millisecond, std::move(verbs)};
 }
 
 scenario_step after(scenario_trigger trigger, std::int64_t delay_ms, std::vector<std::string> verbs) {
-    return {trigger, delay_ms * ms, std::move(verbs)};
+    return {trigger, delay_ms * ns_per_millisecond, std::move(verbs)};
 }
 
 TEST(scenario_player, hands_out_nothing_where_there_are_no_steps) {
@@ -31,33 +31,34 @@ TEST(scenario_player, hands_out_nothing_where_there_are_no_steps) {
 
 TEST(scenario_player, hands_out_a_step_at_its_time_and_once) {
     scenario_player player({at(20, {"heal"})});
-    EXPECT_EQ(player.next_due_ns(), 20 * ms);
-    EXPECT_THAT(player.take_due(20 * ms - 1), IsEmpty());
+    EXPECT_EQ(player.next_due_ns(), 20 * ns_per_millisecond);
+    EXPECT_THAT(player.take_due(20 * ns_per_millisecond - 1), IsEmpty());
     EXPECT_FALSE(player.is_finished());
-    EXPECT_THAT(player.take_due(20 * ms), ElementsAre("heal"));
+    EXPECT_THAT(player.take_due(20 * ns_per_millisecond), ElementsAre("heal"));
     EXPECT_TRUE(player.is_finished());
-    EXPECT_THAT(player.take_due(30 * ms), IsEmpty());
+    EXPECT_THAT(player.take_due(30 * ns_per_millisecond), IsEmpty());
 }
 
 TEST(scenario_player, hands_out_late_steps_by_their_times_and_those_of_one_time_by_their_places) {
     scenario_player player({at(30, {"third"}), at(10, {"first", "and on"}), at(20, {"second"}),
                             at(10, {"first too"}), at(40, {"not yet"})});
-    EXPECT_EQ(player.next_due_ns(), 10 * ms);
-    EXPECT_THAT(player.take_due(35 * ms), ElementsAre("first", "and on", "first too", "second", "third"));
-    EXPECT_EQ(player.next_due_ns(), 40 * ms);
-    EXPECT_THAT(player.take_due(40 * ms), ElementsAre("not yet"));
+    EXPECT_EQ(player.next_due_ns(), 10 * ns_per_millisecond);
+    EXPECT_THAT(player.take_due(35 * ns_per_millisecond),
+                ElementsAre("first", "and on", "first too", "second", "third"));
+    EXPECT_EQ(player.next_due_ns(), 40 * ns_per_millisecond);
+    EXPECT_THAT(player.take_due(40 * ns_per_millisecond), ElementsAre("not yet"));
 }
 
 TEST(scenario_player, waits_for_an_event_and_then_for_the_delay) {
     scenario_player player({after({scenario_event::connect, 0, 1}, 5, {"unplug 1"})});
     EXPECT_EQ(player.next_due_ns(), never_ns);
-    EXPECT_THAT(player.take_due(100 * ms), IsEmpty());
-    player.observe({direction::to_client, 4}, 100 * ms);
-    EXPECT_EQ(player.next_due_ns(), 105 * ms);
-    EXPECT_THAT(player.take_due(104 * ms), IsEmpty());
-    player.observe({direction::to_client, 4}, 104 * ms);
-    EXPECT_THAT(player.take_due(105 * ms), ElementsAre("unplug 1"));
-    player.observe({direction::to_client, 4}, 106 * ms);
+    EXPECT_THAT(player.take_due(100 * ns_per_millisecond), IsEmpty());
+    player.observe({direction::to_client, 4}, 100 * ns_per_millisecond);
+    EXPECT_EQ(player.next_due_ns(), 105 * ns_per_millisecond);
+    EXPECT_THAT(player.take_due(104 * ns_per_millisecond), IsEmpty());
+    player.observe({direction::to_client, 4}, 104 * ns_per_millisecond);
+    EXPECT_THAT(player.take_due(105 * ns_per_millisecond), ElementsAre("unplug 1"));
+    player.observe({direction::to_client, 4}, 106 * ns_per_millisecond);
     EXPECT_EQ(player.next_due_ns(), never_ns);
 }
 

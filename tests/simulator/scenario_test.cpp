@@ -3,6 +3,7 @@
 
 #include "simulator/control/located_json.hpp"
 #include "simulator/simulation/verbs.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <filesystem>
 #include <fstream>
@@ -16,8 +17,7 @@ using namespace vantu::orvanta::simulator;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-constexpr std::int64_t ms = 1'000'000;
+using vantu::orvanta::ns_per_millisecond;
 
 // "LINE: message", or empty where the text is right.
 std::string complaint_of(const std::string& text) {
@@ -97,7 +97,7 @@ TEST(a_scenario, has_steps_at_times_and_after_events) {
         {"after": {"event": "connect", "n": 2}, "delay": 0, "do": "goodbye"}]})");
     ASSERT_EQ(read.steps.size(), 5U);
     EXPECT_FALSE(read.steps[0].after);
-    EXPECT_EQ(read.steps[0].due_ns, 1500 * ms);
+    EXPECT_EQ(read.steps[0].due_ns, 1500 * ns_per_millisecond);
     EXPECT_THAT(read.steps[0].verbs, ElementsAre("heal"));
     EXPECT_EQ(read.steps[1].after->event, scenario_event::open);
     EXPECT_EQ(read.steps[1].after->nth, 1U);
@@ -106,7 +106,7 @@ TEST(a_scenario, has_steps_at_times_and_after_events) {
     EXPECT_EQ(read.steps[2].after->event, scenario_event::request);
     EXPECT_EQ(read.steps[2].after->code, 66);
     EXPECT_EQ(read.steps[2].after->nth, 3U);
-    EXPECT_EQ(read.steps[2].due_ns, 20 * ms);
+    EXPECT_EQ(read.steps[2].due_ns, 20 * ns_per_millisecond);
     EXPECT_EQ(read.steps[3].after->code, 64);
     EXPECT_EQ(read.steps[4].after->event, scenario_event::connect);
     EXPECT_EQ(read.steps[4].after->nth, 2U);

@@ -1,6 +1,7 @@
 // Devices that come, go and remember, in a simulation.
 #include "simulator/simulation_bench.hpp"
 #include "support/scratch_folder.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -22,7 +23,6 @@ const bytes half_told =
     datagram({{0xFF, 0x42, 0x09, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x3F}});
 const bytes factory_told =
     datagram({{0xFF, 0x42, 0x09, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x40, 0x3F}});
-const bytes first_removed = datagram({{0xFF, 0x11, 0x04, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00}});
 
 std::vector<std::uint32_t> ids_of(const simulation& tested) {
     std::vector<std::uint32_t> ids;
@@ -43,7 +43,7 @@ TEST(a_device_unplugged, is_told_to_all_clients_and_closed_for_all) {
     EXPECT_THAT(ids_of(bench.tested), ElementsAre(1001));
     EXPECT_THAT(bench.tested.clients()[0].opened, SizeIs(1));
     EXPECT_THAT(bench.tested.clients()[1].opened, IsEmpty());
-    for (const sent& one : bench.wait(second)) {
+    for (const sent& one : bench.wait(ns_per_second)) {
         EXPECT_EQ(one.to, 1U);
         EXPECT_EQ(one.content.at(7), 40);
     }
@@ -62,7 +62,7 @@ TEST(a_device_plugged_in_again, is_the_same_one_and_not_opened) {
     const bytes listed = datagram({orvanta3_added, orvanta3_details});
     EXPECT_THAT(bench.take(), ElementsAre(sent{1, listed}, sent{2, listed}));
     EXPECT_THAT(bench.send(1, request_of(0x2F, 9, 1)), ElementsAre(sent{1, refusal(9, 1, 0xB1)}));
-    EXPECT_THAT(bench.wait(second), IsEmpty());
+    EXPECT_THAT(bench.wait(ns_per_second), IsEmpty());
 }
 
 TEST(a_device_plugged_in, takes_the_lowest_free_identity_of_its_type) {

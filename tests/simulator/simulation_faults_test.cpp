@@ -1,5 +1,6 @@
 // What faults ask of the simulation around the service: ends, restarts, devices that come and go.
 #include "simulator/simulation_bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 
@@ -11,10 +12,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const bytes keep_alive = datagram({{0xFF, 0x01, 0x00, 0x00, 0x00}});
-const bytes goodbye = datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}});
 const bytes listed_again = datagram({orvanta3_added, orvanta3_details});
-const bytes first_removed = datagram({{0xFF, 0x11, 0x04, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00}});
 
 void fail(simulation_bench& bench, fault_kind kind, std::string_view text) {
     bench.tested.add_fault(parse_fault(kind, text));
@@ -37,7 +35,7 @@ TEST(a_fault, that_says_goodbye_forgets_that_client_alone) {
     fail(bench, fault_kind::goodbye, "@op=19,n=1");
     const sent_list answers = bench.send(2, open_request(5, 1));
     ASSERT_THAT(answers, SizeIs(2));
-    EXPECT_EQ(answers[1], (sent{2, goodbye}));
+    EXPECT_EQ(answers[1], (sent{2, goodbye_of_the_service}));
     ASSERT_THAT(bench.tested.clients(), SizeIs(1));
     EXPECT_EQ(bench.tested.clients()[0].address.address.address.bytes[0], std::byte{1});
 }
@@ -79,10 +77,10 @@ TEST(faults, are_counted_and_healed_from_outside) {
     simulation_bench bench;
     bench.enter(1, {1});
     fail(bench, fault_kind::drop, "1@dir=out");
-    EXPECT_THAT(bench.wait(second), IsEmpty());
+    EXPECT_THAT(bench.wait(ns_per_second), IsEmpty());
     EXPECT_EQ(bench.tested.faults().happened(fault_kind::drop), 100U);
     bench.tested.faults().heal();
-    EXPECT_THAT(bench.wait(second), SizeIs(100));
+    EXPECT_THAT(bench.wait(ns_per_second), SizeIs(100));
 }
 
 TEST(faults, that_delay_let_go_on_the_tick) {
@@ -90,7 +88,7 @@ TEST(faults, that_delay_let_go_on_the_tick) {
     bench.enter(1);
     fail(bench, fault_kind::delay, "20@dir=out");
     EXPECT_THAT(bench.send(1, open_request(5, 1001)), IsEmpty());
-    EXPECT_THAT(bench.wait(20 * millisecond - tick_ns), IsEmpty());
+    EXPECT_THAT(bench.wait(20 * ns_per_millisecond - tick_ns), IsEmpty());
     EXPECT_THAT(bench.wait(tick_ns), SizeIs(1));
 }
 

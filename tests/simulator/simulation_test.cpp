@@ -1,5 +1,6 @@
 // The simulation's time, its repeatability, its ends of connections and what it tells observers.
 #include "simulator/simulation_bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <limits>
@@ -13,8 +14,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using way = vantu::orvanta::communication::direction;
-
-const bytes goodbye = datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}});
 
 simulation_settings seeded(std::uint64_t seed) {
     simulation_settings settings;
@@ -40,23 +39,23 @@ sent_list session(std::uint64_t seed, std::int64_t step) {
     };
     add(bench.send(1, datagram({connect_operation(7)})));
     add(bench.send(1, open_request(1, 1)));
-    pass(100 * millisecond);
+    pass(100 * ns_per_millisecond);
     add(bench.send(2, datagram({connect_operation(8)})));
     add(bench.send(2, open_request(1, 1001)));
-    pass(second);
+    pass(ns_per_second);
     bench.tested.restart();
     add(bench.send(1, datagram({connect_operation(9)})));
-    pass(50 * millisecond);
+    pass(50 * ns_per_millisecond);
     return all;
 }
 
 TEST(a_simulation, sends_the_same_bytes_for_the_same_seed_and_inputs_however_time_is_cut) {
-    const sent_list whole = session(5, second);
+    const sent_list whole = session(5, ns_per_second);
     EXPECT_GT(whole.size(), 200U);
-    EXPECT_EQ(session(5, second), whole);
+    EXPECT_EQ(session(5, ns_per_second), whole);
     EXPECT_EQ(session(5, tick_ns), whole);
-    EXPECT_EQ(session(5, 7 * millisecond), whole);
-    EXPECT_NE(session(6, second), whole);
+    EXPECT_EQ(session(5, 7 * ns_per_millisecond), whole);
+    EXPECT_NE(session(6, ns_per_second), whole);
 }
 
 TEST(a_simulation, gives_ids_that_differ_from_seed_to_seed) {
@@ -74,7 +73,7 @@ TEST(time, moves_by_whole_ticks_and_never_back) {
     EXPECT_EQ(bench.tested.counters().ticks, 1U);
     bench.tested.advance_to(50'000);
     EXPECT_EQ(bench.tested.now_ns(), 100'000);
-    bench.tested.advance_to(3 * second);
+    bench.tested.advance_to(3 * ns_per_second);
     EXPECT_EQ(bench.tested.counters().ticks, 30'000U);
 }
 
@@ -93,19 +92,19 @@ TEST(time, brings_the_first_state_a_tick_behind_the_opening) {
     EXPECT_THAT(bench.wait(tick_ns - 1), IsEmpty());
     EXPECT_THAT(bench.wait(tick_ns), SizeIs(1));
     // The rate is kept from the opening on.
-    EXPECT_EQ(bench.tested.next_due_ns(), bench.tested.now_ns() - tick_ns + 10 * millisecond);
+    EXPECT_EQ(bench.tested.next_due_ns(), bench.tested.now_ns() - tick_ns + 10 * ns_per_millisecond);
 }
 
 TEST(time, that_passes_at_once_misses_no_state) {
     simulation_bench bench;
     bench.enter(1, {1});
-    EXPECT_THAT(bench.wait(10 * second), SizeIs(1000));
+    EXPECT_THAT(bench.wait(10 * ns_per_second), SizeIs(1000));
 }
 
 TEST(time, forgets_a_silent_client_at_the_first_tick_behind_its_keep_alive_time) {
     simulation_bench bench;
-    bench.enter(1, {}, 5 * second);
-    bench.tested.advance_to(5 * second);
+    bench.enter(1, {}, 5 * ns_per_second);
+    bench.tested.advance_to(5 * ns_per_second);
     EXPECT_THAT(bench.tested.clients(), SizeIs(1));
     bench.wait(tick_ns);
     EXPECT_THAT(bench.tested.clients(), IsEmpty());
@@ -120,7 +119,7 @@ TEST(a_restart, forgets_all_clients_without_a_word_and_gives_new_ids) {
     EXPECT_THAT(bench.take(), IsEmpty());
     EXPECT_THAT(bench.tested.clients(), IsEmpty());
     EXPECT_EQ(bench.tested.counters().restarts, 1U);
-    EXPECT_THAT(bench.wait(second), IsEmpty());
+    EXPECT_THAT(bench.wait(ns_per_second), IsEmpty());
     EXPECT_THAT(bench.send(1, request_of(0x2F, 9, 1)), ElementsAre(sent{1, refusal(9, 1, 0xB0)}));
     EXPECT_NE(id_in(bench.send(1, datagram({connect_operation(0)}))), before);
 }
@@ -130,7 +129,7 @@ TEST(a_goodbye, goes_to_all_clients_and_forgets_them) {
     bench.enter(1);
     bench.enter(2);
     bench.tested.say_goodbye();
-    EXPECT_THAT(bench.take(), ElementsAre(sent{1, goodbye}, sent{2, goodbye}));
+    EXPECT_THAT(bench.take(), ElementsAre(sent{1, goodbye_of_the_service}, sent{2, goodbye_of_the_service}));
     EXPECT_THAT(bench.tested.clients(), IsEmpty());
 }
 
@@ -140,7 +139,7 @@ TEST(a_service, says_goodbye_to_one_client_and_keeps_the_others) {
     core.enter(2);
     core.core.say_goodbye_to(peer_of(1));
     core.core.say_goodbye_to(peer_of(3));
-    EXPECT_THAT(core.take(), ElementsAre(sent{1, goodbye}));
+    EXPECT_THAT(core.take(), ElementsAre(sent{1, goodbye_of_the_service}));
     ASSERT_THAT(core.core.clients(), SizeIs(1));
     EXPECT_EQ(core.core.clients().front().id, 2U);
 }
@@ -152,7 +151,7 @@ TEST(counters, tell_of_datagrams_in_and_out) {
     bench.send(1, open_request(0, 1));
     EXPECT_EQ(bench.tested.counters().received, 3U);
     EXPECT_EQ(bench.tested.counters().sent, 2U);
-    bench.wait(20 * millisecond);
+    bench.wait(20 * ns_per_millisecond);
     EXPECT_EQ(bench.tested.counters().sent, 5U);
 }
 

@@ -1,5 +1,6 @@
 // What flows to a client that has opened devices, by a clock moved by hand.
 #include "simulator/bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <limits>
@@ -81,7 +82,7 @@ TEST(streams, of_a_palmetron_begin_at_once_with_a_state_of_a_counted_tail_and_th
 TEST(streams, carry_a_hundred_states_and_one_status_a_second) {
     bench tested;
     tested.enter(1, {1, 1001});
-    const std::map<int, int> counts = count_until(tested, tested.now + 10 * second - 1);
+    const std::map<int, int> counts = count_until(tested, tested.now + 10 * ns_per_second - 1);
     EXPECT_EQ(counts, (std::map<int, int>{{33, 1000}, {40, 1000}, {80, 10}, {81, 20}}));
 }
 
@@ -90,27 +91,28 @@ TEST(streams, keep_the_rate_that_is_asked_for) {
          std::map<double, int>{{0.5, 5}, {1, 10}, {250, 2500}, {10'000, 100'000}}) {
         bench tested(at_rate(hertz));
         tested.enter(1, {1});
-        EXPECT_EQ(count_until(tested, tested.now + 10 * second - 1)[33], states) << hertz;
+        EXPECT_EQ(count_until(tested, tested.now + 10 * ns_per_second - 1)[33], states) << hertz;
     }
 }
 
 TEST(streams, have_no_states_at_a_rate_of_0_and_their_status_all_the_same) {
     bench tested(at_rate(0));
     tested.enter(1, {1});
-    EXPECT_EQ(count_until(tested, tested.now + 3 * second - 1), (std::map<int, int>{{80, 3}, {81, 3}}));
+    EXPECT_EQ(count_until(tested, tested.now + 3 * ns_per_second - 1),
+              (std::map<int, int>{{80, 3}, {81, 3}}));
 }
 
 TEST(streams, of_a_rate_next_to_nothing_send_one_state) {
     bench tested(at_rate(std::numeric_limits<double>::denorm_min()));
     tested.enter(1, {1});
-    EXPECT_EQ(count_until(tested, tested.now + 5 * second - 1)[33], 1);
+    EXPECT_EQ(count_until(tested, tested.now + 5 * ns_per_second - 1)[33], 1);
 }
 
 TEST(streams, send_nothing_ahead_of_the_due_time) {
     bench tested;
     tested.enter(1, {1});
     tested.wait(0);
-    EXPECT_THAT(tested.wait(10 * millisecond - 1), IsEmpty());
+    EXPECT_THAT(tested.wait(10 * ns_per_millisecond - 1), IsEmpty());
     EXPECT_EQ(tested.core.next_due_ns(), tested.now + 1);
     EXPECT_THAT(tested.wait(1), SizeIs(1));
 }
@@ -119,11 +121,11 @@ TEST(streams, do_not_make_up_for_time_that_was_missed) {
     bench tested;
     tested.enter(1, {1});
     tested.wait(0);
-    const sent_list late = tested.wait(3 * second + 4 * millisecond);
+    const sent_list late = tested.wait(3 * ns_per_second + 4 * ns_per_millisecond);
     ASSERT_THAT(late, SizeIs(1));
     EXPECT_THAT(codes_of(late[0].content), ElementsAre(33, 80, 81));
     // And they stay on the times that they had.
-    EXPECT_EQ(tested.core.next_due_ns(), tested.now + 6 * millisecond);
+    EXPECT_EQ(tested.core.next_due_ns(), tested.now + 6 * ns_per_millisecond);
 }
 
 TEST(streams, are_packed_for_each_client_and_never_mixed_between_clients) {
@@ -159,7 +161,7 @@ TEST(streams, are_not_there_without_an_opened_device) {
     EXPECT_EQ(tested.core.next_due_ns(), never);
     tested.enter(1);
     EXPECT_EQ(tested.core.next_due_ns(), never);
-    EXPECT_THAT(tested.wait(100 * second), IsEmpty());
+    EXPECT_THAT(tested.wait(100 * ns_per_second), IsEmpty());
 }
 
 TEST(streams, show_currents_that_follow_the_gravity_compensation) {

@@ -4,6 +4,7 @@
 #include "simulator/simulation/status_text.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 #include "simulator/simulation_bench.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -121,8 +122,7 @@ TEST(verbs, act_at_once_on_those_who_are_connected) {
     shown_by(bench.tested, "empty");
     EXPECT_THAT(bench.take(), ElementsAre(sent{1, {}}, sent{2, {}}));
     shown_by(bench.tested, "goodbye");
-    const bytes goodbye = datagram({{0xFF, 0x06, 0x00, 0x00, 0x00}});
-    EXPECT_THAT(bench.take(), ElementsAre(sent{1, goodbye}, sent{2, goodbye}));
+    EXPECT_THAT(bench.take(), ElementsAre(sent{1, goodbye_of_the_service}, sent{2, goodbye_of_the_service}));
     EXPECT_THAT(bench.tested.clients(), IsEmpty());
 }
 
@@ -161,11 +161,10 @@ TEST(verbs, show_the_state) {
     bench.tested.receive(from, std::as_bytes(std::span(open)));
     bench.take();
     shown_by(bench.tested, "drop @op=1,n=1");
-    const bytes keep_alive = datagram({{0xFF, 0x01, 0x00, 0x00, 0x00}});
     bench.tested.receive(from, std::as_bytes(std::span(keep_alive)));
     shown_by(bench.tested, "unplug 1001");
     bench.take();
-    (void)bench.wait(1500 * millisecond);
+    (void)bench.wait(1500 * ns_per_millisecond);
     const std::string id = std::to_string(bench.tested.clients().front().id);
     const std::string sent_count = std::to_string(bench.tested.counters().sent);
     EXPECT_EQ(shown_by(bench.tested, "status"),

@@ -1,6 +1,8 @@
 // Figures of this process as Linux shows them.
 #include "soak/process_figures.hpp"
 
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+
 #include <fstream>
 #include <pthread.h>
 #include <stdexcept>
@@ -30,8 +32,7 @@ std::int64_t thread_meter::processor_time_ns() const {
         clock_gettime(clock, &time) != 0) {
         throw std::runtime_error("the thread has no clock");
     }
-    constexpr std::int64_t ns_per_second = 1'000'000'000;
-    return static_cast<std::int64_t>(time.tv_sec) * ns_per_second + time.tv_nsec;
+    return static_cast<std::int64_t>(time.tv_sec) * vantu::orvanta::ns_per_second + time.tv_nsec;
 }
 
 } // namespace orvanta_tests

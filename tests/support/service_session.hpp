@@ -17,6 +17,12 @@ inline constexpr std::uint64_t patient_timeout_ns = 30'000'000'000;
 [[nodiscard]] bytes goodbye();          // from the client
 [[nodiscard]] bytes goodbye_received(); // from the service
 
+// What most tests ask for and of which device, as records and as the bytes that stand for them.
+inline const bytes id_5{5, 0, 0, 0};
+inline constexpr vantu_orvanta_config_gravity_compensation gravity{1, 0.75F};
+inline const bytes gravity_bytes{1, 0x00, 0x00, 0x40, 0x3F};
+inline constexpr vantu_orvanta_config_torque_scaling torque{1};
+
 // Operations from the service, written out by hand.
 [[nodiscard]] bytes device_listed(std::uint32_t id,
                                   std::uint8_t type); // second byte 7, short id 0xBEEF, uuid 60..6F

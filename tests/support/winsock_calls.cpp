@@ -32,12 +32,19 @@ struct script {
     std::array<call_script, winsock_call_count> calls;
 };
 
-// Leaked: threads of the system may still make calls when the program ends.
-std::mutex& script_mutex = *new std::mutex; // NOLINT(cppcoreguidelines-owning-memory)
-script& current = *new script;              // NOLINT(cppcoreguidelines-owning-memory)
+// Both are there for calls that are made before main, and leaked: threads of the system may still make some
+// when the program ends.
+std::mutex& script_mutex() {
+    static std::mutex& made = *new std::mutex; // NOLINT(cppcoreguidelines-owning-memory)
+    return made;
+}
+script& current() {
+    static script& made = *new script; // NOLINT(cppcoreguidelines-owning-memory)
+    return made;
+}
 
 call_script& script_of(winsock_call call) {
-    return current.calls.at(static_cast<std::size_t>(call));
+    return current().calls.at(static_cast<std::size_t>(call));
 }
 
 // Counts a call. True when it is to fail; the error is set then.
@@ -52,8 +59,8 @@ bool is_to_fail(winsock_call call) {
     bool fails = false;
     int error = 0;
     {
-        const std::lock_guard lock(script_mutex);
-        if (current.active) {
+        const std::lock_guard lock(script_mutex());
+        if (current().active) {
             call_script& calls = script_of(call);
             ++calls.made;
             if (const auto found = calls.actions.find(calls.made); found != calls.actions.end()) {
@@ -93,18 +100,18 @@ struct stand_in<Call, Real, Failure, Result(Arguments...)> {
 } // namespace
 
 scripted_winsock::scripted_winsock() {
-    const std::lock_guard lock(script_mutex);
-    current = script{};
-    current.active = true;
+    const std::lock_guard lock(script_mutex());
+    current() = script{};
+    current().active = true;
 }
 
 scripted_winsock::~scripted_winsock() {
-    const std::lock_guard lock(script_mutex);
-    current = script{};
+    const std::lock_guard lock(script_mutex());
+    current() = script{};
 }
 
 scripted_winsock& scripted_winsock::fail(winsock_call call, int error, int first, int times) {
-    const std::lock_guard lock(script_mutex);
+    const std::lock_guard lock(script_mutex());
     call_script& calls = script_of(call);
     calls.first = calls.made + first;
     calls.times = times;
@@ -113,43 +120,43 @@ scripted_winsock& scripted_winsock::fail(winsock_call call, int error, int first
 }
 
 scripted_winsock& scripted_winsock::resolve_to_nothing() {
-    const std::lock_guard lock(script_mutex);
-    current.resolves_to_nothing = true;
+    const std::lock_guard lock(script_mutex());
+    current().resolves_to_nothing = true;
     return *this;
 }
 
 scripted_winsock& scripted_winsock::resolve_to(std::vector<std::string> hosts) {
-    const std::lock_guard lock(script_mutex);
-    current.hosts = std::move(hosts);
+    const std::lock_guard lock(script_mutex());
+    current().hosts = std::move(hosts);
     return *this;
 }
 
 scripted_winsock& scripted_winsock::format_as(std::string text) {
-    const std::lock_guard lock(script_mutex);
-    current.message = std::move(text);
+    const std::lock_guard lock(script_mutex());
+    current().message = std::move(text);
     return *this;
 }
 
 scripted_winsock& scripted_winsock::before(winsock_call call, int nth, std::function<void()> action) {
-    const std::lock_guard lock(script_mutex);
+    const std::lock_guard lock(script_mutex());
     call_script& calls = script_of(call);
     calls.actions[calls.made + nth] = std::move(action);
     return *this;
 }
 
 int scripted_winsock::count(winsock_call call) const {
-    const std::lock_guard lock(script_mutex);
+    const std::lock_guard lock(script_mutex());
     return script_of(call).made;
 }
 
 std::vector<std::uint32_t> scripted_winsock::result_limits() const {
-    const std::lock_guard lock(script_mutex);
-    return current.result_limits;
+    const std::lock_guard lock(script_mutex());
+    return current().result_limits;
 }
 
 std::uintptr_t scripted_winsock::last_closed() const {
-    const std::lock_guard lock(script_mutex);
-    return current.last_closed;
+    const std::lock_guard lock(script_mutex());
+    return current().last_closed;
 }
 
 } // namespace orvanta_tests
@@ -190,15 +197,15 @@ static int WSAAPI scripted_getaddrinfo(const char* host, const char* port, const
     if (is_to_fail(winsock_call::getaddrinfo)) {
         return WSAGetLastError();
     }
-    if (current.resolves_to_nothing) {
+    if (current().resolves_to_nothing) {
         *list = nullptr;
         return 0;
     }
-    if (current.hosts.empty()) {
+    if (current().hosts.empty()) {
         return __real___imp_getaddrinfo(host, port, hints, list);
     }
     addrinfo** end = list;
-    for (const std::string& scripted_host : current.hosts) {
+    for (const std::string& scripted_host : current().hosts) {
         if (const int result = __real___imp_getaddrinfo(scripted_host.c_str(), port, hints, end);
             result != 0) {
             return result;
@@ -215,8 +222,8 @@ static int WSAAPI scripted_closesocket(SOCKET socket) {
         return SOCKET_ERROR;
     }
     {
-        const std::lock_guard lock(script_mutex);
-        current.last_closed = socket;
+        const std::lock_guard lock(script_mutex());
+        current().last_closed = socket;
     }
     return __real___imp_closesocket(socket);
 }
@@ -226,9 +233,9 @@ static BOOL WINAPI scripted_get_result(HANDLE handle, OVERLAPPED* overlapped, DW
     const bool fails = is_to_fail(winsock_call::get_result);
     const DWORD error = GetLastError();
     {
-        const std::lock_guard lock(script_mutex);
-        if (current.active) {
-            current.result_limits.push_back(limit);
+        const std::lock_guard lock(script_mutex());
+        if (current().active) {
+            current().result_limits.push_back(limit);
         }
     }
     SetLastError(error);
@@ -240,9 +247,9 @@ static DWORD WINAPI scripted_format_message(DWORD flags, const void* source, DWO
     if (is_to_fail(winsock_call::format_message)) {
         return 0;
     }
-    if (!current.message.empty()) {
-        const std::size_t length = std::min<std::size_t>(current.message.size(), size - 1);
-        text[current.message.copy(text, length)] = '\0';
+    if (!current().message.empty()) {
+        const std::size_t length = std::min<std::size_t>(current().message.size(), size - 1);
+        text[current().message.copy(text, length)] = '\0';
         return static_cast<DWORD>(length);
     }
     return __real___imp_FormatMessageA(flags, source, message, language, text, size, arguments);

@@ -1,6 +1,8 @@
 // Clocks, sleeping, process id and debugger on Linux.
 #include "vantu/orvanta/common/utils/platform.hpp"
 
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+
 #include <cerrno>
 #include <csignal>
 #include <ctime>
@@ -9,8 +11,6 @@
 
 namespace vantu::orvanta::platform {
 namespace {
-
-constexpr std::int64_t ns_per_second = 1'000'000'000;
 
 std::int64_t read_clock(clockid_t clock) noexcept {
     timespec now{};

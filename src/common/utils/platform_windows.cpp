@@ -2,6 +2,7 @@
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include "common/utils/waitable_timer_windows.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <process.h>
 #include <windows.h>
@@ -10,8 +11,6 @@
 
 namespace vantu::orvanta::platform {
 namespace {
-
-constexpr std::int64_t ns_per_second = 1'000'000'000;
 
 std::int64_t counter_frequency() noexcept {
     LARGE_INTEGER frequency;

@@ -3,6 +3,7 @@
 #include "common/utils/waitable_timer_windows.hpp"
 
 #include "common/utils/per_thread_windows.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <algorithm>
@@ -14,8 +15,6 @@
 
 namespace vantu::orvanta::platform {
 namespace {
-
-constexpr std::int64_t ns_per_millisecond = 1'000'000;
 
 std::int64_t time_left_ns(std::int64_t deadline_ns) noexcept {
     const std::int64_t now_ns = steady_now_ns();

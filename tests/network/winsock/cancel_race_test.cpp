@@ -1,6 +1,7 @@
 // Ten thousand receives that time out while the answer comes: each ends as what it is, and none writes
 // into a record that it has given back.
 #include "network/winsock/loopback.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <array>
 #include <atomic>
@@ -78,7 +79,7 @@ TEST(winsock_cancel_race, ends_every_receive_and_writes_into_no_record_afterward
         // From 0.2 ms before the earliest end of the wait to 1.4 ms behind it, where Wine's ends lie.
         const std::int64_t around_the_deadline_ns = 800'000 + (round % 64) * 25'000;
         sender.send_at(platform::steady_now_ns() + around_the_deadline_ns);
-        const socket_status status = get_overlapped_result(socket.handle(), *record, ns_per_ms);
+        const socket_status status = get_overlapped_result(socket.handle(), *record, ns_per_millisecond);
         if (status == socket_status::ok) {
             ++answered;
             EXPECT_EQ(unread_bytes(record->buffer), (std::vector<std::uint8_t>{1, 2, 3, 4}));

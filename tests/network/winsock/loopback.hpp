@@ -6,6 +6,7 @@
 #include "support/captured_log.hpp"
 #include "support/open_handles.hpp"
 #include "support/winsock_calls.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 #include "vantu/orvanta/common/utils/platform.hpp"
 
 #include <cstdint>
@@ -17,8 +18,7 @@
 
 namespace orvanta_tests {
 
-inline constexpr std::int64_t ns_per_ms = 1'000'000;
-inline constexpr std::int64_t patience_ns = 20'000 * ns_per_ms;
+inline constexpr std::int64_t patience_ns = 20 * vantu::orvanta::ns_per_second;
 
 // Winsock is started once for all tests of the program.
 inline const bool winsock_started = [] {

@@ -2,6 +2,7 @@
 #include "network/winsock/loopback.hpp"
 
 #include "network/error_text_winsock.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <limits>
 
@@ -100,7 +101,7 @@ TEST_F(winsock_overlapped, takes_a_datagram_that_comes_behind_a_single_look) {
 TEST_F(winsock_overlapped, waits_one_millisecond_for_one_and_a_half) {
     arm();
     EXPECT_EQ(wait(1'500'000), socket_status::timeout);
-    EXPECT_GE(elapsed_ns, ns_per_ms);
+    EXPECT_GE(elapsed_ns, ns_per_millisecond);
     EXPECT_EQ(calls.result_limits().front(), 1U);
     EXPECT_THAT(log.lines(), IsEmpty());
 }
@@ -116,7 +117,7 @@ TEST_F(winsock_overlapped, waits_again_when_the_systems_longest_wait_is_shorter_
 
 TEST_F(winsock_overlapped, that_timed_out_has_its_record_back_and_leaves_the_next_datagram) {
     arm();
-    EXPECT_EQ(wait(2 * ns_per_ms), socket_status::timeout);
+    EXPECT_EQ(wait(2 * ns_per_millisecond), socket_status::timeout);
     EXPECT_EQ(calls.count(winsock_call::cancel), 1);
     record.buffer.bytes[0] = std::byte{0xA5};
     send({9});
@@ -137,7 +138,7 @@ TEST_F(winsock_overlapped, is_a_time_out_also_when_the_cancellation_loses_agains
             SwitchToThread();
         }
     });
-    EXPECT_EQ(wait(2 * ns_per_ms), socket_status::timeout);
+    EXPECT_EQ(wait(2 * ns_per_millisecond), socket_status::timeout);
     EXPECT_EQ(record.buffer.read_len(), 0U);
     EXPECT_THAT(log.lines(), IsEmpty());
 }
@@ -164,8 +165,8 @@ TEST_F(winsock_overlapped, runs_its_whole_time_although_the_port_is_reported_clo
         arm();
         calls.fail(winsock_call::get_result, static_cast<int>(error));
         const int before = calls.count(winsock_call::start_receive);
-        EXPECT_EQ(wait(20 * ns_per_ms), socket_status::timeout) << error;
-        EXPECT_GE(elapsed_ns, 20 * ns_per_ms);
+        EXPECT_EQ(wait(20 * ns_per_millisecond), socket_status::timeout) << error;
+        EXPECT_GE(elapsed_ns, 20 * ns_per_millisecond);
         EXPECT_EQ(calls.count(winsock_call::start_receive), before + 1)
             << "the receive was started again once";
     }

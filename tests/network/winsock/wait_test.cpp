@@ -2,6 +2,7 @@
 #include "network/winsock/loopback.hpp"
 
 #include "network/error_text_winsock.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 #include <limits>
 #include <thread>
@@ -58,17 +59,17 @@ TEST_F(winsock_wait, sees_each_of_many_datagrams) {
 
 TEST_F(winsock_wait, ends_at_its_deadline_and_leaves_the_sockets_as_they_were) {
     const std::int64_t before = platform::steady_now_ns();
-    EXPECT_FALSE(wait(5 * ns_per_ms));
-    EXPECT_GE(platform::steady_now_ns() - before, 5 * ns_per_ms);
+    EXPECT_FALSE(wait(5 * ns_per_millisecond));
+    EXPECT_GE(platform::steady_now_ns() - before, 5 * ns_per_millisecond);
     receive_record record;
     EXPECT_EQ(recv_packet(first.handle(), record), socket_status::would_block);
 }
 
 TEST_F(winsock_wait, looks_once_when_its_deadline_has_passed) {
-    EXPECT_FALSE(wait(-ns_per_ms));
+    EXPECT_FALSE(wait(-ns_per_millisecond));
     peer.send_raw({1}, first);
     ASSERT_TRUE(first.wait());
-    EXPECT_TRUE(wait(-ns_per_ms));
+    EXPECT_TRUE(wait(-ns_per_millisecond));
     const socket_handle sockets[] = {first.handle()};
     EXPECT_TRUE(wait_for_packets(sockets, std::numeric_limits<std::int64_t>::max()));
     EXPECT_TRUE(wait_for_packets(sockets, std::numeric_limits<std::int64_t>::min()));
@@ -97,9 +98,9 @@ TEST_F(winsock_wait, keeps_no_handle_of_a_thread_that_has_ended) {
 TEST_F(winsock_wait, sleeps_until_its_deadline_without_sockets) {
     const std::int64_t before = platform::steady_now_ns();
     const socket_handle sockets[] = {invalid_socket};
-    EXPECT_FALSE(wait_for_packets(sockets, before + 2 * ns_per_ms));
-    EXPECT_FALSE(wait_for_packets({}, before + 4 * ns_per_ms));
-    EXPECT_GE(platform::steady_now_ns() - before, 4 * ns_per_ms);
+    EXPECT_FALSE(wait_for_packets(sockets, before + 2 * ns_per_millisecond));
+    EXPECT_FALSE(wait_for_packets({}, before + 4 * ns_per_millisecond));
+    EXPECT_GE(platform::steady_now_ns() - before, 4 * ns_per_millisecond);
 }
 
 } // namespace
