@@ -62,17 +62,18 @@ TEST(winsock_open, takes_a_socket_that_grants_no_option) {
 
 TEST(winsock_open, reports_a_port_that_is_taken) {
     const loopback_socket holder;
-    const std::size_t before = open_handles();
-    const scripted_winsock calls;
-    const captured_log log;
-    const auto opened = open_bound_socket("127.0.0.1", holder.port());
-    EXPECT_EQ(opened.status, socket_status::unavailable);
-    EXPECT_EQ(opened.socket, invalid_socket);
-    EXPECT_THAT(log.lines(),
-                ElementsAre("WARNING no valid interface to bind '127.0.0.1:" + holder.port() + "'"));
-    EXPECT_EQ(calls.count(winsock_call::close), 1);
-    EXPECT_EQ(calls.count(winsock_call::freeaddrinfo), 1);
-    EXPECT_EQ(open_handles(), before);
+    const auto open_taken_port = [&holder] {
+        const scripted_winsock calls;
+        const captured_log log;
+        const auto opened = open_bound_socket("127.0.0.1", holder.port());
+        EXPECT_EQ(opened.status, socket_status::unavailable);
+        EXPECT_EQ(opened.socket, invalid_socket);
+        EXPECT_THAT(log.lines(),
+                    ElementsAre("WARNING no valid interface to bind '127.0.0.1:" + holder.port() + "'"));
+        EXPECT_EQ(calls.count(winsock_call::close), 1);
+        EXPECT_EQ(calls.count(winsock_call::freeaddrinfo), 1);
+    };
+    EXPECT_EQ(handles_left_by(open_taken_port), 0);
 }
 
 TEST(winsock_open, resolves_a_numeric_address) {
@@ -85,16 +86,17 @@ TEST(winsock_open, resolves_a_numeric_address) {
 }
 
 TEST(winsock_walk, closes_every_socket_that_cannot_be_bound) {
-    const std::size_t before = open_handles();
-    scripted_winsock calls;
-    calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(winsock_call::bind, WSAEADDRINUSE, 1, 2);
-    const captured_log log;
-    EXPECT_EQ(open_bound_socket("somewhere", "54321").status, socket_status::unavailable);
-    EXPECT_THAT(log.lines(), ElementsAre("WARNING no valid interface to bind 'somewhere:54321'"));
-    EXPECT_EQ(calls.count(winsock_call::open), 2);
-    EXPECT_EQ(calls.count(winsock_call::bind), 2);
-    EXPECT_EQ(calls.count(winsock_call::close), 2);
-    EXPECT_EQ(open_handles(), before);
+    const auto open_taken_ports = [] {
+        scripted_winsock calls;
+        calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(winsock_call::bind, WSAEADDRINUSE, 1, 2);
+        const captured_log log;
+        EXPECT_EQ(open_bound_socket("somewhere", "54321").status, socket_status::unavailable);
+        EXPECT_THAT(log.lines(), ElementsAre("WARNING no valid interface to bind 'somewhere:54321'"));
+        EXPECT_EQ(calls.count(winsock_call::open), 2);
+        EXPECT_EQ(calls.count(winsock_call::bind), 2);
+        EXPECT_EQ(calls.count(winsock_call::close), 2);
+    };
+    EXPECT_EQ(handles_left_by(open_taken_ports), 0);
 }
 
 TEST(winsock_walk, takes_the_next_address_when_the_first_has_no_socket_or_cannot_be_bound) {
@@ -129,8 +131,7 @@ TEST(winsock_walk, is_unavailable_when_there_is_no_socket_or_no_address) {
 }
 
 TEST(winsock_walk, gives_up_and_keeps_the_socket_that_cannot_be_made_non_blocking) {
-    const std::size_t before = open_handles();
-    {
+    const auto open_blocking_socket = [] {
         scripted_winsock calls;
         calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(winsock_call::ioctl, WSAENETDOWN);
         const captured_log log;
@@ -143,8 +144,8 @@ TEST(winsock_walk, gives_up_and_keeps_the_socket_that_cannot_be_made_non_blockin
         EXPECT_EQ(calls.count(winsock_call::open), 1);
         EXPECT_EQ(calls.count(winsock_call::freeaddrinfo), 1);
         EXPECT_EQ(calls.count(winsock_call::close), 0);
-    }
-    EXPECT_EQ(open_handles(), before + 1);
+    };
+    EXPECT_EQ(handles_left_by(open_blocking_socket), 1);
 }
 
 TEST(winsock_resolver, takes_the_first_of_several_addresses_and_leaves_the_list) {
