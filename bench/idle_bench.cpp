@@ -44,7 +44,7 @@ void idle_polling_thread(benchmark::State& state) {
     std::vector<double> bare_ticks;
     std::vector<double> our_share;
     std::vector<double> bare_share;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const std::set<pid_t> before = threads_of_this_process();
         vantu_orvanta_poll_thread* thread =
             vantu_orvanta_poll_thread_start(ours.owner.context(), client::dispatch_event, &ours.owner);

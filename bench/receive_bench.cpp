@@ -87,7 +87,7 @@ void operation_in_the_buffer(benchmark::State& state) {
     const datagram bytes = cursor_states(operations_a_datagram);
     std::uint64_t sent = 0;
     std::vector<double> measured;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         ours.connected.feed(bytes);
         sent += operations_a_datagram;
         ours.poll_and_dispatch(); // receives the datagram and takes its first operation

@@ -20,7 +20,7 @@ rm -rf "$scratch"
 mkdir -p "$scratch"
 if [ "$kind" = static ]; then
     build=$scratch/plain
-    cmake -S "$source" -B "$build" -DBUILD_SHARED_LIBS=OFF -DORVANTA_BUILD_TESTS=OFF
+    cmake -S "$source" -B "$build" -DBUILD_SHARED_LIBS=OFF -DORVANTA_BUILD_TESTS=OFF -DCMAKE_UNITY_BUILD=ON
     grep -q '^CMAKE_BUILD_TYPE:STRING=Release$' "$build/CMakeCache.txt" || fail "a plain build is not a Release build"
     grep -Eq '"command": .* -O[23] ' "$build/compile_commands.json" || fail "a plain build is not optimised"
     cmake --build "$build" --parallel 2

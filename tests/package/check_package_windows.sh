@@ -23,7 +23,7 @@ mkdir -p "$scratch"
 if [ "$kind" = static ]; then
     build=$scratch/plain
     cmake -S "$source" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DBUILD_SHARED_LIBS=OFF \
-        -DORVANTA_BUILD_TESTS=OFF -DORVANTA_BUILD_PROGRAMS=OFF
+        -DCMAKE_UNITY_BUILD=ON -DORVANTA_BUILD_TESTS=OFF -DORVANTA_BUILD_PROGRAMS=OFF
     cmake --build "$build" --parallel 2
 fi
 cmake --install "$build" --prefix "$scratch/first"
