@@ -82,7 +82,8 @@ void socket_startup();
 // unavailable when no address could be bound, os_error otherwise. Release it with close_socket.
 [[nodiscard]] opened_socket open_bound_socket(const std::string& host, const std::string& port);
 
-// Sends the bytes as one datagram. Never blocks.
+// Sends the bytes as one datagram. Never blocks; on Windows a refusal for want of room is tried again for
+// 20 ms.
 //   ok            the datagram went out, also when the system still held an error of an earlier one
 //   would_block   the system has no room for it now
 //   unavailable   the destination's address family or address is refused

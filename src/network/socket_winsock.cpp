@@ -41,8 +41,8 @@ static_assert(sizeof(std::uint32_t) == sizeof(DWORD) && sizeof(std::int32_t) == 
 // One report of a closed port is taken by one call; more attempts than two only serve reports that
 // arrive in between.
 constexpr int attempts_past_closed_ports = 8;
-// Past closed ports too, and past other threads that send just then.
-constexpr int send_attempts = 8;
+// Wine refuses a send while another thread sends on the socket, which the scheduler may put off for so long.
+constexpr std::int64_t longest_refusal_ns = 20 * ns_per_millisecond;
 constexpr WORD winsock_version = 0x0202;
 
 std::string last_error_text() {
@@ -227,19 +227,24 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
 
 socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
     DWORD error = 0;
-    for (int attempt = 0; attempt < send_attempts; ++attempt) {
+    int closed_ports = 0;
+    std::int64_t deadline_ns = 0;
+    for (;;) {
         if (sendto(socket, reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()), 0,
                    reinterpret_cast<const sockaddr*>(to.address.bytes), to.length) >= 0) {
             return socket_status::ok;
         }
         error = static_cast<DWORD>(WSAGetLastError());
-        // Wine refuses so while another thread sends on the socket.
-        if (!is_port_closed(error) && error != WSAEWOULDBLOCK) {
+        if (error == WSAEWOULDBLOCK) {
+            const std::int64_t now_ns = platform::steady_now_ns();
+            deadline_ns = deadline_ns == 0 ? now_ns + longest_refusal_ns : deadline_ns;
+            if (now_ns >= deadline_ns) {
+                return socket_status::would_block;
+            }
+            SwitchToThread();
+        } else if (!is_port_closed(error) || ++closed_ports == attempts_past_closed_ports) {
             break;
         }
-    }
-    if (error == WSAEWOULDBLOCK) {
-        return socket_status::would_block;
     }
     if (error == WSAEAFNOSUPPORT || error == WSAEADDRINUSE) {
         return socket_status::unavailable;

@@ -2,6 +2,7 @@
 #include "network/winsock/loopback.hpp"
 
 #include "network/error_text_winsock.hpp"
+#include "vantu/orvanta/common/utils/nanoseconds.hpp"
 
 namespace orvanta_tests {
 namespace {
@@ -46,17 +47,19 @@ TEST_F(winsock_send, delivers_an_empty_datagram) {
     EXPECT_EQ(record.buffer.read_len(), 0U);
 }
 
-TEST_F(winsock_send, without_room_is_would_block_and_consumes_nothing) {
+TEST_F(winsock_send, without_room_for_20_ms_is_would_block_and_consumes_nothing) {
     calls.fail(winsock_call::sendto, WSAEWOULDBLOCK, 1, scripted_winsock::always);
+    const std::int64_t before = platform::steady_now_ns();
     EXPECT_EQ(send(), socket_status::would_block);
+    EXPECT_GE(platform::steady_now_ns() - before, 20 * ns_per_millisecond);
     EXPECT_EQ(packet.read_len(), 3U);
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(winsock_send, goes_out_behind_another_threads) {
-    calls.fail(winsock_call::sendto, WSAEWOULDBLOCK);
+    calls.fail(winsock_call::sendto, WSAEWOULDBLOCK, 1, 100);
     EXPECT_EQ(send(), socket_status::ok);
-    EXPECT_EQ(calls.count(winsock_call::sendto), 2);
+    EXPECT_EQ(calls.count(winsock_call::sendto), 101);
     EXPECT_TRUE(receiver.wait());
     EXPECT_THAT(log.lines(), IsEmpty());
 }
