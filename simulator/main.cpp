@@ -10,9 +10,9 @@
 #include "simulator/simulation/verbs.hpp"
 #include "simulator/sockets/listeners.hpp"
 #include "simulator/sockets/server.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "vantu/orvanta/common/format.hpp"
+#include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <cstdio>
 #include <exception>

@@ -8,7 +8,7 @@
 #include "simulator/simulation/status_text.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "simulator/sockets/server.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <charconv>

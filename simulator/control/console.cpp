@@ -2,7 +2,7 @@
 #include "simulator/control/console.hpp"
 
 #include "simulator/faults/words.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <optional>
 #include <utility>

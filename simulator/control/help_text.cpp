@@ -5,7 +5,7 @@
 #include "simulator/faults/faults.hpp"
 #include "simulator/simulation/status_text.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 // Reading JSON as events, and counting lines underneath.
 #include "simulator/control/located_json.hpp"
 
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <iterator>

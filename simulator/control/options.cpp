@@ -5,7 +5,7 @@
 #include "simulator/faults/words.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
-#include "vantu/orvanta/common/diagnostics/version.hpp"
+#include "vantu/orvanta/common/version.hpp"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

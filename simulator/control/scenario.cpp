@@ -5,8 +5,8 @@
 #include "simulator/control/scenario_devices.hpp"
 #include "simulator/faults/words.hpp"
 #include "simulator/simulation/verbs.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/format.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <filesystem>

@@ -2,7 +2,7 @@
 #include "simulator/control/scenario_devices.hpp"
 
 #include "simulator/control/scenario.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // Reading a fault's argument and selectors.
 #include "simulator/faults/faults.hpp"
 #include "simulator/faults/words.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <limits>
 #include <stdexcept>

@@ -3,7 +3,7 @@
 #include "simulator/faults/fault_engine.hpp"
 #include "simulator/faults/fault_forgeries.hpp"
 #include "simulator/service/requests.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <utility>

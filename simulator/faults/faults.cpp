@@ -1,7 +1,7 @@
 // Finding faults by name, and rules as text.
 #include "simulator/faults/faults.hpp"
 
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <utility>

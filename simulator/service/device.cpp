@@ -1,7 +1,7 @@
 // Identities of the simulated devices.
 #include "simulator/service/device.hpp"
 
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 // Replacing a file's content on Linux: write, fsync, rename, fsync of the folder.
 #include "simulator/service/durable_file.hpp"
 
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // Replacing a file's content on Windows: write, flush, move over the old file and wait for the disk.
 #include "simulator/service/durable_file.hpp"
 
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <string_view>

@@ -1,7 +1,7 @@
 // The motion of simulated devices, as sums of sines, and the currents that it takes.
 #include "simulator/service/motion.hpp"
 
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -4,7 +4,7 @@
 #include "simulator/service/announcements.hpp"
 #include "simulator/service/motion.hpp"
 #include "simulator/service/streams.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 #include "simulator/service/saved_state.hpp"
 
 #include "simulator/service/durable_file.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <filesystem>

@@ -2,7 +2,7 @@
 #include "simulator/service/service.hpp"
 
 #include "simulator/service/streams.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <cstring>

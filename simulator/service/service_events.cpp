@@ -1,6 +1,6 @@
 // What happens to the service without a client's asking for it: devices come and go, connections end.
 #include "simulator/service/service.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <utility>

@@ -2,7 +2,7 @@
 #include "simulator/service/streams.hpp"
 
 #include "simulator/service/motion.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -3,8 +3,8 @@
 
 #include "network/socket.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/format.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,7 +2,7 @@
 #include "simulator/simulation/verb_syntax.hpp"
 
 #include "simulator/faults/words.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <limits>

@@ -3,7 +3,7 @@
 
 #include "simulator/simulation/status_text.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,7 +1,7 @@
 // Opening the listening sockets.
 #include "simulator/sockets/listeners.hpp"
 
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <stdexcept>
 

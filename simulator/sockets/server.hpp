@@ -4,7 +4,7 @@
 #include "simulator/simulation/simulation.hpp"
 #include "simulator/sockets/forged_sender.hpp"
 #include "simulator/sockets/listeners.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -54,7 +54,8 @@ class server {
     clock_function clock_;
     simulation_drive drive_;
     forged_sender forger_;
-    receive_record record_;
+    byte_buffer buffer_{constants::mode_read};
+    receive_record record_{buffer_};
 };
 
 } // namespace vantu::orvanta::simulator

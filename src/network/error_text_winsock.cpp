@@ -1,7 +1,7 @@
 // Winsock's error numbers as text: the system's message table first, then one of our own.
-#include "network/error_text_winsock.hpp"
+#include "error_text_winsock.hpp"
 
-#include "network/socket_shared.hpp"
+#include "socket_shared.hpp"
 
 #include <algorithm>
 #include <array>

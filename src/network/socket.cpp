@@ -1,9 +1,9 @@
 // The part of the socket layer that is the same on every platform.
 #include "network/socket.hpp"
 
-#include "network/socket_shared.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "socket_shared.hpp"
+#include "vantu/orvanta/common/format.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 
@@ -11,6 +11,14 @@ namespace vantu::orvanta {
 
 std::string default_port() {
     return "54320";
+}
+
+socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
+    const send_result sent = try_send(socket, bytes, to);
+    if (sent.status == socket_status::os_error) {
+        log_send_failure(sent.system_error);
+    }
+    return sent.status;
 }
 
 socket_status send_packet(socket_handle socket, byte_buffer& buffer, const endpoint& to) {

@@ -2,11 +2,11 @@
 // every function here that meets such an error also empties the queue, so that no wait spins on it.
 #include "network/socket.hpp"
 
-#include "network/socket_shared.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "socket_shared.hpp"
+#include "vantu/orvanta/common/format.hpp"
+#include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -208,7 +208,7 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
     return {invalid_socket, socket_status::unavailable};
 }
 
-socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
+send_result try_send(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
     const int descriptor = descriptor_of(socket);
     int error = 0;
     for (int attempt = 0; attempt < send_attempts; ++attempt) {
@@ -216,11 +216,11 @@ socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes,
             sendto(descriptor, bytes.data(), bytes.size(), 0,
                    reinterpret_cast<const sockaddr*>(to.address.bytes), static_cast<socklen_t>(to.length));
         if (sent >= 0) {
-            return socket_status::ok;
+            return {socket_status::ok, 0};
         }
         error = errno;
         if (error == EAGAIN) {
-            return socket_status::would_block;
+            return {socket_status::would_block, 0};
         }
         if (error == EINTR) {
             continue;
@@ -232,10 +232,13 @@ socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes,
         }
     }
     if (error == EAFNOSUPPORT || error == EADDRINUSE) {
-        return socket_status::unavailable;
+        return {socket_status::unavailable, 0};
     }
-    log_here(log_level::warning, failure_text(unable_to_send, error_text(error)));
-    return socket_status::os_error;
+    return {socket_status::os_error, static_cast<std::uint32_t>(error)};
+}
+
+void log_send_failure(std::uint32_t system_error) {
+    log_here(log_level::warning, failure_text(unable_to_send, error_text(static_cast<int>(system_error))));
 }
 
 socket_status recv_packet(socket_handle socket, receive_record& record) {

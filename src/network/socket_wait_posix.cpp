@@ -1,10 +1,10 @@
 // Waiting on several sockets at once, on Linux.
 #include "network/socket_wait.hpp"
 
-#include "network/socket_shared.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "socket_shared.hpp"
+#include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <algorithm>
 #include <cerrno>

@@ -2,12 +2,12 @@
 // WSAPoll would round the time up to the system's tick.
 #include "network/socket_wait.hpp"
 
-#include "common/utils/per_thread_windows.hpp"
-#include "common/utils/waitable_timer_windows.hpp"
-#include "network/error_text_winsock.hpp"
-#include "network/socket_shared.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "error_text_winsock.hpp"
+#include "socket_shared.hpp"
+#include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/per_thread_windows.hpp"
+#include "vantu/orvanta/common/platform.hpp"
+#include "vantu/orvanta/common/waitable_timer_windows.hpp"
 
 #include <array>
 #include <winsock2.h>

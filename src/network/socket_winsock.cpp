@@ -2,13 +2,13 @@
 // a wait for an answer goes on after such news, and while it waits the record belongs to the system.
 #include "network/socket.hpp"
 
-#include "common/utils/waitable_timer_windows.hpp"
-#include "network/error_text_winsock.hpp"
-#include "network/socket_shared.hpp"
-#include "vantu/orvanta/common/diagnostics/assume.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "error_text_winsock.hpp"
+#include "socket_shared.hpp"
+#include "vantu/orvanta/common/assume.hpp"
+#include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/platform.hpp"
+#include "vantu/orvanta/common/waitable_timer_windows.hpp"
 
 #include <algorithm>
 #include <array>
@@ -225,21 +225,21 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
     return {invalid_socket, socket_status::unavailable};
 }
 
-socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
+send_result try_send(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
     DWORD error = 0;
     int closed_ports = 0;
     std::int64_t deadline_ns = 0;
     for (;;) {
         if (sendto(socket, reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()), 0,
                    reinterpret_cast<const sockaddr*>(to.address.bytes), to.length) >= 0) {
-            return socket_status::ok;
+            return {socket_status::ok, 0};
         }
         error = static_cast<DWORD>(WSAGetLastError());
         if (error == WSAEWOULDBLOCK) {
             const std::int64_t now_ns = platform::steady_now_ns();
             deadline_ns = deadline_ns == 0 ? now_ns + longest_refusal_ns : deadline_ns;
             if (now_ns >= deadline_ns) {
-                return socket_status::would_block;
+                return {socket_status::would_block, 0};
             }
             SwitchToThread();
         } else if (!is_port_closed(error) || ++closed_ports == attempts_past_closed_ports) {
@@ -247,10 +247,13 @@ socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes,
         }
     }
     if (error == WSAEAFNOSUPPORT || error == WSAEADDRINUSE) {
-        return socket_status::unavailable;
+        return {socket_status::unavailable, 0};
     }
-    log_here(log_level::warning, failure_text(unable_to_send, winsock_error_text(error)));
-    return socket_status::os_error;
+    return {socket_status::os_error, static_cast<std::uint32_t>(error)};
+}
+
+void log_send_failure(std::uint32_t system_error) {
+    log_here(log_level::warning, failure_text(unable_to_send, winsock_error_text(system_error)));
 }
 
 socket_status recv_packet(socket_handle socket, receive_record& record) {

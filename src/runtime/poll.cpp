@@ -1,104 +1,83 @@
-// One poll: keep-alive, at most one datagram, at most one operation.
-#include "runtime/poll.hpp"
+#include "poll.hpp"
 
-#include "runtime/receive.hpp"
-#include "runtime/status_codes.hpp"
-#include "runtime/transmit.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
-#include "vantu/orvanta/common/diagnostics/version.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
-#include "vantu/orvanta/communication/header.hpp"
+#include "rejection_log.hpp"
+#include "send.hpp"
+#include "socket_codes.hpp"
+#include "vantu/orvanta/common/platform.hpp"
+#include "vantu/orvanta/common/version.hpp"
 
 #include <cstring>
+#include <new>
 
 namespace vantu::orvanta {
 namespace {
 
 using namespace communication;
 
-// Drops what is left of a datagram that is not understood.
-std::int32_t reject(byte_buffer& buffer, const source_location& where, const char* message) {
-    log(log_level::info, where, message);
-    buffer.reset();
-    return vantu_orvanta_protocol_parse_failed;
-}
-
-bool keep_alive_due(std::int64_t last_send_ns) {
-    const std::int64_t due_ns = last_send_ns + keep_alive_interval_ns;
+bool has_come(std::int64_t due_ns) {
     // The cheap clock settles it in all but the last moments of each second.
-    if (platform::coarse_now_ns() + platform::coarse_clock_lag_ns < due_ns) {
-        return false;
-    }
-    return due_ns <= platform::steady_now_ns();
+    return platform::coarse_now_ns() + platform::coarse_clock_lag_ns >= due_ns &&
+           platform::steady_now_ns() >= due_ns;
 }
 
-} // namespace
-
-std::int32_t keep_alive_if_due(vantu_orvanta_context& context) {
-    if (!keep_alive_due(context.last_send_ns.load(std::memory_order_relaxed))) {
-        return vantu_orvanta_success;
-    }
-    return transmit_operation<op_code::keep_alive>(context, 0, {});
-}
-
-std::int32_t receive_datagram(vantu_orvanta_context& context) {
-    byte_buffer& buffer = context.receive.buffer;
-    buffer.reset();
-    const socket_status status = recv_packet(context.connection.socket(), context.receive);
+// The code of a receive; success also when nothing was waiting: then no operation is there.
+std::int32_t receive_datagram(vantu_orvanta_context& context, rejection& rejected) {
+    context.connection.receive_buffer().reset();
+    const socket_status status = recv_packet(context.socket.get(), context.receive);
     if (status == socket_status::would_block) {
         return vantu_orvanta_success;
     }
     if (status != socket_status::ok) {
         return client_code_from_socket_status(status);
     }
-    if (!buffer.can_read<proto::header>()) {
-        return reject(buffer, locations::poll_header_length, "vantu_orvanta_poll: Cannot read header");
-    }
-    const auto& header = buffer.read<proto::header>();
-    if (header.magic != proto::header_magic) {
-        return reject(buffer, locations::poll_header_magic, "vantu_orvanta_poll: Header magic mismatch");
-    }
-    if (header.version != proto::protocol_version) {
-        return reject(buffer, locations::poll_header_version, "vantu_orvanta_poll: Header version mismatch");
-    }
-    if (!buffer.can_read<proto::op>()) {
-        return reject(buffer, locations::poll_operation_length,
-                      "vantu_orvanta_poll: Cannot read communication::proto::op");
-    }
-    return vantu_orvanta_success;
+    return context.connection.begin_datagram(rejected);
 }
 
-std::int32_t take_operation(vantu_orvanta_context& context, vantu_orvanta_event& event) {
-    byte_buffer& buffer = context.receive.buffer;
-    const auto& op = buffer.read<proto::op>();
-    if (op.magic != proto::op_magic) {
-        return reject(buffer, locations::poll_operation_magic,
-                      "vantu_orvanta_poll: communication::proto::op magic mismatch");
+std::int32_t take_operation(vantu_orvanta_context& context, vantu_orvanta_event& event, rejection& rejected) {
+    const std::int32_t code = context.connection.decode(event, rejected);
+    if (context.connection.is_over()) {
+        context.socket.close();
     }
-    const std::int32_t code = receive_operation(buffer, context.devices, op, event);
-    if (event.event_type == vantu_orvanta_event_disconnected) {
-        context.connection.close();
+    if (code != vantu_orvanta_success) {
+        return code;
     }
-    return code;
+    const std::lock_guard lock(context.devices_mutex);
+    try {
+        return context.connection.apply(event);
+    } catch (const std::bad_alloc&) {
+        return vantu_orvanta_unexpected_error;
+    }
 }
 
-std::int32_t poll(vantu_orvanta_context& context, vantu_orvanta_event& event) {
+std::int32_t poll_under_lock(vantu_orvanta_context& context, vantu_orvanta_event& event,
+                             rejection& rejected) {
     const std::lock_guard lock(context.mutex);
-    if (!context.connection.is_open()) {
+    if (!context.socket.is_open()) {
         return vantu_orvanta_invalid_connection_state;
     }
     std::memset(&event, 0, sizeof(event));
-    if (const std::int32_t code = keep_alive_if_due(context); code != vantu_orvanta_success) {
-        return code;
-    }
-    const byte_buffer& buffer = context.receive.buffer;
-    if (!buffer.can_read<proto::op>()) {
-        const std::int32_t code = receive_datagram(context);
-        if (code != vantu_orvanta_success || !buffer.can_read<proto::op>()) {
+    if (has_come(context.connection.due_ns())) {
+        if (const std::int32_t code = send_operation<op_code::keep_alive>(context, 0, {});
+            code != vantu_orvanta_success) {
             return code;
         }
     }
-    return take_operation(context, event);
+    if (!context.connection.has_operation()) {
+        const std::int32_t code = receive_datagram(context, rejected);
+        if (code != vantu_orvanta_success || !context.connection.has_operation()) {
+            return code;
+        }
+    }
+    return take_operation(context, event, rejected);
+}
+
+} // namespace
+
+std::int32_t poll(vantu_orvanta_context& context, vantu_orvanta_event& event) {
+    rejection rejected;
+    const std::int32_t code = poll_under_lock(context, event, rejected);
+    log_rejection(rejected);
+    return code;
 }
 
 } // namespace vantu::orvanta

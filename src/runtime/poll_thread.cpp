@@ -1,9 +1,7 @@
-// The polling thread's steps, loop, start and stop.
-#include "runtime/poll_thread.hpp"
+#include "poll_thread.hpp"
 
-#include "runtime/tick.hpp"
-#include "vantu/orvanta/common/diagnostics/version.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "vantu/orvanta/common/platform.hpp"
+#include "vantu/orvanta/common/version.hpp"
 
 #include <memory>
 #include <new>
@@ -11,9 +9,19 @@
 namespace vantu::orvanta {
 namespace {
 
+struct polling_system {
+    vantu_orvanta_poll_thread& thread;
+
+    static std::int64_t now_ns() { return platform::steady_now_ns(); }
+    static void sleep_until_ns(std::int64_t time_ns) { platform::sleep_until_ns(time_ns); }
+    [[nodiscard]] bool is_stopped() const { return thread.stop.load(std::memory_order_acquire) != 0; }
+    [[nodiscard]] poll_step poll() const { return run_poll_step(thread); }
+};
+
 void run_polling_thread(void* record) {
     platform::make_sleeps_precise();
-    run_poll_loop(*static_cast<vantu_orvanta_poll_thread*>(record));
+    polling_system system{*static_cast<vantu_orvanta_poll_thread*>(record)};
+    run_poll_loop(system);
 }
 
 } // namespace
@@ -23,29 +31,13 @@ poll_step run_poll_step(vantu_orvanta_poll_thread& thread) {
     const std::int32_t code = vantu_orvanta_poll(thread.context, &event);
     if (code != vantu_orvanta_success) {
         thread.result.store(static_cast<std::uint32_t>(code), std::memory_order_release);
-        return poll_step::failed;
+        return poll_step::finished;
     }
     if (event.event_type == vantu_orvanta_event_none) {
         return poll_step::idle;
     }
     thread.handler(thread.user, &event);
     return poll_step::handled;
-}
-
-void run_poll_loop(vantu_orvanta_poll_thread& thread) {
-    std::int64_t tick = platform::steady_now_ns() + tick_ns;
-    while (thread.stop.load(std::memory_order_acquire) == 0) {
-        switch (run_poll_step(thread)) {
-        case poll_step::failed:
-            return;
-        case poll_step::idle:
-            platform::sleep_until_ns(tick);
-            tick = next_tick_ns(tick, platform::steady_now_ns());
-            break;
-        case poll_step::handled:
-            break;
-        }
-    }
 }
 
 } // namespace vantu::orvanta

@@ -1,8 +1,9 @@
-// The polling thread: the loop around the poll, and the record of a running one.
+// The record of a running polling thread, and its one step.
 #pragma once
 
-#include "runtime/context.hpp"
-#include "runtime/native_thread.hpp"
+#include "context.hpp"
+#include "core/poll_loop.hpp"
+#include "native_thread.hpp"
 #include "vantu/orvanta/orvanta.h"
 
 #include <atomic>
@@ -19,16 +20,8 @@ struct vantu_orvanta_poll_thread {
 
 namespace vantu::orvanta {
 
-enum class poll_step : std::uint8_t {
-    idle,    // nothing happened
-    handled, // an event went to the handler
-    failed,  // the poll's code is the record's result
-};
-
-// Polls once and hands an event to the handler.
+// Polls once and hands an event to the handler. After a failed poll, whose code is the record's result,
+// the loop is finished.
 [[nodiscard]] poll_step run_poll_step(vantu_orvanta_poll_thread& thread);
-
-// Steps until the stop flag is set or a poll fails: at every tick while idle, at once after an event.
-void run_poll_loop(vantu_orvanta_poll_thread& thread);
 
 } // namespace vantu::orvanta

@@ -1,6 +1,6 @@
 // The requests of the flat API: argument checks, then one datagram.
-#include "runtime/transmit.hpp"
-#include "vantu/orvanta/common/diagnostics/version.hpp"
+#include "send.hpp"
+#include "vantu/orvanta/common/version.hpp"
 #include "vantu/orvanta/communication/bodies.hpp"
 #include "vantu/orvanta/orvanta.h"
 
@@ -19,7 +19,7 @@ std::int32_t query(vantu_orvanta_context* context, std::uint32_t device_id, std:
     if (!names_a_device(context, device_id)) {
         return vantu_orvanta_invalid_argument;
     }
-    return transmit_operation<code>(*context, tag, {device_id});
+    return send_operation<code>(*context, tag, {device_id});
 }
 
 // A request that carries a record.
@@ -29,7 +29,7 @@ std::int32_t change(vantu_orvanta_context* context, std::uint32_t device_id, std
     if (!names_a_device(context, device_id) || record == nullptr) {
         return vantu_orvanta_invalid_argument;
     }
-    return transmit_operation<code>(*context, tag, {device_id, *record});
+    return send_operation<code>(*context, tag, {device_id, *record});
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // The always-on checks.
 #include "common/death_test.hpp"
 #include "support/captured_log.hpp"
-#include "vantu/orvanta/common/diagnostics/assume.hpp"
+#include "vantu/orvanta/common/assume.hpp"
 
 #include <cstdio>
 #include <string>

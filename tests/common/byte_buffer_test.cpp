@@ -1,5 +1,5 @@
 // The byte buffer used as it should be.
-#include "vantu/orvanta/common/utils/data.hpp"
+#include "vantu/orvanta/common/byte_buffer.hpp"
 
 #include <array>
 #include <cstdint>

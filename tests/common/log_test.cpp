@@ -1,6 +1,6 @@
 // The logger and its default writer, through the real standard streams.
 #include "support/captured_log.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/log.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Clocks and sleeping.
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <cstdint>
 #include <gtest/gtest.h>

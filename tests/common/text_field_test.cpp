@@ -1,6 +1,6 @@
 // Fixed-size text fields.
 #include "common/death_test.hpp"
-#include "vantu/orvanta/common/utils/utils.hpp"
+#include "vantu/orvanta/common/text_field.hpp"
 
 #include <string>
 #include <string_view>

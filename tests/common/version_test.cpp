@@ -1,6 +1,6 @@
 // The library's version record.
 #include "common/version_test.hpp"
-#include "vantu/orvanta/common/diagnostics/version.hpp"
+#include "vantu/orvanta/common/version.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

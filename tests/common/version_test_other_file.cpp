@@ -1,6 +1,6 @@
 // A second source file that includes the version record.
 #include "common/version_test.hpp"
-#include "vantu/orvanta/common/diagnostics/version.hpp"
+#include "vantu/orvanta/common/version.hpp"
 
 namespace orvanta_tests {
 

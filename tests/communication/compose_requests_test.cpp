@@ -1,6 +1,6 @@
 // Every operation that goes to the service, as the bytes of its datagram.
 #include "communication/datagram_bytes.hpp"
-#include "vantu/orvanta/common/utils/utils.hpp"
+#include "vantu/orvanta/common/text_field.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Datagrams as plain bytes, to compare with bytes written out by hand.
 #pragma once
 
-#include "vantu/orvanta/common/utils/data.hpp"
+#include "vantu/orvanta/common/byte_buffer.hpp"
 #include "vantu/orvanta/communication/compose.hpp"
 
 #include <cstddef>

@@ -18,46 +18,47 @@ struct expected_row {
     bool has_tail;
     unsigned event_type;
     bool copies_tag;
+    int answered_by; // 0: nothing
 };
 
 constexpr expected_row expected[] = {
-    {1, "keep_alive", 's', 0, false, 0, false},
-    {2, "ack", 'c', 0, false, 1, true},
-    {3, "connect", 's', 112, false, 0, false},
-    {4, "connected", 'c', 8, false, 0, false},
-    {5, "disconnect", 's', 0, false, 0, false},
-    {6, "disconnected", 'c', 0, false, 2, false},
-    {16, "device_added", 'c', 24, false, 16, false},
-    {17, "device_removed", 'c', 4, false, 17, false},
-    {18, "device_open", 's', 6, false, 0, false},
-    {19, "device_opened", 'c', 4, false, 18, true},
-    {20, "device_close", 's', 4, false, 0, false},
-    {21, "device_closed", 'c', 4, false, 19, true},
-    {22, "device_block_reply", 'c', 20, false, 32, true},
-    {23, "device_info_orvanta3", 'c', 13, false, 20, false},
-    {24, "device_info_palmetron", 'c', 12, false, 21, false},
-    {33, "cursor_state", 'c', 28, false, 48, false},
-    {37, "cursor_state_b", 'c', 28, false, 49, false},
-    {40, "palmetron_state", 'c', 22, true, 50, false},
-    {47, "orientation_get", 's', 4, false, 0, false},
-    {47, "orientation_get", 'c', 20, false, 51, true},
-    {64, "config_save", 's', 4, false, 0, false},
-    {64, "config_save", 'c', 5, false, 64, true},
-    {66, "config_gravity_compensation_get", 's', 4, false, 0, false},
-    {66, "config_gravity_compensation_get", 'c', 9, false, 65, true},
-    {67, "config_gravity_compensation_set", 's', 9, false, 0, false},
-    {68, "config_torque_scaling_get", 's', 4, false, 0, false},
-    {68, "config_torque_scaling_get", 'c', 5, false, 66, true},
-    {69, "config_torque_scaling_set", 's', 5, false, 0, false},
-    {70, "config_handedness", 'c', 5, false, 67, true},
-    {71, "config_handedness_set", 's', 5, false, 0, false},
-    {80, "status_motor_current", 'c', 16, false, 80, true},
-    {81, "status_power_supply", 'c', 5, false, 81, true},
-    {96, "table_block_128", 'c', 128, false, 112, true},
-    {97, "table_block_301", 'c', 301, false, 113, true},
-    {224, "service_stream_a", 'c', 12, false, 96, false},
-    {225, "service_stream_b", 'c', 52, false, 97, false},
-    {240, "service_error", 'c', 5, false, 255, true},
+    {1, "keep_alive", 's', 0, false, 0, false, 0},
+    {2, "ack", 'c', 0, false, 1, true, 0},
+    {3, "connect", 's', 112, false, 0, false, 4},
+    {4, "connected", 'c', 8, false, 0, false, 0},
+    {5, "disconnect", 's', 0, false, 0, false, 6},
+    {6, "disconnected", 'c', 0, false, 2, false, 0},
+    {16, "device_added", 'c', 24, false, 16, false, 0},
+    {17, "device_removed", 'c', 4, false, 17, false, 0},
+    {18, "device_open", 's', 6, false, 0, false, 19},
+    {19, "device_opened", 'c', 4, false, 18, true, 0},
+    {20, "device_close", 's', 4, false, 0, false, 21},
+    {21, "device_closed", 'c', 4, false, 19, true, 0},
+    {22, "device_block_reply", 'c', 20, false, 32, true, 0},
+    {23, "device_info_orvanta3", 'c', 13, false, 20, false, 0},
+    {24, "device_info_palmetron", 'c', 12, false, 21, false, 0},
+    {33, "cursor_state", 'c', 28, false, 48, false, 0},
+    {37, "cursor_state_b", 'c', 28, false, 49, false, 0},
+    {40, "palmetron_state", 'c', 22, true, 50, false, 0},
+    {47, "orientation_get", 's', 4, false, 0, false, 47},
+    {47, "orientation_get", 'c', 20, false, 51, true, 0},
+    {64, "config_save", 's', 4, false, 0, false, 64},
+    {64, "config_save", 'c', 5, false, 64, true, 0},
+    {66, "config_gravity_compensation_get", 's', 4, false, 0, false, 66},
+    {66, "config_gravity_compensation_get", 'c', 9, false, 65, true, 0},
+    {67, "config_gravity_compensation_set", 's', 9, false, 0, false, 66},
+    {68, "config_torque_scaling_get", 's', 4, false, 0, false, 68},
+    {68, "config_torque_scaling_get", 'c', 5, false, 66, true, 0},
+    {69, "config_torque_scaling_set", 's', 5, false, 0, false, 68},
+    {70, "config_handedness", 'c', 5, false, 67, true, 0},
+    {71, "config_handedness_set", 's', 5, false, 0, false, 70},
+    {80, "status_motor_current", 'c', 16, false, 80, true, 0},
+    {81, "status_power_supply", 'c', 5, false, 81, true, 0},
+    {96, "table_block_128", 'c', 128, false, 112, true, 0},
+    {97, "table_block_301", 'c', 301, false, 113, true, 0},
+    {224, "service_stream_a", 'c', 12, false, 96, false, 0},
+    {225, "service_stream_b", 'c', 52, false, 97, false, 0},
+    {240, "service_error", 'c', 5, false, 255, true, 0},
 };
 
 const expected_row* find_expected(int code, char way) {
@@ -82,6 +83,7 @@ TEST(operation_table, has_every_row_of_the_protocol_in_order) {
         EXPECT_EQ(row.rule, wanted.has_tail ? body_rule::minimum : body_rule::fixed);
         EXPECT_EQ(row.event_type, wanted.event_type);
         EXPECT_EQ(row.tag, wanted.copies_tag ? tag_rule::copied : tag_rule::ignored);
+        EXPECT_EQ(row.answered_by, wanted.answered_by);
     }
 }
 

@@ -5,7 +5,7 @@
 #include "faults/times.hpp"
 #include "simulator/service/motion.hpp"
 #include "simulator/simulation/verbs.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <chrono>

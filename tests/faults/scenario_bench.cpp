@@ -2,7 +2,7 @@
 #include "faults/scenario_bench.hpp"
 
 #include "faults/times.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <chrono>
 #include <future>

@@ -3,7 +3,7 @@
 
 #include "faults/fault_bench.hpp"
 #include "faults/times.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 #include "network/socket.hpp"
 #include "network/socket_wait.hpp"
 #include "support/captured_log.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <cstdint>
 #include <gtest/gtest.h>

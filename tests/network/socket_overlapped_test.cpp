@@ -1,9 +1,10 @@
 // The receive with a time-out.
 #include "network/loopback.hpp"
 #include "network/socket_shared.hpp"
+#include "support/buffered_record.hpp"
 #include "support/captured_log.hpp"
 #include "support/system_calls.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -37,7 +38,7 @@ class overlapped_receive : public loopback_test {
 
     loopback_socket socket{GetParam()};
     loopback_socket peer{GetParam()};
-    receive_record record;
+    buffered_record record;
     std::int64_t elapsed_ns{0};
 };
 INSTANTIATE_TEST_SUITE_P(families, overlapped_receive, testing::ValuesIn(loopback_hosts()), family_name);

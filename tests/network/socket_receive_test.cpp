@@ -1,5 +1,6 @@
 // The non-blocking receive.
 #include "network/loopback.hpp"
+#include "support/buffered_record.hpp"
 #include "support/captured_log.hpp"
 #include "support/system_calls.hpp"
 
@@ -34,7 +35,7 @@ class socket_receive : public loopback_test {
 
     loopback_socket socket{GetParam()};
     loopback_socket peer{GetParam()};
-    receive_record record;
+    buffered_record record;
 };
 INSTANTIATE_TEST_SUITE_P(families, socket_receive, testing::ValuesIn(loopback_hosts()), family_name);
 

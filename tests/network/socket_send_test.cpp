@@ -1,5 +1,6 @@
 // Sending one datagram.
 #include "network/loopback.hpp"
+#include "support/buffered_record.hpp"
 #include "support/captured_log.hpp"
 #include "support/system_calls.hpp"
 
@@ -24,7 +25,7 @@ TEST_P(socket_send, delivers_the_unread_bytes_and_consumes_them) {
     EXPECT_EQ(send_packet(sender.handle(), packet, receiver.address()), socket_status::ok);
     EXPECT_EQ(packet.read_len(), 0U);
     ASSERT_TRUE(receiver.wait());
-    receive_record record;
+    buffered_record record;
     ASSERT_EQ(recv_packet(receiver.handle(), record), socket_status::ok);
     EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(3, 4, 5));
 }
@@ -45,7 +46,7 @@ TEST_P(socket_send, delivers_an_empty_datagram) {
     auto packet = buffer_of({});
     EXPECT_EQ(send_packet(sender.handle(), packet, receiver.address()), socket_status::ok);
     ASSERT_TRUE(receiver.wait());
-    receive_record record;
+    buffered_record record;
     EXPECT_EQ(recv_packet(receiver.handle(), record), socket_status::ok);
     EXPECT_EQ(record.buffer.read_len(), 0U);
 }
@@ -61,7 +62,7 @@ TEST_P(socket_send, delivers_a_datagram_although_an_earlier_one_was_refused) {
     EXPECT_EQ(calls.count(system_call::sendto), 2);
     EXPECT_EQ(packet.read_len(), 0U);
     ASSERT_TRUE(receiver.wait());
-    receive_record record;
+    buffered_record record;
     ASSERT_EQ(recv_packet(receiver.handle(), record), socket_status::ok);
     EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(7, 8));
     EXPECT_EQ(recv_packet(receiver.handle(), record), socket_status::would_block);

@@ -1,8 +1,9 @@
 // Waiting on several sockets.
 #include "network/loopback.hpp"
+#include "support/buffered_record.hpp"
 #include "support/captured_log.hpp"
 #include "support/system_calls.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <cerrno>
 #include <gmock/gmock.h>
@@ -32,7 +33,7 @@ TEST_P(wait_for_several, ends_with_a_datagram_on_any_of_them) {
     for (const loopback_socket* receiver : {&first, &second}) {
         peer.send_raw({1}, *receiver);
         EXPECT_TRUE(wait(patience_ns));
-        receive_record record;
+        buffered_record record;
         EXPECT_EQ(recv_packet(receiver->handle(), record), socket_status::ok);
     }
 }
@@ -46,7 +47,7 @@ TEST_P(wait_for_several, ends_with_a_datagram_that_comes_later) {
 TEST_P(wait_for_several, ends_with_a_refusal_that_recv_packet_then_reports) {
     provoke_refusal(first, GetParam());
     EXPECT_TRUE(wait(patience_ns));
-    receive_record record;
+    buffered_record record;
     EXPECT_EQ(recv_packet(first.handle(), record), socket_status::connection_reset);
     EXPECT_FALSE(wait(0));
 }

@@ -1,5 +1,6 @@
 // The client library when the system refuses: every refusal becomes a code, and the context stays usable.
-#include "runtime/status_codes.hpp"
+#include "core/service_codes.hpp"
+#include "runtime/socket_codes.hpp"
 #include "support/log_capture.hpp"
 #include "support/service_session.hpp"
 #include "support/system_calls.hpp"

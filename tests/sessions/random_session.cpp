@@ -7,8 +7,8 @@
 #include "sessions/virtual_world.hpp"
 #include "simulator/simulation/simulation.hpp"
 #include "vantu/orvanta/client.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <memory>
 #include <optional>

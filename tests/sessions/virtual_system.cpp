@@ -2,9 +2,9 @@
 #include "network/socket.hpp"
 #include "network/socket_wait.hpp"
 #include "sessions/virtual_world.hpp"
-#include "vantu/orvanta/common/diagnostics/assume.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "vantu/orvanta/common/assume.hpp"
+#include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -56,10 +56,12 @@ opened_socket open_bound_socket(const std::string&, const std::string& port) {
     return {static_cast<socket_handle>(opened), socket_status::ok};
 }
 
-socket_status send_bytes(socket_handle socket, std::span<const std::byte> bytes, const endpoint&) {
+send_result try_send(socket_handle socket, std::span<const std::byte> bytes, const endpoint&) {
     virtual_world::current().send(port_of(socket), bytes.data(), bytes.size());
-    return socket_status::ok;
+    return {};
 }
+
+void log_send_failure(std::uint32_t) {}
 
 socket_status recv_packet(socket_handle socket, receive_record& record) {
     return take(port_of(socket), record);

@@ -4,7 +4,7 @@
 
 #include "simulator/service/service.hpp"
 #include "simulator/wire.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gtest/gtest.h>
 #include <iosfwd>

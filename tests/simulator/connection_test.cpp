@@ -1,6 +1,6 @@
 // Connecting to the service, being told of its devices, and parting.
 #include "simulator/bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <set>

@@ -1,6 +1,6 @@
 // The control console, with verbs and times made up by the test.
 #include "simulator/control/console.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 

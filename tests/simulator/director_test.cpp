@@ -2,7 +2,7 @@
 #include "simulator/control/director.hpp"
 
 #include "simulator/bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // Clients that fall silent, by a clock moved by hand.
 #include "simulator/bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <limits>

@@ -1,6 +1,6 @@
 // Which datagrams a rule fits, how often it happens, and that a seed brings it all back.
 #include "simulator/stage_bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // What comes out of the stage of faults on the other side, byte by byte.
 #include "simulator/stage_bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

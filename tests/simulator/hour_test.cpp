@@ -2,8 +2,9 @@
 #include "network/socket.hpp"
 #include "simulator/simulation_bench.hpp"
 #include "simulator/test_client.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "support/buffered_record.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 #include "vantu/orvanta/simulator.hpp"
 
 #include <cstdio>
@@ -86,7 +87,7 @@ class draining_client {
   private:
     socket_handle socket_;
     endpoint service_;
-    receive_record record_;
+    buffered_record record_;
 };
 
 TEST(an_hour, on_sockets_loses_no_state_and_forgets_the_silent_client) {

@@ -1,6 +1,6 @@
 // How the simulated devices move, and the currents that it takes.
 #include "simulator/service/motion.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 // Every request of a client and its answer, byte by byte.
 #include "simulator/bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <cmath>
 #include <gmock/gmock.h>

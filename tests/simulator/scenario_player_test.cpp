@@ -1,6 +1,6 @@
 // The player of scenarios, with times and operations made up by the test.
 #include "simulator/control/scenario_player.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <array>
 #include <gmock/gmock.h>

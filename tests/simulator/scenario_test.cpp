@@ -3,7 +3,7 @@
 
 #include "simulator/control/located_json.hpp"
 #include "simulator/simulation/verbs.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <filesystem>
 #include <fstream>

@@ -1,8 +1,9 @@
 // The simulation on real sockets, within the test's own process.
 #include "simulator/sockets/server.hpp"
+#include "support/buffered_record.hpp"
 
 #include "simulator/test_client.hpp"
-#include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/log.hpp"
 
 #include <atomic>
 #include <gmock/gmock.h>
@@ -273,7 +274,7 @@ TEST_F(serving, forges_from_an_address_that_is_not_the_service_s) {
         tested.send({{to.address, listener}, {raw.begin(), raw.end()}, true});
         std::vector<std::string> senders;
         while (senders.size() < 2) {
-            receive_record record;
+            buffered_record record;
             if (recv_packet(receiver.socket, record) == socket_status::ok) {
                 EXPECT_EQ(record.buffer.read_len(), 3U);
                 senders.push_back(stringify_addr({record.from_length, record.from}));

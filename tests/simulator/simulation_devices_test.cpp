@@ -1,7 +1,7 @@
 // Devices that come, go and remember, in a simulation.
 #include "simulator/simulation_bench.hpp"
 #include "support/scratch_folder.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <filesystem>
 #include <gmock/gmock.h>

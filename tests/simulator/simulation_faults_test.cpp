@@ -1,6 +1,6 @@
 // What faults ask of the simulation around the service: ends, restarts, devices that come and go.
 #include "simulator/simulation_bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 

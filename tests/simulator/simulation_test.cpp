@@ -1,6 +1,6 @@
 // The simulation's time, its repeatability, its ends of connections and what it tells observers.
 #include "simulator/simulation_bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <limits>

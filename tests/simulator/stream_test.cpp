@@ -1,6 +1,6 @@
 // What flows to a client that has opened devices, by a clock moved by hand.
 #include "simulator/bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <limits>

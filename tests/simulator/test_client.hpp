@@ -3,6 +3,7 @@
 
 #include "network/socket.hpp"
 #include "simulator/wire.hpp"
+#include "support/buffered_record.hpp"
 
 #include <string>
 
@@ -27,7 +28,7 @@ class test_client {
   private:
     vantu::orvanta::socket_handle socket_{vantu::orvanta::invalid_socket};
     vantu::orvanta::endpoint service_;
-    vantu::orvanta::receive_record record_;
+    vantu::orvanta::buffered_record record_;
 };
 
 } // namespace simulator_tests

@@ -4,7 +4,7 @@
 #include "simulator/simulation/status_text.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 #include "simulator/simulation_bench.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Bytes written by hand: what tests send to the service, and what they expect of it.
 #pragma once
 
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <cstdint>
 #include <initializer_list>

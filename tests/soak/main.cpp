@@ -4,7 +4,7 @@
 #include "soak/process_figures.hpp"
 #include "soak/streaming_session.hpp"
 #include "support/open_handles.hpp"
-#include "vantu/orvanta/common/utils/format.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 // Figures of this process as Linux shows them.
 #include "soak/process_figures.hpp"
 
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <fstream>
 #include <pthread.h>

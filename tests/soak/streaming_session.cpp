@@ -3,7 +3,7 @@
 
 #include "simulator/service/device.hpp"
 #include "simulator/sockets/server.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <chrono>
 #include <stdexcept>

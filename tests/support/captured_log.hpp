@@ -1,7 +1,7 @@
 // Keeps the log lines of a test instead of printing them, for as long as the object lives.
 #pragma once
 
-#include "vantu/orvanta/common/diagnostics/log.hpp"
+#include "vantu/orvanta/common/log.hpp"
 
 #include <cstdint>
 #include <mutex>

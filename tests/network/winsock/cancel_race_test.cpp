@@ -1,7 +1,8 @@
 // Ten thousand receives that time out while the answer comes: each ends as what it is, and none writes
 // into a record that it has given back.
 #include "network/winsock/loopback.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "support/buffered_record.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <array>
 #include <atomic>
@@ -68,13 +69,13 @@ TEST(winsock_cancel_race, ends_every_receive_and_writes_into_no_record_afterward
     const loopback_socket socket;
     late_sender sender(socket);
     // The record of a time-out is looked at again some rounds later.
-    std::array<std::unique_ptr<receive_record>, 8> given_back;
+    std::array<std::unique_ptr<buffered_record>, 8> given_back;
     int answered = 0;
     int timed_out = 0;
     int left_in_the_socket = 0;
     int spoilt = 0;
     for (int round = 0; round < rounds; ++round) {
-        auto record = std::make_unique<receive_record>();
+        auto record = std::make_unique<buffered_record>();
         ASSERT_EQ(recv_packet_overlapped(socket.handle(), *record), socket_status::ok);
         // From 0.2 ms before the earliest end of the wait to 1.4 ms behind it, where Wine's ends lie.
         const std::int64_t around_the_deadline_ns = 800'000 + (round % 64) * 25'000;
@@ -92,7 +93,7 @@ TEST(winsock_cancel_race, ends_every_receive_and_writes_into_no_record_afterward
         while (!sender.has_sent()) {
             SwitchToThread();
         }
-        receive_record rest;
+        buffered_record rest;
         while (recv_packet(socket.handle(), rest) == socket_status::ok) {
             ++left_in_the_socket;
             rest.buffer.reset();

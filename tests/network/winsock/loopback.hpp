@@ -6,8 +6,8 @@
 #include "support/captured_log.hpp"
 #include "support/open_handles.hpp"
 #include "support/winsock_calls.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
-#include "vantu/orvanta/common/utils/platform.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <cstdint>
 #include <gmock/gmock.h>

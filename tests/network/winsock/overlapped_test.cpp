@@ -1,8 +1,9 @@
 // The overlapped receive: its outcomes, the news of closed ports, and the record that comes back.
 #include "network/winsock/loopback.hpp"
+#include "support/buffered_record.hpp"
 
 #include "network/error_text_winsock.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <limits>
 
@@ -32,7 +33,7 @@ class winsock_overlapped : public testing::Test {
 
     loopback_socket socket;
     loopback_socket peer;
-    receive_record record;
+    buffered_record record;
     std::int64_t elapsed_ns{0};
     captured_log log;
     scripted_winsock calls;

@@ -1,8 +1,9 @@
 // Sending one datagram and the non-blocking receive by Winsock.
 #include "network/winsock/loopback.hpp"
+#include "support/buffered_record.hpp"
 
 #include "network/error_text_winsock.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 namespace orvanta_tests {
 namespace {
@@ -33,7 +34,7 @@ TEST_F(winsock_send, delivers_the_unread_bytes_in_one_call_and_consumes_them) {
     EXPECT_EQ(packet.read_len(), 0U);
     EXPECT_EQ(calls.count(winsock_call::sendto), 1);
     ASSERT_TRUE(receiver.wait());
-    receive_record record;
+    buffered_record record;
     ASSERT_EQ(recv_packet(receiver.handle(), record), socket_status::ok);
     EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(2, 3));
 }
@@ -42,7 +43,7 @@ TEST_F(winsock_send, delivers_an_empty_datagram) {
     packet.skip_read(3);
     EXPECT_EQ(send(), socket_status::ok);
     ASSERT_TRUE(receiver.wait());
-    receive_record record;
+    buffered_record record;
     EXPECT_EQ(recv_packet(receiver.handle(), record), socket_status::ok);
     EXPECT_EQ(record.buffer.read_len(), 0U);
 }
@@ -121,7 +122,7 @@ class winsock_receive : public testing::Test {
 
     loopback_socket socket;
     loopback_socket peer;
-    receive_record record;
+    buffered_record record;
     captured_log log;
     scripted_winsock calls;
 };

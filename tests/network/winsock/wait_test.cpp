@@ -1,8 +1,9 @@
 // Waiting on several sockets by Winsock's events.
 #include "network/winsock/loopback.hpp"
+#include "support/buffered_record.hpp"
 
 #include "network/error_text_winsock.hpp"
-#include "vantu/orvanta/common/utils/nanoseconds.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <limits>
 #include <thread>
@@ -33,7 +34,7 @@ TEST_F(winsock_wait, ends_with_a_datagram_on_any_of_them) {
         peer.send_raw({1}, *receiver);
         EXPECT_TRUE(wait(patience_ns));
         EXPECT_TRUE(wait(patience_ns)) << "it still waits there";
-        receive_record record;
+        buffered_record record;
         EXPECT_EQ(recv_packet(receiver->handle(), record), socket_status::ok);
         EXPECT_FALSE(wait(0));
     }
@@ -50,7 +51,7 @@ TEST_F(winsock_wait, sees_each_of_many_datagrams) {
         peer.send_raw({2}, first);
         for (int taken = 0; taken < 2; ++taken) {
             ASSERT_TRUE(wait(patience_ns));
-            receive_record record;
+            buffered_record record;
             ASSERT_EQ(recv_packet(first.handle(), record), socket_status::ok);
         }
     }
@@ -61,7 +62,7 @@ TEST_F(winsock_wait, ends_at_its_deadline_and_leaves_the_sockets_as_they_were) {
     const std::int64_t before = platform::steady_now_ns();
     EXPECT_FALSE(wait(5 * ns_per_millisecond));
     EXPECT_GE(platform::steady_now_ns() - before, 5 * ns_per_millisecond);
-    receive_record record;
+    buffered_record record;
     EXPECT_EQ(recv_packet(first.handle(), record), socket_status::would_block);
 }
 

@@ -24,6 +24,7 @@
 #define VANTU_ORVANTA_ORVANTA_H
 
 #include "vantu/orvanta/communication/records.h"
+#include "vantu/orvanta/error_codes.h"
 #include "vantu/orvanta/export.h"
 
 #include <stddef.h>
@@ -32,24 +33,6 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-/* Error codes of the client. Codes 9 to 11 and 160 to 209 are the service's own. */
-enum vantu_orvanta_error_code {
-    vantu_orvanta_success = 0,
-    vantu_orvanta_unexpected_error = 1,
-    vantu_orvanta_invalid_argument = 2,
-    vantu_orvanta_invalid_connection_state = 3,
-    vantu_orvanta_timed_out = 4,
-    vantu_orvanta_socket_bind_failed = 5,
-    vantu_orvanta_protocol_parse_failed = 6,
-    vantu_orvanta_no_matching_device = 7,
-    vantu_orvanta_disconnected_from_service = 8,
-    vantu_orvanta_buffer_full_or_empty = 9,
-    vantu_orvanta_request_queue_empty = 10,
-    vantu_orvanta_request_queue_full = 11,
-    vantu_orvanta_another_client_connected = 178,
-    vantu_orvanta_os_socket_error = 254
-};
 
 /* One connection; opaque. */
 typedef struct vantu_orvanta_context vantu_orvanta_context;
@@ -153,10 +136,9 @@ VANTU_ORVANTA_API void vantu_orvanta_poll_thread_stop(vantu_orvanta_poll_thread*
  * while or after this runs. */
 VANTU_ORVANTA_API void vantu_orvanta_disconnect(vantu_orvanta_context* context);
 
-/* The ids of the devices that the service has listed, in no particular order, from the library's own
- * table: no traffic. count: in, the room in ids; out, the number written.
- * Returns 0; 2 for a null; 3 when not connected; 9 when there are more devices than room: the array
- * is full and usable. */
+/* The ids of the devices that the service has listed, in the order of their announcement, from the library's
+ * own table: no traffic. count: in, the room in ids; out, the number written. Returns 0; 2 for a null; 3 when
+ * not connected; 9 when there are more devices than room: the array is full and usable. */
 VANTU_ORVANTA_API int32_t vantu_orvanta_device_ids(vantu_orvanta_context* context, uint32_t* ids,
                                                    size_t* count);
 

@@ -1,7 +1,7 @@
 // Writing datagrams: the header once, then operations with their bodies.
 #pragma once
 
-#include "vantu/orvanta/common/utils/data.hpp"
+#include "vantu/orvanta/common/byte_buffer.hpp"
 #include "vantu/orvanta/communication/bodies.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 

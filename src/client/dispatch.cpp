@@ -1,0 +1,201 @@
+// Dispatch: one event to the handler that waits for it, or to its callback.
+#include "client_implementation.hpp"
+#include "vantu/orvanta/communication/bodies.hpp"
+
+#include <cstring>
+#include <new>
+#include <type_traits>
+
+namespace vantu::orvanta {
+namespace {
+
+using communication::proto::device_description;
+
+template <typename Record> const Record& record_of(const vantu_orvanta_event& event) {
+    // NOLINTNEXTLINE(misc-redundant-expression): not for each record
+    static_assert(alignof(Record) == 1 && sizeof(Record) <= sizeof(event.payload));
+    return *std::launder(reinterpret_cast<const Record*>(event.payload));
+}
+
+template <typename... Parameters, typename... Arguments>
+void call(const std::function<void(Parameters...)>& callback, Arguments&&... arguments) {
+    if (callback) {
+        callback(std::forward<Arguments>(arguments)...);
+    }
+}
+
+template <typename Record>
+void call_with_record(const client::record_callback<Record>& callback, client& owner,
+                      const vantu_orvanta_event& event) {
+    call(callback, owner, event.device_id, record_of<Record>(event));
+}
+
+outcome outcome_of(std::uint32_t event_type) {
+    switch (event_type) {
+    case vantu_orvanta_event_ack:
+        return outcome::acknowledged;
+    case vantu_orvanta_event_error:
+        return outcome::failed;
+    default:
+        return outcome::replied;
+    }
+}
+
+void complete(client& owner, const reply_handler<void>& handler, const vantu_orvanta_event& event) {
+    const outcome result = outcome_of(event.event_type);
+    call(handler, owner,
+         reply<void>{result, event.device_id,
+                     result == outcome::failed ? &record_of<vantu_orvanta_error>(event) : nullptr});
+}
+
+template <typename Record>
+void complete(client& owner, const reply_handler<Record>& handler, const vantu_orvanta_event& event) {
+    const outcome result = outcome_of(event.event_type);
+    call(handler, owner,
+         reply<Record>{result, event.device_id,
+                       result == outcome::replied ? &record_of<Record>(event) : nullptr,
+                       result == outcome::failed ? &record_of<vantu_orvanta_error>(event) : nullptr});
+}
+
+// Calls a handler that was taken out; false when there is none.
+bool complete(client& owner, const any_reply_handler& waiting, const vantu_orvanta_event& event) {
+    return std::visit(
+        [&](const auto& handler) {
+            if constexpr (std::is_same_v<std::decay_t<decltype(handler)>, std::monostate>) {
+                return false;
+            } else {
+                complete(owner, handler, event);
+                return true;
+            }
+        },
+        waiting);
+}
+
+// A reply: to the request that waits for it, else to the default callback.
+bool complete_request(client& owner, pending_requests& pending, const vantu_orvanta_event& event) {
+    return event.tag != 0 && complete(owner, pending.take(event.event_type, event.tag), event);
+}
+
+// Nothing will be answered any more: every waiting request fails.
+void fail_all(client& owner, pending_requests& pending) {
+    vantu_orvanta_event event{};
+    event.event_type = vantu_orvanta_event_error;
+    const vantu_orvanta_error error{vantu_orvanta_disconnected_from_service};
+    std::memcpy(event.payload, &error, sizeof(error));
+    for (unsigned tag = 1; tag <= 255; ++tag) {
+        event.tag = static_cast<std::uint8_t>(tag);
+        complete(owner, pending.take_any(event.tag), event);
+    }
+}
+
+void call_on_device(const client::record_callback<vantu_orvanta_device>& callback, client& owner,
+                    const vantu_orvanta_event& event) {
+    vantu_orvanta_device device{};
+    constexpr std::size_t description_offset = offsetof(vantu_orvanta_device, device_type);
+    std::memcpy(reinterpret_cast<std::byte*>(&device) + description_offset, event.payload,
+                sizeof(device_description));
+    call(callback, owner, event.device_id, device);
+}
+
+} // namespace
+
+bool client::dispatch(const vantu_orvanta_event& event) {
+    config& callbacks = self_->callbacks;
+    const auto route = [&](const auto& callback) {
+        if (complete_request(*this, self_->pending, event)) {
+            return;
+        }
+        if constexpr (std::is_same_v<std::decay_t<decltype(callback)>, device_callback>) {
+            call(callback, *this, event.device_id);
+        } else {
+            call_with_record(callback, *this, event);
+        }
+    };
+    if (event.event_type > vantu_orvanta_event_error) {
+        return true; // no type that has a name
+    }
+    switch (static_cast<vantu_orvanta_event_type>(event.event_type)) {
+    case vantu_orvanta_event_none:
+        return false;
+    case vantu_orvanta_event_disconnected:
+        fail_all(*this, self_->pending);
+        call(callbacks.on_disconnected, *this);
+        break;
+    case vantu_orvanta_event_device_added:
+        call_on_device(callbacks.on_device, *this, event);
+        break;
+    case vantu_orvanta_event_device_removed:
+        call(callbacks.on_device_removed, *this, event.device_id);
+        break;
+    case vantu_orvanta_event_orvanta3_info:
+        call_with_record(callbacks.on_orvanta3_info, *this, event);
+        break;
+    case vantu_orvanta_event_palmetron_info:
+        call_with_record(callbacks.on_palmetron_info, *this, event);
+        break;
+    case vantu_orvanta_event_cursor_state:
+        call_with_record(callbacks.on_cursor_state, *this, event);
+        break;
+    case vantu_orvanta_event_cursor_state_b:
+        call_with_record(callbacks.on_cursor_state_b, *this, event);
+        break;
+    case vantu_orvanta_event_palmetron_state:
+        call_with_record(callbacks.on_palmetron_state, *this, event);
+        break;
+    case vantu_orvanta_event_service_stream_a:
+        call(callbacks.on_service_stream_a, *this, record_of<vantu_orvanta_service_stream_a>(event));
+        break;
+    case vantu_orvanta_event_service_stream_b:
+        call_with_record(callbacks.on_service_stream_b, *this, event);
+        break;
+    case vantu_orvanta_event_ack:
+        route(callbacks.on_ack);
+        break;
+    case vantu_orvanta_event_device_opened:
+        route(callbacks.on_device_opened);
+        break;
+    case vantu_orvanta_event_device_closed:
+        route(callbacks.on_device_closed);
+        break;
+    case vantu_orvanta_event_device_block:
+        route(callbacks.on_device_block);
+        break;
+    case vantu_orvanta_event_orientation:
+        route(callbacks.on_orientation);
+        break;
+    case vantu_orvanta_event_config_save:
+        route(callbacks.on_config_save);
+        break;
+    case vantu_orvanta_event_config_gravity_compensation:
+        route(callbacks.on_config_gravity_compensation);
+        break;
+    case vantu_orvanta_event_config_torque_scaling:
+        route(callbacks.on_config_torque_scaling);
+        break;
+    case vantu_orvanta_event_config_handedness:
+        route(callbacks.on_config_handedness);
+        break;
+    case vantu_orvanta_event_status_motor_current:
+        route(callbacks.on_status_motor_current);
+        break;
+    case vantu_orvanta_event_status_power_supply:
+        route(callbacks.on_status_power_supply);
+        break;
+    case vantu_orvanta_event_table_block_128:
+        route(callbacks.on_table_block_128);
+        break;
+    case vantu_orvanta_event_table_block_301:
+        route(callbacks.on_table_block_301);
+        break;
+    case vantu_orvanta_event_error:
+        route(callbacks.on_error);
+        break;
+    }
+    return true;
+}
+
+void client::dispatch_event(void* user, const vantu_orvanta_event* event) {
+    static_cast<client*>(user)->dispatch(*event);
+}
+
+} // namespace vantu::orvanta

@@ -1,0 +1,76 @@
+// The one-shot handlers that wait for an answer, by request tag.
+#pragma once
+
+#include "vantu/orvanta/client.hpp"
+
+#include <array>
+#include <cstdint>
+#include <mutex>
+#include <utility>
+#include <variant>
+
+namespace vantu::orvanta {
+
+// A handler of any reply; monostate when there is none.
+using any_reply_handler = std::variant<
+    std::monostate, reply_handler<void>, reply_handler<vantu_orvanta_orientation>,
+    reply_handler<vantu_orvanta_config_save>, reply_handler<vantu_orvanta_config_gravity_compensation>,
+    reply_handler<vantu_orvanta_config_torque_scaling>, reply_handler<vantu_orvanta_config_handedness>>;
+
+// One request waits under a tag, for its reply's event type, an acknowledgement or an error. All
+// functions are safe on any thread; none allocates or calls a handler.
+class pending_requests {
+  public:
+    // A place taken under a tag; tag 0 when all 255 are taken. The serial tells a request from an
+    // earlier one under the same tag.
+    struct place {
+        std::uint8_t tag;
+        std::uint64_t serial;
+    };
+
+    pending_requests();
+
+    // Enters a handler for a reply of the given event type under the tag that has been free longest,
+    // so that a late reply meets a later request as rarely as can be.
+    template <typename Record>
+    [[nodiscard]] place enter(std::uint32_t event_type, reply_handler<Record>&& handler) {
+        const std::lock_guard lock(mutex_);
+        const place taken = take_tag(event_type);
+        if (taken.tag != 0) {
+            entries_[taken.tag].handler.template emplace<reply_handler<Record>>(std::move(handler));
+        }
+        return taken;
+    }
+
+    // Removes a request that was not sent after all. False when it was already answered.
+    bool withdraw(place entered);
+
+    // Takes out the handler that an event under a tag completes, and frees the tag: all that waited
+    // for the same answer is gone with it. monostate when none waits for this event.
+    [[nodiscard]] any_reply_handler take(std::uint32_t event_type, std::uint8_t tag);
+
+    // Takes out whatever waits under a tag.
+    [[nodiscard]] any_reply_handler take_any(std::uint8_t tag);
+
+  private:
+    static constexpr std::size_t tag_count = 255;
+
+    struct entry {
+        std::uint32_t event_type{vantu_orvanta_event_none}; // none: the tag is free
+        std::uint64_t serial{0};
+        any_reply_handler handler;
+    };
+
+    // Both need the mutex.
+    [[nodiscard]] place take_tag(std::uint32_t event_type);
+    [[nodiscard]] any_reply_handler release(std::uint8_t tag);
+
+    std::mutex mutex_;
+    std::array<entry, tag_count + 1> entries_;      // by tag; 0 is never used
+    std::array<std::uint8_t, tag_count> free_tags_; // a ring, the longest free first
+    std::size_t first_free_{0};
+    std::size_t free_count_{tag_count};
+    std::uint64_t last_serial_{0};
+};
+
+} // namespace vantu::orvanta

@@ -1,0 +1,21 @@
+// The fatal tail of a failed check.
+#include "vantu/orvanta/common/assume.hpp"
+
+#include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/platform.hpp"
+
+#include <cstdlib>
+
+namespace vantu::orvanta {
+
+void assumption_failed() {
+    platform::debug_break();
+    std::abort();
+}
+
+void report_failed_assumption(const source_location& where, const char* message) {
+    log(log_level::error, where, message);
+    assumption_failed();
+}
+
+} // namespace vantu::orvanta

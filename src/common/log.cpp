@@ -1,0 +1,103 @@
+// The logger and its default writer.
+#include "vantu/orvanta/common/log.hpp"
+
+#include "file_name.hpp"
+#include "vantu/orvanta/common/format.hpp"
+
+#include <cstdio>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+namespace vantu::orvanta {
+namespace {
+
+struct logger {
+    std::uint64_t opaque{0};
+    log_sink sink;
+    std::mutex mutex;
+};
+
+// Never destroyed: other threads and static destructors may still log at exit.
+logger& the_logger() {
+    static auto* instance = new logger;
+    return *instance;
+}
+
+const char* prefix_of(log_level level) {
+    switch (level) {
+    case log_level::debug:
+        return "DEBUG";
+    case log_level::info:
+        return "INFO";
+    case log_level::warning:
+        return "WARNING";
+    case log_level::error:
+        break;
+    }
+    return "ERROR";
+}
+
+// The text is printed as a format without arguments: "%%" may stand, every other percent sign is
+// doubled so that it prints as itself.
+std::string harmless_format(std::string_view text) {
+    std::string format;
+    format.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        format += text[i];
+        if (text[i] == '%') {
+            format += '%';
+            if (i + 1 < text.size() && text[i + 1] == '%') {
+                ++i;
+            }
+        }
+    }
+    return format;
+}
+
+} // namespace
+
+void write_default_log_line(log_level level, const std::string& path, std::uint64_t line,
+                            const std::string& message) {
+    const std::string text =
+        harmless_format(formatted("{} {} {} MSG {}\n", prefix_of(level), file_name_of(path), line, message));
+    const bool to_output = level == log_level::debug || level == log_level::info;
+    if (!to_output) {
+        std::fflush(stdout);
+    }
+    std::FILE* stream = to_output ? stdout : stderr;
+#if defined(__GNUC__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-security"
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#endif
+    std::fprintf(stream, text.c_str());
+#if defined(__GNUC__)
+#pragma GCC diagnostic pop
+#endif
+    std::fflush(stream);
+}
+
+void log(log_level level, const std::string& path, std::uint64_t line, const std::string& message) {
+    // The call owns what it hands out, whatever a sink does to the original.
+    const std::string owned = message; // NOLINT(performance-unnecessary-copy-initialization)
+    logger& target = the_logger();
+    const std::lock_guard lock(target.mutex);
+    if (target.sink) {
+        target.sink(target.opaque, level, path, line, owned);
+    } else {
+        write_default_log_line(level, path, line, owned);
+    }
+}
+
+void log(log_level level, const source_location& where, const std::string& message) {
+    log(level, where.path, where.line, message);
+}
+
+void set_log_sink(log_sink sink) {
+    logger& target = the_logger();
+    const std::lock_guard lock(target.mutex);
+    target.sink = std::move(sink);
+}
+
+} // namespace vantu::orvanta
