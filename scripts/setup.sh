@@ -23,6 +23,9 @@ test)
         clang-format:clang-format
         clang-tidy:clang-tidy
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
+        llvm:llvm-symbolizer
+        mandoc:mandoc
+        ccache:ccache
     )
     ;;
 windows)
@@ -31,6 +34,7 @@ windows)
         wine:wineserver
         wine64:/usr/lib/wine/wine64
         googletest:/usr/src/googletest/CMakeLists.txt
+        ccache:ccache
     )
     ;;
 *) fail "usage: $0 run|test|windows" ;;

@@ -20,7 +20,7 @@ rm -rf "$scratch"
 mkdir -p "$scratch"
 if [ "$kind" = static ]; then
     build=$scratch/plain
-    cmake -S "$source" -B "$build" -DBUILD_SHARED_LIBS=OFF -DORVANTA_BUILD_TESTS=OFF -DCMAKE_UNITY_BUILD=ON
+    cmake -S "$source" -B "$build" -G Ninja -DBUILD_SHARED_LIBS=OFF -DORVANTA_BUILD_TESTS=OFF -DCMAKE_UNITY_BUILD=ON
     grep -q '^CMAKE_BUILD_TYPE:STRING=Release$' "$build/CMakeCache.txt" || fail "a plain build is not a Release build"
     grep -Eq '"command": .* -O[23] ' "$build/compile_commands.json" || fail "a plain build is not optimised"
     cmake --build "$build" --parallel 2
@@ -48,18 +48,20 @@ needs() {
 runtime='^(linux-vdso|ld-linux[-a-z0-9_]*|libc|libm|libgcc_s|libstdc\+\+|libpthread)\.so'
 
 consumer=$scratch/consumer
-cmake -S "$here/consumer" -B "$consumer" -DCMAKE_PREFIX_PATH="$prefix"
+cmake -S "$here/consumer" -B "$consumer" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
 grep -q "^vantu_orvanta_DIR:PATH=$prefix/" "$consumer/CMakeCache.txt" || fail "another vantu_orvanta was found"
 cmake --build "$consumer" --verbose
 for program in flat classes readme_program simulated; do
-    foreign=$(cat "$consumer/CMakeFiles/$program.dir/"*.d | grep -E 'fmt/|nlohmann/|CLI/' || true)
+    included=$(ninja -C "$consumer" -t deps | sed -n "\\,^CMakeFiles/$program\\.dir/,,/^\$/p")
+    grep -q '/vantu/orvanta/' <<<"$included" || fail "$program shows no header of the installation"
+    foreign=$(grep -E 'fmt/|nlohmann/|CLI/' <<<"$included" || true)
     [ -z "$foreign" ] || fail "$program includes what only this project needs: $foreign"
 done
 "$consumer/flat"
 "$consumer/classes"
 "$consumer/simulated"
 
-cmake -S "$source/examples/watch" -B "$scratch/watch" -DCMAKE_PREFIX_PATH="$prefix"
+cmake -S "$source/examples/watch" -B "$scratch/watch" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$scratch/watch"
 "$scratch/watch/watch_test" | tee "$scratch/watch.txt"
 [ "$(grep -c '^ok: ' "$scratch/watch.txt")" -ge 9 ] || fail "the example's test says less than it should"
