@@ -24,6 +24,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(-fno-semantic-interposition -fno-plt)
 endif()
 
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND NOT MSVC)
+  # A build made anew takes its precompiled headers from the compiler cache, although their files are younger.
+  add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
+endif()
+
 if(ORVANTA_SANITIZE)
   string(REPLACE ";" "," sanitizers "${ORVANTA_SANITIZE}")
   # At -O2 the instrumented code takes g++ three times as long, and finds nothing more.
