@@ -28,7 +28,7 @@ check_naming_rules() {
         fail "clang-tidy refuses names that follow the rules"
     fi
     for replacement in 'namespace right/namespace Wrong' 'enum class kind/enum class Kind' '{ one }/{ One }' \
-        'struct record/struct Record' 'int member/int memberName' 'class thing/class Thing' 'held_/held' \
+        'struct record/struct Record' 'int member/int memberName' 'class thing/class Thing' 'held_/held' 'held_/Held_' \
         'method(/Method(' 'argument/Argument' 'local/Local' 'Type/type' 'twice/Twice' 'using alias/using Alias' \
         'constant/Constant'; do
         wrong=${right//"${replacement%%/*}"/"${replacement#*/}"}
@@ -40,7 +40,7 @@ check_naming_rules() {
 
 check_naming_rules
 if [ $# -gt 0 ]; then
-    sources=("$@")
+    mapfile -t sources < <(realpath -- "$@")
 else
     # Of what the build itself wrote only the files that gather several sources.
     mapfile -t sources < <(sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$build/compile_commands.json" |
