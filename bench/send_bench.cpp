@@ -12,7 +12,7 @@ constexpr int requests_a_batch = 200;
 // An orientation request of device 1 with tag 1: 15 bytes.
 const datagram request_bytes{0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 47, 4, 0, 1, 1, 0, 0, 0};
 
-// after() runs untimed behind each batch of ours.
+// after() runs untimed after each batch of ours.
 template <typename Request, typename After>
 void measure(benchmark::State& state, connected_client& ours, Request request, After after) {
     const bare_socket bare;
@@ -51,7 +51,7 @@ void request_without_handler(benchmark::State& state) {
     }
 }
 
-// Behind each batch a made-up reply is dispatched under every tag, so that all tags are free again.
+// After each batch a made-up reply is dispatched under every tag, so that all tags are free again.
 void request_with_handler(benchmark::State& state) {
     connected_client ours;
     std::uint64_t answered = 0;

@@ -1,4 +1,4 @@
-// What the system tells of a thread of this process: CPU time and sleeps.
+// Figures that the system keeps of a thread of this process: CPU time and sleeps.
 #pragma once
 
 #include <cstdint>

@@ -26,7 +26,7 @@ if(ORVANTA_BUILD_TESTS)
   set(BUILD_SHARED_LIBS OFF)
   add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
   set(BUILD_SHARED_LIBS ${kind_of_the_library})
-  # What is not this project's is not held to its warnings, and its headers are the system's.
+  # Code of others is not held to this project's warnings, and its headers are the system's.
   foreach(target gtest gtest_main gmock gmock_main)
     target_compile_options(${target} PRIVATE -w)
     get_target_property(folders ${target} INTERFACE_INCLUDE_DIRECTORIES)

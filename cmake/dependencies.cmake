@@ -1,4 +1,4 @@
-# What the project takes from elsewhere. The library needs fmt 10 alone, header-only.
+# The packages that the project takes from elsewhere. The library needs fmt 10 alone, header-only.
 find_package(Threads REQUIRED)
 
 if(CMAKE_CROSSCOMPILING)

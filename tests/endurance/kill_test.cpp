@@ -80,7 +80,7 @@ class a_service_that_dies : public testing::Test {
         if (client->thread_result() == 0) {
             EXPECT_EQ(client->refusal, client_is_not_connected);
         } else {
-            // A keep-alive, due a second behind the last request, met the closed port.
+            // A keep-alive, due a second after the last request, met the closed port.
             EXPECT_EQ(client->thread_result(), std::uint32_t{vantu_orvanta_disconnected_from_service});
             EXPECT_GE(steady::now() - asked, 1s);
         }

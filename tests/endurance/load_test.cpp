@@ -61,7 +61,7 @@ class loaded_service {
 
     [[nodiscard]] double processor_seconds() const {
         std::string text = read("stat");
-        // What follows the program's name, whose end is a bracket: the state is field 3.
+        // The fields after the program's name, which ends with a bracket: the state is field 3.
         std::istringstream fields(text.substr(text.rfind(')') + 2));
         const std::vector<std::string> words{std::istream_iterator<std::string>(fields), {}};
         constexpr std::size_t user_time = 14 - 3;
@@ -138,7 +138,7 @@ TEST_F(sixteen_clients, with_a_fast_stream_each_lose_no_datagram) {
     for (std::size_t i = 0; i < clients.size(); ++i) {
         ASSERT_EQ(clients[i]->ask_to_close(device_of(i)), 0);
     }
-    // What was sent ahead of this answer has come ahead of it, or never will.
+    // All that was sent before this answer has come before it, or never will.
     all(
         "the answers", [&](std::size_t i) { return clients[i]->closed == device_of(i); }, 0);
     std::uint64_t received = 0;

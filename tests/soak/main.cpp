@@ -21,9 +21,9 @@ using namespace std::chrono_literals;
 using steady = std::chrono::steady_clock;
 
 constexpr double rate_hz = 1000;
-// What a process may gain behind its start: pages of stacks and heaps that are touched for the first time.
+// The growth that a process may show after its start: pages of stacks and heaps touched for the first time.
 constexpr std::size_t memory_allowed = std::size_t{1} << 20U;
-// What may be open more than at the first look: what the system opens late or for the length of a call.
+// The handles that may be open beyond the first look: the system opens some late or for the length of a call.
 constexpr std::size_t handles_allowed = 4;
 
 struct reading {
@@ -35,7 +35,7 @@ struct reading {
     double share; // of a processor, of the polling thread since the device was opened
 };
 
-// What stays open: the system opens handles for the length of a call, which a single count may meet.
+// The handles that stay open: the system opens others for the length of a call, which a single count may meet.
 std::size_t lasting_handles() {
     constexpr int looks = 10;
     std::size_t least = open_handles();
@@ -104,7 +104,7 @@ bool watch_streaming(steady::duration length, const running_service& service, st
     const reading last = read();
     print(last);
 
-    // The closing is confirmed behind the last state.
+    // The closing is confirmed after the last state.
     const bool delivered = last.received > 0 && last.received == last.sent;
     const bool steady_memory = last.memory <= first.memory + memory_allowed;
     const bool steady_handles = last.handles <= first.handles + handles_allowed;

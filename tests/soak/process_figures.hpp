@@ -1,4 +1,4 @@
-// What the system knows of this process and its threads; one source file a platform.
+// Figures that the system keeps of this process and its threads; one source file a platform.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace orvanta_tests {
 // The processor time of one thread, which must still live when it is asked for.
 class thread_meter {
   public:
-    // Of the calling thread.
+    // Counted for the calling thread.
     thread_meter();
     ~thread_meter();
     thread_meter(const thread_meter&) = delete;

@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 simulator::simulation_settings settings_of(double rate_hz) {
     simulator::simulation_settings settings;
     settings.rate_hz = rate_hz;
-    // Behind the acceptance, so that it is the polling thread that takes the listing.
+    // After the acceptance, so that it is the polling thread that takes the listing.
     settings.announce = simulator::announce_order::after;
     settings.devices = simulator::make_devices(1, 0);
     return settings;

@@ -29,7 +29,7 @@ class log_capture {
     log_capture(const log_capture&) = delete;
     log_capture& operator=(const log_capture&) = delete;
 
-    // What was logged since it was last asked.
+    // The lines since it was last asked.
     [[nodiscard]] std::vector<log_line> take();
     [[nodiscard]] std::vector<std::string> take_messages();
 };

@@ -1,4 +1,4 @@
-// What this process has open at the system, and what a piece of work leaves open; counted in one source
+// The handles that this process has open, and those that a piece of work leaves open; counted in one source
 // file a platform.
 #pragma once
 
@@ -10,7 +10,7 @@ namespace orvanta_tests {
 // threads hold for a moment.
 [[nodiscard]] std::size_t open_handles();
 
-// How many of them a call of the work leaves behind, rounded over sixteen calls, in which those of a moment
+// How many of them a call of the work leaves open, rounded over sixteen calls, in which those of a moment
 // vanish. One more call goes before, for what is opened once and kept.
 template <typename Work> [[nodiscard]] std::ptrdiff_t handles_left_by(const Work& work) {
     constexpr std::ptrdiff_t rounds = 16;

@@ -1,4 +1,4 @@
-// What every executable tells LeakSanitizer: the addresses that a client resolves are kept for the life of
+// LeakSanitizer's suppressions for every executable: the addresses that a client resolves are kept for the life of
 // the process on purpose. Nothing else is suppressed.
 
 // NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)

@@ -127,7 +127,7 @@ void scripted_service::receive_one() {
     if (!datagram) {
         return;
     }
-    // Sent ahead of the notice that the step is done, so that who awaits it finds the answers there.
+    // Sent before the notice that the step is done: the answers are there when a waiting test goes on.
     const std::lock_guard lock(mutex_);
     for (const bytes& reply : take(*datagram)) {
         EXPECT_TRUE(socket_->send(reply, datagram->from));

@@ -40,7 +40,7 @@ class scripted_service {
     scripted_service& expect_any_tag(bytes datagram);
     // Sent when the expectation made last is met, in order.
     scripted_service& answer(bytes datagram);
-    // What is not in the script goes to the responder instead of failing the test.
+    // A datagram that is not in the script goes to the responder instead of failing the test.
     void respond_with(responder answers);
 
     // Waits until the script is played to its end; fails the test when that takes too long.

@@ -17,7 +17,7 @@ inline constexpr std::uint64_t patient_timeout_ns = 30'000'000'000;
 [[nodiscard]] bytes goodbye();          // from the client
 [[nodiscard]] bytes goodbye_received(); // from the service
 
-// What most tests ask for and of which device, as records and as the bytes that stand for them.
+// The device and the values of most tests, as records and as the bytes that stand for them.
 inline const bytes id_5{5, 0, 0, 0};
 inline constexpr vantu_orvanta_config_gravity_compensation gravity{1, 0.75F};
 inline const bytes gravity_bytes{1, 0x00, 0x00, 0x40, 0x3F};

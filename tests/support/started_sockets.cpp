@@ -1,4 +1,4 @@
-// Starts the sockets of the process ahead of all tests, for programs that use them without the client
+// Starts the sockets of the process before all tests, for programs that use them without the client
 // library.
 #include "network/socket.hpp"
 

@@ -48,7 +48,7 @@ class scripted_calls {
     scripted_calls& resolve_to_nothing();
     // getaddrinfo finds these addresses, in this order, whatever the host that it is asked for.
     scripted_calls& resolve_to(std::vector<std::string> hosts);
-    // Runs ahead of the nth call (1: the next one).
+    // Runs before the nth call (1: the next one).
     scripted_calls& before(system_call call, int nth, std::function<void()> action);
 
     [[nodiscard]] int count(system_call call) const;

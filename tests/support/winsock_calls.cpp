@@ -49,7 +49,7 @@ call_script& script_of(winsock_call call) {
 
 // Counts a call. True when it is to fail; the error is set then.
 bool is_to_fail(winsock_call call) {
-    // What the program does before the script exists, and what the lock itself calls, is the system's.
+    // Calls made before the script exists, and by the lock itself, go to the system.
     thread_local bool inside = false;
     if (inside) {
         return false;

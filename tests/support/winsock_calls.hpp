@@ -53,7 +53,7 @@ class scripted_winsock {
     scripted_winsock& resolve_to(std::vector<std::string> hosts);
     // FormatMessageA gives this text.
     scripted_winsock& format_as(std::string text);
-    // Runs ahead of the nth call (1: the next one).
+    // Runs before the nth call (1: the next one).
     scripted_winsock& before(winsock_call call, int nth, std::function<void()> action);
 
     [[nodiscard]] int count(winsock_call call) const;
