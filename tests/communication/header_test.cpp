@@ -1,5 +1,5 @@
 // The records that frame every datagram, byte by byte.
-#include "communication/datagram_bytes.hpp"
+#include "communication/composed_datagram.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ namespace proto = vantu::orvanta::communication::proto;
 TEST(datagram_header, is_e9_9e_01_00_and_two_zeros) {
     byte_buffer buffer(mode_write);
     buffer.write(proto::datagram_header);
-    EXPECT_EQ(written_bytes(buffer), (datagram_bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00}));
+    EXPECT_EQ(written_bytes(buffer), (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00}));
 }
 
 TEST(datagram_header, is_read_from_its_six_bytes) {
@@ -33,13 +33,13 @@ TEST(datagram_header, is_read_from_its_six_bytes) {
 TEST(operation_record, of_op_67_is_ff_43_09_00_and_its_tag) {
     byte_buffer buffer(mode_write);
     buffer.write(proto::op{proto::op_magic, 67, 9, 0x7B});
-    EXPECT_EQ(written_bytes(buffer), (datagram_bytes{0xFF, 0x43, 0x09, 0x00, 0x7B}));
+    EXPECT_EQ(written_bytes(buffer), (bytes{0xFF, 0x43, 0x09, 0x00, 0x7B}));
 }
 
 TEST(operation_record, has_its_length_in_little_endian_order) {
     byte_buffer buffer(mode_write);
     buffer.write(proto::op{proto::op_magic, 97, 301, 1});
-    EXPECT_EQ(written_bytes(buffer), (datagram_bytes{0xFF, 0x61, 0x2D, 0x01, 0x01}));
+    EXPECT_EQ(written_bytes(buffer), (bytes{0xFF, 0x61, 0x2D, 0x01, 0x01}));
 }
 
 TEST(operation_record, is_read_from_its_five_bytes) {

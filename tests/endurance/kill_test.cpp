@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace endurance_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace std::chrono_literals;
@@ -149,4 +149,4 @@ TEST_F(a_service_that_dies, leaves_its_client_with_the_documented_outcome_and_no
 }
 
 } // namespace
-} // namespace endurance_tests
+} // namespace orvanta_tests

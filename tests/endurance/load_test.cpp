@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace endurance_tests {
+namespace orvanta_tests {
 namespace {
 
 using orvanta_test::attachment;
@@ -160,4 +160,4 @@ TEST_F(sixteen_clients, with_a_fast_stream_each_lose_no_datagram) {
 }
 
 } // namespace
-} // namespace endurance_tests
+} // namespace orvanta_tests

@@ -8,7 +8,7 @@
 #include <iterator>
 #include <string>
 
-namespace endurance_tests {
+namespace orvanta_tests {
 
 using vantu::orvanta::client;
 
@@ -73,4 +73,4 @@ std::uint32_t running_client::thread_result() const {
     return vantu_orvanta_poll_thread_result(thread_);
 }
 
-} // namespace endurance_tests
+} // namespace orvanta_tests

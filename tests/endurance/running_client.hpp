@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace endurance_tests {
+namespace orvanta_tests {
 
 // Waits for a condition; the test fails when it does not come within the time.
 void wait_until(const char* what, const std::function<bool()>& condition, std::uint64_t seconds = 60);
@@ -57,4 +57,4 @@ class running_client {
     vantu_orvanta_poll_thread* thread_{nullptr};
 };
 
-} // namespace endurance_tests
+} // namespace orvanta_tests
