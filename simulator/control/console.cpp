@@ -1,7 +1,7 @@
 // The control console.
 #include "simulator/control/console.hpp"
 
-#include "simulator/faults/words.hpp"
+#include "simulator/text/text_lines.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <optional>

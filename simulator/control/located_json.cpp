@@ -1,6 +1,7 @@
 // Reading JSON as events, and counting lines underneath.
 #include "simulator/control/located_json.hpp"
 
+#include "simulator/text/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -161,13 +162,6 @@ class tree_builder final : public nlohmann::json_sax<json> {
     std::size_t name_line_{1};
 };
 
-std::string without_controls(std::string_view text) {
-    std::string line(text);
-    std::replace_if(
-        line.begin(), line.end(), [](char letter) { return letter >= 0 && letter < ' '; }, '?');
-    return line;
-}
-
 std::string listed(std::span<const std::string_view> names) {
     std::string text;
     std::size_t left = names.size();
@@ -181,7 +175,7 @@ std::string listed(std::span<const std::string_view> names) {
 } // namespace
 
 located_error::located_error(std::size_t line, std::string_view what)
-    : std::runtime_error(without_controls(what)), line_(line) {}
+    : std::runtime_error(without_control_characters(what)), line_(line) {}
 
 const located_value* located_value::find(std::string_view member) const noexcept {
     const auto found = std::find_if(items.begin(), items.end(),

@@ -2,9 +2,9 @@
 #include "simulator/control/options.hpp"
 
 #include "simulator/control/help_text.hpp"
-#include "simulator/faults/words.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
+#include "simulator/text/text_lines.hpp"
 #include "vantu/orvanta/common/version.hpp"
 
 #include <CLI/CLI.hpp>

@@ -3,8 +3,8 @@
 
 #include "simulator/control/located_json.hpp"
 #include "simulator/control/scenario_devices.hpp"
-#include "simulator/faults/words.hpp"
 #include "simulator/simulation/verbs.hpp"
+#include "simulator/text/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 

@@ -2,6 +2,7 @@
 #include "simulator/service/saved_state.hpp"
 
 #include "simulator/service/durable_file.hpp"
+#include "simulator/text/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <stdexcept>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace vantu::orvanta::simulator {
 namespace {
@@ -22,10 +24,8 @@ using json = nlohmann::ordered_json;
 constexpr int format_version = 1;
 
 // One line, whatever names the file holds.
-[[noreturn]] void refuse(std::string reason) {
-    std::replace_if(
-        reason.begin(), reason.end(), [](char letter) { return letter >= 0 && letter < ' '; }, '?');
-    throw std::runtime_error(reason);
+[[noreturn]] void refuse(std::string_view reason) {
+    throw std::runtime_error(without_control_characters(reason));
 }
 
 // The value, which must be an object of exactly these members.
@@ -94,6 +94,50 @@ bool is_uuid_text(std::string_view text) {
     return text.size() == uuid_digits && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
+// Follows the parser to where it stops, as the names that lead there.
+class stopping_place final : public nlohmann::json_sax<json> {
+  public:
+    bool null() override { return true; }
+    bool boolean(bool /*value*/) override { return true; }
+    bool number_integer(number_integer_t /*value*/) override { return true; }
+    bool number_unsigned(number_unsigned_t /*value*/) override { return true; }
+    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return true; }
+    bool string(string_t& /*value*/) override { return true; }
+    bool binary(binary_t& /*value*/) override { return true; }
+    bool start_array(std::size_t /*size*/) override { return true; }
+    bool end_array() override { return true; }
+    bool start_object(std::size_t /*size*/) override {
+        names_.emplace_back();
+        return true;
+    }
+    bool key(string_t& name) override {
+        names_.back() = name;
+        return true;
+    }
+    bool end_object() override {
+        names_.pop_back();
+        return true;
+    }
+    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+                     const nlohmann::detail::exception& /*error*/) override {
+        return false;
+    }
+
+    [[nodiscard]] std::string text() const {
+        std::string text;
+        for (const std::string& name : names_) {
+            text += text.empty() ? name : ' ' + name;
+        }
+        const bool is_a_device = names_.size() > 1 && names_.front() == "devices";
+        return text.empty()  ? "the whole"
+               : is_a_device ? "device" + text.substr(names_.front().size())
+                             : text;
+    }
+
+  private:
+    std::vector<std::string> names_;
+};
+
 json parsed(const std::string& text) {
     try {
         return json::parse(text);
@@ -103,6 +147,10 @@ json parsed(const std::string& text) {
         const auto end_of_name = reason.find("] ");
         refuse("no JSON text: " +
                (end_of_name == std::string::npos ? reason : reason.substr(end_of_name + 2)));
+    } catch (const json::out_of_range&) {
+        stopping_place place;
+        (void)json::sax_parse(text, &place);
+        refuse(place.text() + " is a number out of range");
     }
 }
 

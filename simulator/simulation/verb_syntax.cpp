@@ -1,7 +1,7 @@
 // Reading a line as a command.
 #include "simulator/simulation/verb_syntax.hpp"
 
-#include "simulator/faults/words.hpp"
+#include "simulator/text/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>

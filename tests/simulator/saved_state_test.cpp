@@ -30,7 +30,7 @@ class state_file : public testing::Test {
     [[nodiscard]] std::string refusal_of_load() const {
         try {
             const saved_state state(path);
-        } catch (const std::runtime_error& wrong) {
+        } catch (const std::exception& wrong) {
             return wrong.what();
         }
         return "";
@@ -168,6 +168,8 @@ TEST_F(state_file, that_is_wrong_is_told_in_one_line_with_path_and_reason) {
         {R"({"version": 1, "devices": {}, "more": 0})", "the whole has an unknown member \"more\""},
         {R"({"version": 1, "devices": {}, "two\nlines": 0})",
          "the whole has an unknown member \"two?lines\""},
+        {"{\"version\": 1, \"devices\": {}, \"a\x7F\": 0}", "the whole has an unknown member \"a?\""},
+        {"{\"version\": \x7F}", "no JSON text: parse error"},
         {R"({"version": 1, "devices": {"1": {}}})", "\"1\" is no device"},
         {file_of("3"), place + " is no object"},
         {file_of("{" + good_gravity + ", " + good_torque + "}"), place + " has no \"handedness\""},
@@ -186,6 +188,16 @@ TEST_F(state_file, that_is_wrong_is_told_in_one_line_with_path_and_reason) {
          place + " gravity_compensation scaling_factor is no number from 0 to 1"},
         {gravity(R"({"enabled": true, "scaling_factor": 1e300})"),
          place + " gravity_compensation scaling_factor is no number from 0 to 1"},
+        {gravity(R"({"enabled": true, "scaling_factor": 1e999})"),
+         place + " gravity_compensation scaling_factor is a number out of range"},
+        {gravity(R"({"enabled": true, "scaling_factor": -1e999})"),
+         place + " gravity_compensation scaling_factor is a number out of range"},
+        {R"({"version": 1e999, "devices": {}})", "version is a number out of range"},
+        {R"({"version": 1, "devices": {"x": {"a": {}, "b": [{}, {"c": 2}, 1e999]}}})",
+         "device x b is a number out of range"},
+        {R"({"version": 1, "devices": {"x": 0}, "more": 1e999})", "more is a number out of range"},
+        {R"({"version": 1, "devices": 1e999})", "devices is a number out of range"},
+        {"1e999", "the whole is a number out of range"},
         {gravity(R"({"enabled": true, "scaling_factor": null})"),
          place + " gravity_compensation scaling_factor is no number from 0 to 1"},
     };
@@ -194,6 +206,7 @@ TEST_F(state_file, that_is_wrong_is_told_in_one_line_with_path_and_reason) {
         const std::string refused = refusal_of_load();
         EXPECT_THAT(refused, StartsWith(path + ": " + reason)) << text;
         EXPECT_THAT(refused, Not(HasSubstr("\n")));
+        EXPECT_THAT(refused, Not(HasSubstr("\x7F")));
         EXPECT_EQ(read(), text);
     }
 }

@@ -266,6 +266,8 @@ TEST(a_scenario, with_a_wrong_verb_is_refused_in_the_words_of_the_verbs) {
 
 TEST(a_scenario, with_control_characters_is_refused_in_one_line) {
     EXPECT_THAT(complaint_of("{\"version\": 1, \"a\\nb\": 1}"), HasSubstr("unknown member \"a?b\""));
+    EXPECT_THAT(complaint_of("{\"version\": 1, \"a\x7F\": 1}"), HasSubstr("unknown member \"a?\""));
+    EXPECT_THAT(complaint_of("{\"version\": 1, \"a\": \x7F}"), HasSubstr("last read: '\"a\": ?'"));
 }
 
 TEST(a_scenario_file, that_is_wrong_is_named_with_path_and_line) {

@@ -1,7 +1,7 @@
 // The stage of faults on the test bench.
 #include "simulator/stage_bench.hpp"
 
-#include "simulator/faults/words.hpp"
+#include "simulator/text/text_lines.hpp"
 
 #include <cstring>
 #include <utility>

@@ -1,5 +1,4 @@
-// Taking lines of text apart.
-#include "simulator/faults/words.hpp"
+#include "simulator/text/text_lines.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -91,6 +90,22 @@ std::string_view nearest_word(std::string_view to, std::span<const std::string_v
         }
     }
     return nearest;
+}
+
+std::string without_control_characters(std::string_view text) {
+    const auto is_between = [](char letter, unsigned least, unsigned greatest) {
+        const auto code = static_cast<unsigned char>(letter);
+        return code >= least && code <= greatest;
+    };
+    std::string shown;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        // UTF-8 writes U+0080 to U+009F as 0xC2 and a byte of the same number.
+        const bool is_pair = text[i] == '\xC2' && i + 1 < text.size() && is_between(text[i + 1], 0x80, 0x9F);
+        const bool is_control = is_pair || is_between(text[i], 0, 0x1F) || text[i] == '\x7F';
+        shown += is_control ? '?' : text[i];
+        i += is_pair ? 1 : 0;
+    }
+    return shown;
 }
 
 } // namespace vantu::orvanta::simulator

@@ -1,5 +1,5 @@
 // Taking lines of text apart.
-#include "simulator/faults/words.hpp"
+#include "simulator/text/text_lines.hpp"
 
 #include <array>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@ namespace {
 
 using namespace vantu::orvanta::simulator;
 
-TEST(words, come_off_a_line_one_by_one) {
+TEST(words_of_a_line, come_off_a_line_one_by_one) {
     std::string_view line = "  set\t1  handedness left \r";
     EXPECT_EQ(take_word(line), "set");
     EXPECT_EQ(take_word(line), "1");
@@ -18,7 +18,7 @@ TEST(words, come_off_a_line_one_by_one) {
     EXPECT_EQ(take_word(line), "");
 }
 
-TEST(words, are_whole_numbers_only_as_a_whole) {
+TEST(words_of_a_line, are_whole_numbers_only_as_a_whole) {
     EXPECT_EQ(whole_number("0"), 0U);
     EXPECT_EQ(whole_number("18446744073709551615"), 18446744073709551615U);
     EXPECT_EQ(whole_number("0xD0"), 208U);
@@ -27,7 +27,7 @@ TEST(words, are_whole_numbers_only_as_a_whole) {
     }
 }
 
-TEST(words, are_numbers_only_when_finite_and_whole) {
+TEST(words_of_a_line, are_numbers_only_when_finite_and_whole) {
     EXPECT_EQ(real_number("0.25"), 0.25);
     EXPECT_EQ(real_number("1e-3"), 0.001);
     for (const char* wrong : {"", "nan", "inf", "0.5x", " 0.5", "+1"}) {
@@ -35,7 +35,7 @@ TEST(words, are_numbers_only_when_finite_and_whole) {
     }
 }
 
-TEST(words, are_nearest_by_single_letters_and_neighbours) {
+TEST(words_of_a_line, are_nearest_by_single_letters_and_neighbours) {
     constexpr std::array<std::string_view, 4> known{"plug", "unplug", "port", "drop"};
     EXPECT_EQ(nearest_word("dorp", known), "drop");
     EXPECT_EQ(nearest_word("opr", known), "port");
@@ -43,6 +43,21 @@ TEST(words, are_nearest_by_single_letters_and_neighbours) {
     EXPECT_EQ(nearest_word("unplg", known), "unplug");
     EXPECT_EQ(nearest_word("rdop", known), "drop");
     EXPECT_EQ(nearest_word("plug", known), "plug");
+}
+
+TEST(lines, show_no_control_characters_whatever_they_are_given) {
+    EXPECT_EQ(without_control_characters(std::string("a\nb\0c\x1F", 6)), "a?b?c?");
+    EXPECT_EQ(without_control_characters("a\x7F"
+                                         "b"),
+              "a?b");
+    // As UTF-8 writes U+0080 to U+009F.
+    EXPECT_EQ(without_control_characters("a\xC2\x80"
+                                         "b\xC2\x9F"
+                                         "c"),
+              "a?b?c");
+    EXPECT_EQ(without_control_characters("a \xC2\xA0\xC3\x80\xE2\x82\xAC~"),
+              "a \xC2\xA0\xC3\x80\xE2\x82\xAC~");
+    EXPECT_EQ(without_control_characters("\xC2"), "\xC2");
 }
 
 } // namespace

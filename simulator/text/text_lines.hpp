@@ -1,9 +1,10 @@
-// Taking lines of text apart, and saying which word was probably meant.
+// Lines of text: taking them apart, saying which word was probably meant, and keeping them fit to be shown.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace vantu::orvanta::simulator {
@@ -23,5 +24,9 @@ namespace vantu::orvanta::simulator {
 // The word that takes the fewest changes to become this one, of single letters or of two neighbours' places;
 // there is at least one word.
 [[nodiscard]] std::string_view nearest_word(std::string_view to, std::span<const std::string_view> words);
+
+// The text with a question mark in the place of each control character: U+0000 to U+001F and U+007F to
+// U+009F.
+[[nodiscard]] std::string without_control_characters(std::string_view text);
 
 } // namespace vantu::orvanta::simulator
