@@ -70,10 +70,12 @@ class fault_stage::implementation {
     void suffer(live_rule& rule, traveller what, std::size_t next_rule);
     void hold(live_rule& rule, traveller&& what, std::int64_t for_ns, std::optional<std::uint32_t> to_pass);
     void hold_for_a_while(live_rule& rule, traveller&& what, std::size_t next_rule);
+    void send_changed(live_rule& rule, traveller&& what, std::size_t next_rule);
     void send_with_copies(live_rule& rule, const traveller& what, std::size_t next_rule);
     void send_behind_stale_answer(live_rule& rule, traveller&& what, std::size_t next_rule);
     void refuse_operation(live_rule& rule, traveller&& what, std::size_t next_rule);
     void send_with_action(live_rule& rule, traveller&& what, std::size_t next_rule);
+    void send_with_forgeries(live_rule& rule, traveller&& what, std::size_t next_rule);
     void fall_silent(const fault_rule& rule, fault_random& chance);
     void forge(const peer& to, std::uint32_t how_many);
     void let_one_pass(const live_rule& rule, communication::direction way, const peer& with,

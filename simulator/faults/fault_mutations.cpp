@@ -1,4 +1,3 @@
-// The faults that change the bytes of one datagram.
 #include "simulator/faults/fault_mutations.hpp"
 
 #include "simulator/faults/datagram_view.hpp"
@@ -18,10 +17,16 @@ constexpr unsigned bits_of_a_byte = 8;
 constexpr std::size_t client_id_size = 8;
 constexpr std::uint16_t foreign_body_size = 4;
 
-// The one place where an argument may be left out is where the fault has no use for it.
-std::uint32_t number_of(const mutation& what) {
-    return what.number.value_or(0);
-}
+// What a change works on. The place is that of an operation for the changes of one.
+struct change {
+    datagram_bytes& datagram;
+    operation_place which;
+    std::optional<std::uint32_t> argument;
+    fault_random& chance;
+
+    // Where an argument may be left out the fault has no use for it.
+    [[nodiscard]] std::uint32_t number() const { return argument.value_or(0); }
+};
 
 std::byte random_byte(fault_random& chance) {
     return static_cast<std::byte>(chance.below(256));
@@ -56,169 +61,196 @@ std::uint8_t unknown_code(fault_random& chance) {
     return unknown[chance.below(unknown.size())];
 }
 
-bool cut_to(datagram_bytes& datagram, std::size_t size) {
-    if (datagram.size() <= size) {
+void put_length(const change& made, std::size_t length) {
+    constexpr std::size_t greatest = std::numeric_limits<std::uint16_t>::max();
+    put(made.datagram, made.which.record + offsetof(proto::op, length),
+        static_cast<std::uint16_t>(std::min(length, greatest)));
+}
+
+bool cut_to(const change& made, std::size_t size) {
+    if (made.datagram.size() <= size) {
         return false;
     }
-    datagram.resize(size);
+    made.datagram.resize(size);
     return true;
 }
 
-bool grow_to(datagram_bytes& datagram, std::size_t size, fault_random& chance) {
+bool grow_to(const change& made, std::size_t size) {
     size = std::min<std::size_t>(size, greatest_datagram);
-    if (size <= datagram.size()) {
+    if (size <= made.datagram.size()) {
         return false;
     }
-    append_random(datagram, size - datagram.size(), chance);
+    append_random(made.datagram, size - made.datagram.size(), made.chance);
     return true;
+}
+
+bool truncate(const change& made) {
+    return cut_to(made, made.number());
+}
+
+bool extend(const change& made) {
+    return grow_to(made, made.datagram.size() + made.number());
+}
+
+bool fill_up(const change& made) {
+    return grow_to(made, made.number());
+}
+
+bool make_empty(const change& made) {
+    return cut_to(made, 0);
 }
 
 // Robert Floyd's choice of so many of all bits, each subset as probable as any other.
-bool flip_bits(datagram_bytes& datagram, std::uint32_t wanted, fault_random& chance) {
-    const std::size_t all = datagram.size() * bits_of_a_byte;
-    const std::size_t count = std::min<std::size_t>(wanted, all);
+bool flip_bits(const change& made) {
+    const std::size_t all = made.datagram.size() * bits_of_a_byte;
+    const std::size_t count = std::min<std::size_t>(made.number(), all);
     std::vector<bool> chosen(all);
     for (std::size_t last = all - count; last < all; ++last) {
-        const std::size_t drawn = chance.below(last + 1);
+        const std::size_t drawn = made.chance.below(last + 1);
         const std::size_t bit = chosen[drawn] ? last : drawn;
         chosen[bit] = true;
-        datagram[bit / bits_of_a_byte] ^= std::byte{1} << (bit % bits_of_a_byte);
+        made.datagram[bit / bits_of_a_byte] ^= std::byte{1} << (bit % bits_of_a_byte);
     }
     return count != 0;
 }
 
-bool spoil_magic(datagram_bytes& datagram, fault_random& chance) {
-    if (datagram.size() < sizeof(proto::header)) {
+bool spoil_magic(const change& made) {
+    if (made.datagram.size() < sizeof(proto::header)) {
         return false;
     }
-    put(datagram, offsetof(proto::header, magic), another(proto::header_magic, chance));
+    put(made.datagram, offsetof(proto::header, magic), another(proto::header_magic, made.chance));
     return true;
 }
 
-bool spoil_version(datagram_bytes& datagram, fault_random& chance) {
-    if (datagram.size() < sizeof(proto::header)) {
+bool spoil_version(const change& made) {
+    if (made.datagram.size() < sizeof(proto::header)) {
         return false;
     }
-    put(datagram, offsetof(proto::header, version), another(proto::protocol_version, chance));
+    put(made.datagram, offsetof(proto::header, version), another(proto::protocol_version, made.chance));
     return true;
 }
 
-void put_length(datagram_bytes& datagram, const operation_place& which, std::size_t length) {
-    constexpr std::size_t greatest = std::numeric_limits<std::uint16_t>::max();
-    put(datagram, which.record + offsetof(proto::op, length),
-        static_cast<std::uint16_t>(std::min(length, greatest)));
-}
-
-void spoil_code(datagram_bytes& datagram, const operation_place& which, bool lie, fault_random& chance) {
-    put(datagram, which.record + offsetof(proto::op, code), unknown_code(chance));
-    const std::size_t left = datagram.size() - which.body();
-    constexpr std::uint64_t greatest_lie = 1000;
-    put_length(datagram, which, lie ? left + chance.between(1, greatest_lie) : which.body_size);
-}
-
-bool shorten_body(datagram_bytes& datagram, const operation_place& which) {
-    if (which.body_size == 0) {
-        return false;
-    }
-    datagram.erase(datagram.begin() + static_cast<std::ptrdiff_t>(which.end() - 1));
-    put_length(datagram, which, which.body_size - 1);
+bool spoil_operation_magic(const change& made) {
+    put(made.datagram, made.which.record + offsetof(proto::op, magic), another(proto::op_magic, made.chance));
     return true;
 }
 
-bool surround(datagram_bytes& datagram, const operation_place& which, fault_random& chance) {
-    const proto::op foreign{proto::op_magic, unknown_code(chance), foreign_body_size, 0};
+bool spoil_code(const change& made) {
+    put(made.datagram, made.which.record + offsetof(proto::op, code), unknown_code(made.chance));
+    put_length(made, made.which.body_size);
+    return true;
+}
+
+bool spoil_code_and_length(const change& made) {
+    put(made.datagram, made.which.record + offsetof(proto::op, code), unknown_code(made.chance));
+    constexpr std::uint64_t most_beyond = 1000;
+    const std::size_t left = made.datagram.size() - made.which.body();
+    put_length(made, left + made.chance.between(1, most_beyond));
+    return true;
+}
+
+bool shorten_body(const change& made) {
+    if (made.which.body_size == 0) {
+        return false;
+    }
+    made.datagram.erase(made.datagram.begin() + static_cast<std::ptrdiff_t>(made.which.end() - 1));
+    put_length(made, made.which.body_size - 1);
+    return true;
+}
+
+bool surround(const change& made) {
+    const proto::op foreign{proto::op_magic, unknown_code(made.chance), foreign_body_size, 0};
     datagram_bytes added(sizeof foreign);
     put(added, 0, foreign);
-    append_random(added, foreign_body_size, chance);
-    const auto begin = datagram.begin() + static_cast<std::ptrdiff_t>(which.record);
-    const auto end = datagram.begin() + static_cast<std::ptrdiff_t>(which.end());
+    append_random(added, foreign_body_size, made.chance);
+    const auto begin = made.datagram.begin() + static_cast<std::ptrdiff_t>(made.which.record);
+    const auto end = made.datagram.begin() + static_cast<std::ptrdiff_t>(made.which.end());
     added.insert(added.end(), begin, end);
-    if (datagram.size() + added.size() > greatest_datagram) {
+    if (made.datagram.size() + added.size() > greatest_datagram) {
         return false;
     }
-    datagram.insert(end, added.begin(), added.end());
+    made.datagram.insert(end, added.begin(), added.end());
     return true;
 }
 
-bool retag(datagram_bytes& datagram, const operation_place& which, std::optional<std::uint32_t> wanted,
-           fault_random& chance) {
-    const auto tag = wanted.has_value() ? static_cast<std::uint8_t>(*wanted) : another(which.tag, chance);
-    put(datagram, which.record + offsetof(proto::op, tag), tag);
-    return tag != which.tag;
+bool retag(const change& made) {
+    const auto tag = made.argument.has_value() ? static_cast<std::uint8_t>(*made.argument)
+                                               : another(made.which.tag, made.chance);
+    put(made.datagram, made.which.record + offsetof(proto::op, tag), tag);
+    return tag != made.which.tag;
 }
 
-bool readdress(datagram_bytes& datagram, const operation_place& which, std::optional<std::uint32_t> wanted,
-               fault_random& chance) {
+bool readdress(const change& made) {
     // The client id of an acceptance is no device's.
-    if (which.code == op_code::connected || which.body_size < sizeof(std::uint32_t)) {
+    if (made.which.code == op_code::connected || made.which.body_size < sizeof(std::uint32_t)) {
         return false;
     }
     std::uint32_t named = 0;
-    std::memcpy(&named, datagram.data() + which.body(), sizeof named);
-    const std::uint32_t device = wanted.has_value() ? *wanted : another(named, chance);
-    put(datagram, which.body(), device);
+    std::memcpy(&named, made.datagram.data() + made.which.body(), sizeof named);
+    const std::uint32_t device = made.argument.has_value() ? *made.argument : another(named, made.chance);
+    put(made.datagram, made.which.body(), device);
     return device != named;
 }
 
-bool mutate_operation(datagram_bytes& datagram, const operation_place& which, const mutation& what,
-                      fault_random& chance) {
-    switch (what.kind) {
-    case fault_kind::bad_operation:
-        put(datagram, which.record + offsetof(proto::op, magic), another(proto::op_magic, chance));
-        return true;
-    case fault_kind::unknown_operation:
-    case fault_kind::lying_operation:
-        spoil_code(datagram, which, what.kind == fault_kind::lying_operation, chance);
-        return true;
-    case fault_kind::short_body:
-        return shorten_body(datagram, which);
-    case fault_kind::bad_between:
-        return surround(datagram, which, chance);
-    case fault_kind::retag:
-        return retag(datagram, which, what.number, chance);
-    case fault_kind::readdress:
-        return readdress(datagram, which, what.number, chance);
-    case fault_kind::short_acceptance:
-        return cut_to(datagram, which.body() + std::min<std::size_t>(number_of(what), client_id_size));
-    default:
-        return false;
-    }
+bool shorten_acceptance(const change& made) {
+    return cut_to(made, made.which.body() + std::min<std::size_t>(made.number(), client_id_size));
 }
+
+struct change_row {
+    fault_kind kind;
+    bool (*make)(const change& made);
+};
+
+constexpr std::array changes{
+    change_row{fault_kind::truncate, &truncate},
+    change_row{fault_kind::extend, &extend},
+    change_row{fault_kind::oversize, &fill_up},
+    change_row{fault_kind::empty, &make_empty},
+    change_row{fault_kind::flip, &flip_bits},
+    change_row{fault_kind::bad_magic, &spoil_magic},
+    change_row{fault_kind::bad_version, &spoil_version},
+    change_row{fault_kind::bad_operation, &spoil_operation_magic},
+    change_row{fault_kind::unknown_operation, &spoil_code},
+    change_row{fault_kind::lying_operation, &spoil_code_and_length},
+    change_row{fault_kind::short_body, &shorten_body},
+    change_row{fault_kind::bad_between, &surround},
+    change_row{fault_kind::retag, &retag},
+    change_row{fault_kind::readdress, &readdress},
+    change_row{fault_kind::short_acceptance, &shorten_acceptance},
+};
+
+consteval bool every_fault_that_is_a_change_is_made_here() {
+    for (const fault_row& row : faults) {
+        std::size_t count = 0;
+        for (const change_row& one : changes) {
+            count += one.kind == row.kind ? 1 : 0;
+        }
+        if (count != (is_change(row.kind) ? 1 : 0)) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(every_fault_that_is_a_change_is_made_here());
 
 } // namespace
 
-bool is_mutation(fault_kind kind) noexcept {
-    constexpr std::array mutations{
-        fault_kind::truncate,        fault_kind::extend,        fault_kind::oversize,
-        fault_kind::empty,           fault_kind::flip,          fault_kind::bad_magic,
-        fault_kind::bad_version,     fault_kind::bad_operation, fault_kind::unknown_operation,
-        fault_kind::lying_operation, fault_kind::short_body,    fault_kind::bad_between,
-        fault_kind::retag,           fault_kind::readdress,     fault_kind::short_acceptance};
-    return std::find(mutations.begin(), mutations.end(), kind) != mutations.end();
-}
-
 bool mutate(datagram_bytes& datagram, const mutation& what, fault_random& chance) {
-    switch (what.kind) {
-    case fault_kind::truncate:
-        return cut_to(datagram, number_of(what));
-    case fault_kind::empty:
-        return cut_to(datagram, 0);
-    case fault_kind::extend:
-        return grow_to(datagram, datagram.size() + number_of(what), chance);
-    case fault_kind::oversize:
-        return grow_to(datagram, number_of(what), chance);
-    case fault_kind::flip:
-        return flip_bits(datagram, number_of(what), chance);
-    case fault_kind::bad_magic:
-        return spoil_magic(datagram, chance);
-    case fault_kind::bad_version:
-        return spoil_version(datagram, chance);
-    default:
-        break;
+    const auto* const found = std::find_if(changes.begin(), changes.end(),
+                                           [&what](const change_row& one) { return one.kind == what.kind; });
+    if (found == changes.end()) {
+        return false;
     }
-    const auto code = what.kind == fault_kind::short_acceptance ? op_code::connected : what.code;
-    const auto which = find_operation_in(datagram, code);
-    return which.has_value() && mutate_operation(datagram, *which, what, chance);
+    change made{datagram, {}, what.number, chance};
+    if (row_of(what.kind).act == fault_act::operation_change) {
+        const auto code = what.kind == fault_kind::short_acceptance ? op_code::connected : what.code;
+        const auto which = find_operation_in(datagram, code);
+        if (!which.has_value()) {
+            return false;
+        }
+        made.which = *which;
+    }
+    return found->make(made);
 }
 
 } // namespace vantu::orvanta::simulator

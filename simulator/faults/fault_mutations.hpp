@@ -20,11 +20,8 @@ struct mutation {
     std::optional<std::uint32_t> number; // the rule's argument
 };
 
-// True for the faults that mutate() knows.
-[[nodiscard]] bool is_mutation(fault_kind kind) noexcept;
-
-// Changes the datagram as the fault's row says; false, and nothing has changed, where it cannot suffer it.
-// No datagram grows beyond greatest_datagram.
+// Changes the datagram as the row of a fault that is a change says; false, and nothing has changed, where
+// that is impossible. No datagram grows beyond greatest_datagram.
 [[nodiscard]] bool mutate(datagram_bytes& datagram, const mutation& what, fault_random& chance);
 
 } // namespace vantu::orvanta::simulator

@@ -103,26 +103,21 @@ std::vector<rule_state> fault_stage::implementation::rules() const {
 }
 
 void fault_stage::implementation::act_now(const fault_rule& rule, std::span<const peer> clients) {
-    switch (rule.kind) {
-    case fault_kind::silence: {
+    std::uint64_t& happened = happened_[static_cast<std::size_t>(rule.kind)];
+    const fault_act act = row_of(rule.kind).act;
+    if (act == fault_act::silence) {
         fault_random chance(seed_, ordinals_);
         fall_silent(rule, chance);
-        break;
-    }
-    case fault_kind::goodbye:
-    case fault_kind::restart:
-    case fault_kind::unplug:
-    case fault_kind::plug:
+        ++happened;
+    } else if (act == fault_act::action) {
         actions.push_back({rule.kind, rule.first, std::nullopt});
-        break;
-    default:
+        ++happened;
+    } else {
         for (const peer& client : clients) {
             act_now_on(rule, client);
         }
-        happened_[static_cast<std::size_t>(rule.kind)] += clients.size();
-        return;
+        happened += clients.size();
     }
-    ++happened_[static_cast<std::size_t>(rule.kind)];
 }
 
 void fault_stage::implementation::act_now_on(const fault_rule& rule, const peer& client) {

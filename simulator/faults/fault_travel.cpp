@@ -43,12 +43,6 @@ bool has(std::span<const std::byte> bytes, std::uint8_t code) {
     return find_operation_in(bytes, code).has_value();
 }
 
-// Whether the fault is something for the service's owner to do.
-bool asks_for_action(fault_kind kind) {
-    return kind == fault_kind::goodbye || kind == fault_kind::restart || kind == fault_kind::unplug ||
-           kind == fault_kind::plug;
-}
-
 // Milliseconds from `first` to `last`, where there is a last.
 std::int64_t drawn_time_ns(const fault_rule& rule, fault_random& chance) {
     const std::uint32_t least = rule.first.value_or(0);
@@ -60,7 +54,7 @@ std::int64_t drawn_time_ns(const fault_rule& rule, fault_random& chance) {
 
 bool fault_stage::implementation::fits(const fault_rule& rule, const traveller& what) const {
     const fault_row& row = row_of(rule.kind);
-    if (in_action && asks_for_action(rule.kind)) {
+    if (in_action && row.act == fault_act::action) {
         return false;
     }
     if (rule.way.has_value() ? *rule.way != what.way
@@ -83,9 +77,31 @@ bool fault_stage::implementation::fits(const fault_rule& rule, const traveller& 
         return has(what.bytes, op_code::connected);
     case fault_kind::goodbye:
         return !has(what.bytes, op_code::disconnected);
-    default:
-        return true;
+    case fault_kind::drop:
+    case fault_kind::duplicate:
+    case fault_kind::reorder:
+    case fault_kind::delay:
+    case fault_kind::truncate:
+    case fault_kind::extend:
+    case fault_kind::oversize:
+    case fault_kind::empty:
+    case fault_kind::flip:
+    case fault_kind::bad_magic:
+    case fault_kind::bad_version:
+    case fault_kind::bad_operation:
+    case fault_kind::unknown_operation:
+    case fault_kind::lying_operation:
+    case fault_kind::short_body:
+    case fault_kind::bad_between:
+    case fault_kind::flood:
+    case fault_kind::silence:
+    case fault_kind::restart:
+    case fault_kind::unplug:
+    case fault_kind::plug:
+    case fault_kind::inject:
+        break;
     }
+    return true;
 }
 
 bool fault_stage::implementation::is_its_turn(live_rule& rule) {
@@ -130,37 +146,40 @@ void fault_stage::implementation::leave(traveller&& what) {
 }
 
 void fault_stage::implementation::suffer(live_rule& rule, traveller what, std::size_t next_rule) {
-    const fault_rule& wanted = rule.state.rule;
-    if (is_mutation(wanted.kind)) {
-        const bool is_about_answer = wanted.kind == fault_kind::retag || wanted.kind == fault_kind::readdress;
-        if (mutate(what.bytes, {wanted.kind, is_about_answer ? what.answer : wanted.code, wanted.first},
-                   rule.chance)) {
-            count(rule);
-        }
-        return travel(std::move(what), next_rule);
-    }
-    switch (wanted.kind) {
-    case fault_kind::drop:
+    switch (row_of(rule.state.rule.kind).act) {
+    case fault_act::datagram_change:
+    case fault_act::operation_change:
+        return send_changed(rule, std::move(what), next_rule);
+    case fault_act::loss:
         return count(rule);
-    case fault_kind::duplicate:
-    case fault_kind::flood:
+    case fault_act::copies:
         return send_with_copies(rule, what, next_rule);
-    case fault_kind::reorder:
-        return hold(rule, std::move(what), longest_reorder_ns, wanted.first);
-    case fault_kind::delay:
-    case fault_kind::late:
+    case fault_act::overtaking:
+        return hold(rule, std::move(what), longest_reorder_ns, rule.state.rule.first);
+    case fault_act::delay:
         return hold_for_a_while(rule, std::move(what), next_rule);
-    case fault_kind::stale:
+    case fault_act::stale_reply:
         return send_behind_stale_answer(rule, std::move(what), next_rule);
-    case fault_kind::silence:
+    case fault_act::silence:
         count(rule);
-        return fall_silent(wanted, rule.chance);
-    case fault_kind::refuse:
-    case fault_kind::error:
+        return fall_silent(rule.state.rule, rule.chance);
+    case fault_act::refusal:
         return refuse_operation(rule, std::move(what), next_rule);
-    default:
+    case fault_act::action:
         return send_with_action(rule, std::move(what), next_rule);
+    case fault_act::forgery:
+        return send_with_forgeries(rule, std::move(what), next_rule);
     }
+}
+
+void fault_stage::implementation::send_changed(live_rule& rule, traveller&& what, std::size_t next_rule) {
+    const fault_rule& wanted = rule.state.rule;
+    const bool is_about_answer = wanted.kind == fault_kind::retag || wanted.kind == fault_kind::readdress;
+    if (mutate(what.bytes, {wanted.kind, is_about_answer ? what.answer : wanted.code, wanted.first},
+               rule.chance)) {
+        count(rule);
+    }
+    travel(std::move(what), next_rule);
 }
 
 bool fault_stage::implementation::is_holding_one_of(const live_rule& rule, const traveller& what) const {
@@ -250,18 +269,18 @@ void fault_stage::implementation::refuse_operation(live_rule& rule, traveller&& 
 
 void fault_stage::implementation::send_with_action(live_rule& rule, traveller&& what, std::size_t next_rule) {
     const fault_rule& wanted = rule.state.rule;
+    const auto client = wanted.kind == fault_kind::goodbye ? std::optional<peer>(what.with) : std::nullopt;
+    count(rule);
+    travel(std::move(what), next_rule);
+    actions.push_back({wanted.kind, wanted.first, client});
+}
+
+void fault_stage::implementation::send_with_forgeries(live_rule& rule, traveller&& what,
+                                                      std::size_t next_rule) {
     const peer with = what.with;
     count(rule);
     travel(std::move(what), next_rule);
-    if (wanted.kind == fault_kind::inject) {
-        forge(with, wanted.first.value_or(0));
-        return;
-    }
-    std::optional<peer> client;
-    if (wanted.kind == fault_kind::goodbye) {
-        client = with;
-    }
-    actions.push_back({wanted.kind, wanted.first, client});
+    forge(with, rule.state.rule.first.value_or(0));
 }
 
 void fault_stage::implementation::fall_silent(const fault_rule& rule, fault_random& chance) {

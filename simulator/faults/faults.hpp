@@ -59,9 +59,25 @@ enum class fault_argument : std::uint8_t {
     device_type,    // orvanta3 or palmetron
 };
 
+// How a fault acts.
+enum class fault_act : std::uint8_t {
+    datagram_change,  // on the bytes of a datagram
+    operation_change, // on one operation in it
+    loss,             // the datagram ends here
+    copies,           // others follow it
+    delay,            // it waits for a time
+    overtaking,       // it waits for later ones to pass
+    stale_reply,      // an earlier session's reply goes out before it
+    silence,          // nothing passes for a time
+    refusal,          // the fault answers in the service's place
+    action,           // the simulation is asked for something that no datagram shows
+    forgery,          // datagrams of another sender follow it
+};
+
 struct fault_row {
     fault_kind kind;
     std::string_view name; // the verb; "--" and it is the option
+    fault_act act;
     fault_argument argument;
     bool to_service; // whether datagrams from clients can suffer it
     bool to_client;  // whether datagrams of the service can
@@ -72,36 +88,36 @@ struct fault_row {
 
 // clang-format off
 inline constexpr std::array faults{
-    fault_row{fault_kind::drop,              "drop",              fault_argument::none,           true,  true,  false, "the datagram is lost",                                                      "0.05"},
-    fault_row{fault_kind::duplicate,         "duplicate",         fault_argument::count,          true,  true,  false, "so many copies follow it",                                                  "1@p=0.1"},
-    fault_row{fault_kind::reorder,           "reorder",           fault_argument::count,          true,  true,  false, "it waits until so many later ones have passed it, 100 ms at most",          "3@p=0.2"},
-    fault_row{fault_kind::delay,             "delay",             fault_argument::milliseconds,   true,  true,  false, "it comes so many milliseconds later",                                       "20-80"},
-    fault_row{fault_kind::late,              "late",              fault_argument::milliseconds,   false, true,  false, "a reply to a request comes so many milliseconds later",                     "250@op=66"},
-    fault_row{fault_kind::truncate,          "truncate",          fault_argument::bytes,          true,  true,  false, "it is cut to so many bytes",                                                "17@op=66"},
-    fault_row{fault_kind::extend,            "extend",            fault_argument::bytes,          true,  true,  false, "so many random bytes follow its end",                                       "9@n=2"},
-    fault_row{fault_kind::oversize,          "oversize",          fault_argument::bytes,          true,  true,  false, "random bytes fill it up to this size",                                      "2049@op=33"},
-    fault_row{fault_kind::empty,             "empty",             fault_argument::none,           true,  true,  true,  "it has no bytes at all",                                                    "0.01"},
-    fault_row{fault_kind::flip,              "flip",              fault_argument::count,          true,  true,  false, "so many of its bits are inverted",                                          "1@p=0.02"},
-    fault_row{fault_kind::bad_magic,         "bad-magic",         fault_argument::none,           true,  true,  false, "its header has a wrong magic",                                              "0.02"},
-    fault_row{fault_kind::bad_version,       "bad-version",       fault_argument::none,           true,  true,  false, "its header has a wrong version",                                            "@n=5"},
-    fault_row{fault_kind::bad_operation,     "bad-operation",     fault_argument::none,           true,  true,  false, "an operation in it lacks its magic",                                        "0.02@op=33"},
-    fault_row{fault_kind::unknown_operation, "unknown-operation", fault_argument::none,           true,  true,  false, "an operation in it gets a code that nobody knows, its length right",        "0.02"},
-    fault_row{fault_kind::lying_operation,   "lying-operation",   fault_argument::none,           true,  true,  false, "an operation in it gets an unknown code and a length past the end",         "0.02"},
-    fault_row{fault_kind::short_body,        "short-body",        fault_argument::none,           true,  true,  false, "an operation's body lacks its last byte, the length says so",               "@op=66"},
-    fault_row{fault_kind::bad_between,       "bad-between",       fault_argument::none,           true,  true,  false, "an operation in it comes twice, an unknown one of 4 bytes between the two", "@n=3,dir=out"},
-    fault_row{fault_kind::flood,             "flood",             fault_argument::count,          false, true,  true,  "so many tiny ones (ack, tag 0) follow it, beyond a client's receive buffer", "5000@n=10"},
-    fault_row{fault_kind::retag,             "retag",             fault_argument::tag,            false, true,  false, "a reply carries another tag",                                               "9@op=66"},
-    fault_row{fault_kind::readdress,         "readdress",         fault_argument::device,         false, true,  false, "a reply names another device",                                              "77@op=66"},
-    fault_row{fault_kind::stale,             "stale",             fault_argument::none,           false, true,  false, "a reply of the client's earlier session goes ahead of it",                  "@op=19"},
-    fault_row{fault_kind::silence,           "silence",           fault_argument::milliseconds,   true,  true,  true,  "from it on the service neither hears nor speaks for so long",               "7000@n=20"},
-    fault_row{fault_kind::refuse,            "refuse",            fault_argument::status,         true,  false, false, "a connect is refused with this status",                                     "0xB2"},
-    fault_row{fault_kind::error,             "error",             fault_argument::status_and_tag, true,  false, true,  "a request is answered with this status instead of being carried out",       "0xD0@op=64"},
-    fault_row{fault_kind::short_acceptance,  "short-acceptance",  fault_argument::bytes,          false, true,  false, "the acceptance ends after so many bytes of its client id",                  "3"},
-    fault_row{fault_kind::goodbye,           "goodbye",           fault_argument::none,           false, true,  true,  "the service says goodbye right behind it and forgets the client",           "@op=4"},
-    fault_row{fault_kind::restart,           "restart",           fault_argument::none,           true,  true,  true,  "the service starts anew: no clients, saved configurations",                 "@n=50"},
-    fault_row{fault_kind::unplug,            "unplug",            fault_argument::device,         true,  true,  true,  "this device is taken away, the first one where none is named",              "1@op=67"},
-    fault_row{fault_kind::plug,              "plug",              fault_argument::device_type,    true,  true,  true,  "a device of this type is plugged in",                                       "orvanta3@n=9"},
-    fault_row{fault_kind::inject,            "inject",            fault_argument::count,          false, true,  true,  "so many forged datagrams come from another sender",                         "3@op=4"},
+    fault_row{fault_kind::drop,              "drop",              fault_act::loss,              fault_argument::none,           true,  true,  false, "the datagram is lost",                                                      "0.05"},
+    fault_row{fault_kind::duplicate,         "duplicate",         fault_act::copies,            fault_argument::count,          true,  true,  false, "so many copies follow it",                                                  "1@p=0.1"},
+    fault_row{fault_kind::reorder,           "reorder",           fault_act::overtaking,        fault_argument::count,          true,  true,  false, "it waits until so many later ones have passed it, 100 ms at most",          "3@p=0.2"},
+    fault_row{fault_kind::delay,             "delay",             fault_act::delay,             fault_argument::milliseconds,   true,  true,  false, "it comes so many milliseconds later",                                       "20-80"},
+    fault_row{fault_kind::late,              "late",              fault_act::delay,             fault_argument::milliseconds,   false, true,  false, "a reply to a request comes so many milliseconds later",                     "250@op=66"},
+    fault_row{fault_kind::truncate,          "truncate",          fault_act::datagram_change,   fault_argument::bytes,          true,  true,  false, "it is cut to so many bytes",                                                "17@op=66"},
+    fault_row{fault_kind::extend,            "extend",            fault_act::datagram_change,   fault_argument::bytes,          true,  true,  false, "so many random bytes follow its end",                                       "9@n=2"},
+    fault_row{fault_kind::oversize,          "oversize",          fault_act::datagram_change,   fault_argument::bytes,          true,  true,  false, "random bytes fill it up to this size",                                      "2049@op=33"},
+    fault_row{fault_kind::empty,             "empty",             fault_act::datagram_change,   fault_argument::none,           true,  true,  true,  "it has no bytes at all",                                                    "0.01"},
+    fault_row{fault_kind::flip,              "flip",              fault_act::datagram_change,   fault_argument::count,          true,  true,  false, "so many of its bits are inverted",                                          "1@p=0.02"},
+    fault_row{fault_kind::bad_magic,         "bad-magic",         fault_act::datagram_change,   fault_argument::none,           true,  true,  false, "its header has a wrong magic",                                              "0.02"},
+    fault_row{fault_kind::bad_version,       "bad-version",       fault_act::datagram_change,   fault_argument::none,           true,  true,  false, "its header has a wrong version",                                            "@n=5"},
+    fault_row{fault_kind::bad_operation,     "bad-operation",     fault_act::operation_change,  fault_argument::none,           true,  true,  false, "an operation in it lacks its magic",                                        "0.02@op=33"},
+    fault_row{fault_kind::unknown_operation, "unknown-operation", fault_act::operation_change,  fault_argument::none,           true,  true,  false, "an operation in it gets a code that nobody knows, its length right",        "0.02"},
+    fault_row{fault_kind::lying_operation,   "lying-operation",   fault_act::operation_change,  fault_argument::none,           true,  true,  false, "an operation in it gets an unknown code and a length past the end",         "0.02"},
+    fault_row{fault_kind::short_body,        "short-body",        fault_act::operation_change,  fault_argument::none,           true,  true,  false, "an operation's body lacks its last byte, the length says so",               "@op=66"},
+    fault_row{fault_kind::bad_between,       "bad-between",       fault_act::operation_change,  fault_argument::none,           true,  true,  false, "an operation in it comes twice, an unknown one of 4 bytes between the two", "@n=3,dir=out"},
+    fault_row{fault_kind::flood,             "flood",             fault_act::copies,            fault_argument::count,          false, true,  true,  "so many tiny ones (ack, tag 0) follow it, beyond a client's receive buffer", "5000@n=10"},
+    fault_row{fault_kind::retag,             "retag",             fault_act::operation_change,  fault_argument::tag,            false, true,  false, "a reply carries another tag",                                               "9@op=66"},
+    fault_row{fault_kind::readdress,         "readdress",         fault_act::operation_change,  fault_argument::device,         false, true,  false, "a reply names another device",                                              "77@op=66"},
+    fault_row{fault_kind::stale,             "stale",             fault_act::stale_reply,       fault_argument::none,           false, true,  false, "a reply of the client's earlier session goes ahead of it",                  "@op=19"},
+    fault_row{fault_kind::silence,           "silence",           fault_act::silence,           fault_argument::milliseconds,   true,  true,  true,  "from it on the service neither hears nor speaks for so long",               "7000@n=20"},
+    fault_row{fault_kind::refuse,            "refuse",            fault_act::refusal,           fault_argument::status,         true,  false, false, "a connect is refused with this status",                                     "0xB2"},
+    fault_row{fault_kind::error,             "error",             fault_act::refusal,           fault_argument::status_and_tag, true,  false, true,  "a request is answered with this status instead of being carried out",       "0xD0@op=64"},
+    fault_row{fault_kind::short_acceptance,  "short-acceptance",  fault_act::operation_change,  fault_argument::bytes,          false, true,  false, "the acceptance ends after so many bytes of its client id",                  "3"},
+    fault_row{fault_kind::goodbye,           "goodbye",           fault_act::action,            fault_argument::none,           false, true,  true,  "the service says goodbye right behind it and forgets the client",           "@op=4"},
+    fault_row{fault_kind::restart,           "restart",           fault_act::action,            fault_argument::none,           true,  true,  true,  "the service starts anew: no clients, saved configurations",                 "@n=50"},
+    fault_row{fault_kind::unplug,            "unplug",            fault_act::action,            fault_argument::device,         true,  true,  true,  "this device is taken away, the first one where none is named",              "1@op=67"},
+    fault_row{fault_kind::plug,              "plug",              fault_act::action,            fault_argument::device_type,    true,  true,  true,  "a device of this type is plugged in",                                       "orvanta3@n=9"},
+    fault_row{fault_kind::inject,            "inject",            fault_act::forgery,           fault_argument::count,          false, true,  true,  "so many forged datagrams come from another sender",                         "3@op=4"},
 };
 // clang-format on
 
@@ -122,6 +138,12 @@ static_assert(fault_checks::rows_stand_by_kind());
 
 [[nodiscard]] constexpr const fault_row& row_of(fault_kind kind) {
     return faults[static_cast<std::size_t>(kind)];
+}
+
+// Whether the fault changes bytes of a datagram, as mutate() does.
+[[nodiscard]] constexpr bool is_change(fault_kind kind) {
+    const fault_act act = row_of(kind).act;
+    return act == fault_act::datagram_change || act == fault_act::operation_change;
 }
 
 // When a fault happens, to which datagrams, and with which numbers.

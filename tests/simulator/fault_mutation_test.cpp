@@ -225,7 +225,7 @@ TEST(fault_mutation, survives_every_beginning_of_a_datagram_and_bodies_that_lie)
     lying[8] = 0xFF;
     lying[9] = 0xFF;
     for (const fault_row& row : faults) {
-        if (!is_mutation(row.kind)) {
+        if (!is_change(row.kind)) {
             continue;
         }
         for (const bytes& whole : {two_operations, lying, acceptance}) {
