@@ -1,9 +1,9 @@
 // The service simulator: options, scenario, sockets, console, serving, goodbye.
 #include "simulator/control/console.hpp"
 #include "simulator/control/console_input.hpp"
-#include "simulator/control/director.hpp"
 #include "simulator/control/options.hpp"
 #include "simulator/control/scenario.hpp"
+#include "simulator/control/scenario_runner.hpp"
 #include "simulator/control/shutdown_signal.hpp"
 #include "simulator/service/saved_state.hpp"
 #include "simulator/simulation/simulation.hpp"
@@ -76,9 +76,10 @@ class input_console {
 
 void serve(const options& chosen, simulation& target, const listeners& sockets,
            std::vector<scenario_step> steps) {
-    director play(target, std::move(steps), print);
-    const simulation_drive drive{[&play](std::int64_t since_start_ns) { play.advance_to(since_start_ns); },
-                                 [&play] { play.attend(); }, [&play] { return play.next_due_ns(); }};
+    scenario_runner runner(target, std::move(steps), print);
+    const simulation_drive drive{
+        [&runner](std::int64_t since_start_ns) { runner.advance_to(since_start_ns); },
+        [&runner] { runner.attend(); }, [&runner] { return runner.next_due_ns(); }};
     std::optional<input_console> input;
     if (chosen.interactive) {
         input.emplace(target);
@@ -91,7 +92,7 @@ void serve(const options& chosen, simulation& target, const listeners& sockets,
                 if (input) {
                     input->attend(target.now_ns());
                 }
-                return shutdown_was_requested() || play.has_quit() || (input && input->has_quit());
+                return shutdown_was_requested() || runner.has_quit() || (input && input->has_quit());
             },
             input ? longest_interactive_sleep_ns : server::longest_sleep_ns);
 }

@@ -2,10 +2,9 @@
 #include "vantu/orvanta/simulator.hpp"
 
 #include "network/socket_wait.hpp"
-#include "simulator/control/director.hpp"
 #include "simulator/control/scenario.hpp"
+#include "simulator/control/scenario_runner.hpp"
 #include "simulator/service/streams.hpp"
-#include "simulator/simulation/status_text.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "simulator/sockets/server.hpp"
 #include "vantu/orvanta/common/format.hpp"
@@ -73,7 +72,7 @@ class service_simulator::implementation {
         : wanted_(checked(std::move(wanted))), played_(scenario_of(wanted_.scenario_path)),
           state_(state_of(wanted_.state_path)), simulated_(simulated_settings()),
           sockets_(with_sockets(wanted_.port)),
-          director_(simulated_, played_.steps, [this](std::string_view text) { tell(text); }),
+          runner_(simulated_, played_.steps, [this](std::string_view text) { tell(text); }),
           server_(
               simulated_, sockets_, [this] { return time_ns(); }, drive()) {}
 
@@ -93,14 +92,14 @@ class service_simulator::implementation {
     std::string command(std::string_view line) {
         const std::scoped_lock lock(mutex_);
         if (!quit_) {
-            director_.advance_to(time_ns());
+            runner_.advance_to(time_ns());
         }
         const verb_result result = run_verb(simulated_, line);
         if (!result.good) {
             throw std::invalid_argument(result.text);
         }
-        director_.attend();
-        if (result.quit || director_.has_quit()) {
+        runner_.attend();
+        if (result.quit || runner_.has_quit()) {
             quit();
         }
         server_.send_outgoing();
@@ -184,8 +183,8 @@ class service_simulator::implementation {
     }
 
     simulation_drive drive() {
-        return {[this](std::int64_t since_start_ns) { director_.advance_to(since_start_ns); },
-                [this] { director_.attend(); }, [this] { return director_.next_due_ns(); }};
+        return {[this](std::int64_t since_start_ns) { runner_.advance_to(since_start_ns); },
+                [this] { runner_.attend(); }, [this] { return runner_.next_due_ns(); }};
     }
 
     void tell(std::string_view text) const {
@@ -204,14 +203,14 @@ class service_simulator::implementation {
 
     void move() {
         if (!quit_) {
-            director_.advance_to(manual_ns_);
+            runner_.advance_to(manual_ns_);
             server_.send_outgoing();
             notice_quit();
         }
     }
 
     void notice_quit() {
-        if (director_.has_quit() && !quit_) {
+        if (runner_.has_quit() && !quit_) {
             quit();
         }
     }
@@ -239,7 +238,7 @@ class service_simulator::implementation {
                 }
                 server_.serve_waiting();
                 notice_quit();
-                sleep_ns = std::clamp<std::int64_t>(director_.next_due_ns() - time_ns(), 0, longest_sleep_ns);
+                sleep_ns = std::clamp<std::int64_t>(runner_.next_due_ns() - time_ns(), 0, longest_sleep_ns);
             }
             (void)wait_for_packets(sockets_.sockets(), platform::steady_now_ns() + sleep_ns);
         }
@@ -250,7 +249,7 @@ class service_simulator::implementation {
     std::optional<saved_state> state_;
     simulation simulated_;
     listeners sockets_;
-    director director_;
+    scenario_runner runner_;
     server server_;
     mutable std::mutex mutex_; // guards all above and below but the thread
     clock_function clock_;     // while the thread serves

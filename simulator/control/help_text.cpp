@@ -1,10 +1,9 @@
 // The help's topics. What is in a table comes from there.
-#include "simulator/control/help_text.hpp"
-
+#include "simulator/control/options.hpp"
 #include "simulator/control/scenario.hpp"
 #include "simulator/faults/faults.hpp"
-#include "simulator/simulation/status_text.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
+#include "simulator/simulation/verbs.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <cstddef>

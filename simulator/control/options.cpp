@@ -1,7 +1,5 @@
-// The simulator's command line.
 #include "simulator/control/options.hpp"
 
-#include "simulator/control/help_text.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
 #include "simulator/text/text_lines.hpp"

@@ -1,13 +1,15 @@
-// The simulator's command line.
+// The simulator's command line, and the help beyond the list of options.
 #pragma once
 
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/announcements.hpp"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -42,5 +44,11 @@ struct parse_outcome {
 
 // Never prints and never ends the program.
 [[nodiscard]] parse_outcome parse_options(int argument_count, const char* const* arguments);
+
+inline constexpr std::array<std::string_view, 3> help_topics{"faults", "scenario", "console"};
+
+// The help on a topic, a fault or a verb, for a screen of 80 columns and 24 lines; empty where there is none
+// of that name.
+[[nodiscard]] std::optional<std::string> help_on(std::string_view topic);
 
 } // namespace vantu::orvanta::simulator

@@ -2,7 +2,6 @@
 #include "simulator/control/scenario.hpp"
 
 #include "simulator/control/located_json.hpp"
-#include "simulator/control/scenario_devices.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "simulator/text/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"

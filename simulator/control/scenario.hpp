@@ -71,4 +71,10 @@ struct scenario {
 // would be right".
 [[nodiscard]] scenario read_scenario(const std::string& path);
 
+struct located_value;
+
+// Reads the array of devices of a scenario. Throws located_error. The devices stand by rising id; no two
+// share an id, a short id or a uuid.
+[[nodiscard]] std::vector<device> read_scenario_devices(const located_value& list);
+
 } // namespace vantu::orvanta::simulator

@@ -1,6 +1,5 @@
 // Reading the devices of a scenario.
-#include "simulator/control/scenario_devices.hpp"
-
+#include "simulator/control/located_json.hpp"
 #include "simulator/control/scenario.hpp"
 #include "vantu/orvanta/common/format.hpp"
 

@@ -1,7 +1,7 @@
 // What the stage of faults knows of each client.
 #include "simulator/faults/fault_conversations.hpp"
 
-#include "simulator/faults/datagram_view.hpp"
+#include "simulator/faults/fault_datagrams.hpp"
 #include "vantu/orvanta/communication/operations.hpp"
 
 #include <algorithm>

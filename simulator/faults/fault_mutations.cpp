@@ -1,6 +1,6 @@
 #include "simulator/faults/fault_mutations.hpp"
 
-#include "simulator/faults/datagram_view.hpp"
+#include "simulator/faults/fault_datagrams.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // The faults that change the bytes of one datagram, as functions of the bytes and of chance alone.
 #pragma once
 
+#include "simulator/faults/fault_datagrams.hpp"
 #include "simulator/faults/fault_random.hpp"
 #include "simulator/faults/faults.hpp"
 
@@ -10,8 +11,6 @@
 #include <vector>
 
 namespace vantu::orvanta::simulator {
-
-using datagram_bytes = std::vector<std::byte>;
 
 // What a fault is to do to a datagram.
 struct mutation {

@@ -1,9 +1,11 @@
-// Who a datagram came from: its address, and which of the listening sockets it reached.
+// The other side of a datagram: its address, and which of the listening sockets it reached.
 #pragma once
 
 #include "network/socket.hpp"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 namespace vantu::orvanta::simulator {
 
@@ -14,6 +16,12 @@ struct peer {
 };
 
 // Same listener and same address, to the byte.
-[[nodiscard]] bool same_peer(const peer& left, const peer& right) noexcept;
+[[nodiscard]] inline bool same_peer(const peer& left, const peer& right) noexcept {
+    const auto& one = left.address.address.bytes;
+    const auto& other = right.address.address.bytes;
+    const auto used = static_cast<std::size_t>(std::clamp<std::int32_t>(left.address.length, 0, sizeof one));
+    return left.listener == right.listener && left.address.length == right.address.length &&
+           std::equal(one, one + used, other);
+}
 
 } // namespace vantu::orvanta::simulator

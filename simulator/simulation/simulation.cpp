@@ -1,14 +1,16 @@
-// The service, its devices and the stage of faults, by ticks.
 #include "simulator/simulation/simulation.hpp"
 
-#include "simulator/service/device_shelf.hpp"
-#include "simulator/simulation/observation.hpp"
+#include "vantu/orvanta/communication/header.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <utility>
 
 namespace vantu::orvanta::simulator {
+
+using namespace communication;
+
 namespace {
 
 // Ids of clients differ from seed to seed, and go on through restarts.
@@ -18,9 +20,10 @@ std::uint64_t first_client_id_of(std::uint64_t seed) {
     return ((seed * odd) & upper_half) + 1;
 }
 
-// The first tick at or behind the time; never_ns stays what it is.
-std::int64_t tick_at_or_behind(std::int64_t time_ns) {
-    const std::int64_t above = time_ns % tick_ns == 0 ? 0 : tick_ns - time_ns % tick_ns;
+// The first tick at the time or after it; never_ns stays what it is.
+std::int64_t tick_not_before(std::int64_t time_ns) {
+    const std::int64_t above =
+        time_ns % simulation_tick_ns == 0 ? 0 : simulation_tick_ns - time_ns % simulation_tick_ns;
     return time_ns > never_ns - above ? never_ns : time_ns + above;
 }
 
@@ -36,204 +39,66 @@ class settling_mark {
     bool& flag_;
 };
 
+// Tells the observer of each whole operation of a well-formed datagram, up to the first that is cut off or
+// lacks its magic. An empty observer is not told.
+void observe_operations(std::span<const std::byte> datagram, direction way,
+                        const observe_function& observer) {
+    proto::header header{};
+    if (!observer || datagram.size() < sizeof header) {
+        return;
+    }
+    std::memcpy(&header, datagram.data(), sizeof header);
+    if (header.magic != proto::header_magic || header.version != proto::protocol_version) {
+        return;
+    }
+    auto unread = datagram.subspan(sizeof header);
+    for (proto::op record{}; unread.size() >= sizeof record;) {
+        std::memcpy(&record, unread.data(), sizeof record);
+        unread = unread.subspan(sizeof record);
+        if (record.magic != proto::op_magic || record.length > unread.size()) {
+            return;
+        }
+        observer({way, record.code});
+        unread = unread.subspan(record.length);
+    }
+}
+
 } // namespace
 
-class simulation::implementation {
-  public:
-    explicit implementation(simulation_settings settings)
-        : shelf(settings.state), stage(settings.seed), core(settings_of(settings), shelved(settings.devices)),
-          warn(std::move(settings.warn)), seed(settings.seed) {}
-
-    void receive(const peer& from, std::span<const std::byte> datagram) {
-        ++counters.received;
-        stage.from_socket(from, datagram, now_ns);
-        settle();
-    }
-
-    void advance_to(std::int64_t target_ns) {
-        const std::int64_t target = target_ns - target_ns % tick_ns;
-        while (next_due_ns() <= target) {
-            now_ns = next_due_ns();
-            carry_out_late_actions();
-            stage.tick(now_ns);
-            settle();
-            core.tick(now_ns);
-            settle();
-        }
-        now_ns = std::max(now_ns, target);
-        counters.ticks = static_cast<std::uint64_t>(now_ns / tick_ns);
-    }
-
-    [[nodiscard]] std::int64_t next_due_ns() const {
-        const std::int64_t next_tick = now_ns + tick_ns;
-        const std::int64_t due =
-            late_actions.empty() ? std::min(core.next_due_ns(), stage.next_due_ns()) : next_tick;
-        return std::max(next_tick, tick_at_or_behind(due));
-    }
-
-    // Hands on what waits between service and stage until all is quiet. The observer may call back.
-    void settle() {
-        if (settling) {
-            return;
-        }
-        const settling_mark mark(settling);
-        deliver();
-        act(stage.take_actions());
-        // What an observer has asked for meanwhile waits for the next tick.
-        for (const requested_action& one : stage.take_actions()) {
-            late_actions.push_back(one);
-        }
-    }
-
-    void restart() {
-        std::vector<device> devices;
-        for (const device& one : core.devices()) {
-            devices.push_back(shelf.as_saved(one.id));
-        }
-        core.restart(std::move(devices));
-        ++counters.restarts;
-        settle();
-    }
-
-    std::uint32_t plug(std::uint8_t device_type) {
-        const auto next = shelf.next_free(device_type, core.devices());
-        if (!next) {
-            return 0;
-        }
-        shelf.keep(*next);
-        core.plug(shelf.as_saved(next->id));
-        settle();
-        return next->id;
-    }
-
-    device_shelf shelf;
-    fault_stage stage;
-    service core;
-    narrate_function warn;
-    std::uint64_t seed;
-    std::int64_t now_ns{0};
-    std::vector<departure> outgoing;
-    std::vector<requested_action> late_actions;
-    std::function<void(const observed_operation&)> observer;
-    simulation_counters counters;
-    bool settling{false};
-
-  private:
-    service_settings settings_of(const simulation_settings& settings) {
-        service_settings made;
-        made.announce = settings.announce;
-        made.single_client = settings.single_client;
-        made.rate_hz = settings.rate_hz;
-        made.first_client_id = first_client_id_of(settings.seed);
-        made.save = [this](const device& which) { return save(which); };
-        made.narrate = settings.narrate;
-        return made;
-    }
-
-    std::vector<device> shelved(const std::vector<device>& devices) {
-        std::vector<device> made;
-        for (const device& one : devices) {
-            shelf.keep(one);
-            made.push_back(shelf.as_saved(one.id));
-        }
-        return made;
-    }
-
-    bool save(const device& which) {
-        const std::string failure = shelf.save(which);
-        if (!failure.empty() && warn) {
-            warn(failure);
-        }
-        return failure.empty();
-    }
-
-    void deliver() {
-        for (bool quiet = false; !quiet;) {
-            quiet = true;
-            for (const arrival& one : stage.take_arrivals()) {
-                core.receive(one.from, one.bytes, now_ns);
-                observe_operations(one.bytes, communication::direction::to_service, observer);
-                quiet = false;
-            }
-            for (const outgoing_datagram& one : core.take_outgoing()) {
-                stage.from_service(one, now_ns);
-                quiet = false;
-            }
-            for (const departure& one : stage.take_departures()) {
-                ++counters.sent;
-                quiet = false;
-                outgoing.push_back(one);
-                if (!one.forged) {
-                    observe_operations(one.bytes, communication::direction::to_client, observer);
-                }
-            }
-        }
-    }
-
-    void act(const std::vector<requested_action>& wanted) {
-        if (wanted.empty()) {
-            return;
-        }
-        stage.begin_action();
-        for (const requested_action& one : wanted) {
-            carry_out(one);
-        }
-        deliver();
-        stage.end_action();
-    }
-
-    void carry_out_late_actions() {
-        const settling_mark mark(settling);
-        act(std::exchange(late_actions, {}));
-    }
-
-    void carry_out(const requested_action& what) {
-        switch (what.kind) {
-        case fault_kind::goodbye:
-            what.client ? core.say_goodbye_to(*what.client) : core.say_goodbye();
-            break;
-        case fault_kind::restart:
-            restart();
-            break;
-        case fault_kind::unplug:
-            if (what.argument) {
-                core.unplug(*what.argument);
-            } else if (!core.devices().empty()) {
-                core.unplug(core.devices().front().id);
-            }
-            break;
-        case fault_kind::plug:
-            plug(static_cast<std::uint8_t>(what.argument.value_or(vantu_orvanta_device_type_orvanta3)));
-            break;
-        default:
-            break;
-        }
-    }
-};
-
 simulation::simulation(simulation_settings settings)
-    : implementation_(std::make_unique<implementation>(std::move(settings))) {}
-
-simulation::~simulation() = default;
+    : registry_(settings.state), pipeline_(settings.seed),
+      service_(settings_of(settings), registered(settings.devices)), warn_(std::move(settings.warn)),
+      seed_(settings.seed) {}
 
 void simulation::receive(const peer& from, std::span<const std::byte> datagram) {
-    implementation_->receive(from, datagram);
+    ++counters_.received;
+    pipeline_.from_socket(from, datagram, now_ns_);
+    settle();
 }
 
-void simulation::advance_to(std::int64_t since_start_ns) {
-    implementation_->advance_to(since_start_ns);
-}
-
-std::int64_t simulation::now_ns() const noexcept {
-    return implementation_->now_ns;
+void simulation::advance_to(std::int64_t target_ns) {
+    const std::int64_t target = target_ns - target_ns % simulation_tick_ns;
+    while (next_due_ns() <= target) {
+        now_ns_ = next_due_ns();
+        carry_out_late_actions();
+        pipeline_.tick(now_ns_);
+        settle();
+        service_.tick(now_ns_);
+        settle();
+    }
+    now_ns_ = std::max(now_ns_, target);
+    counters_.ticks = static_cast<std::uint64_t>(now_ns_ / simulation_tick_ns);
 }
 
 std::int64_t simulation::next_due_ns() const {
-    return implementation_->next_due_ns();
+    const std::int64_t next_tick = now_ns_ + simulation_tick_ns;
+    const std::int64_t due =
+        late_actions_.empty() ? std::min(service_.next_due_ns(), pipeline_.next_due_ns()) : next_tick;
+    return std::max(next_tick, tick_not_before(due));
 }
 
 std::vector<departure> simulation::take_outgoing() {
-    return std::exchange(implementation_->outgoing, {});
+    return std::exchange(outgoing_, {});
 }
 
 void simulation::add_fault(const fault_rule& rule) {
@@ -241,20 +106,19 @@ void simulation::add_fault(const fault_rule& rule) {
     for (const client& one : clients()) {
         peers.push_back(one.address);
     }
-    implementation_->stage.add(rule, peers, now_ns());
-    implementation_->settle();
-}
-
-fault_stage& simulation::faults() noexcept {
-    return implementation_->stage;
-}
-
-const fault_stage& simulation::faults() const noexcept {
-    return implementation_->stage;
+    pipeline_.add(rule, peers, now_ns_);
+    settle();
 }
 
 std::uint32_t simulation::plug(std::uint8_t device_type) {
-    return implementation_->plug(device_type);
+    const auto next = registry_.next_free(device_type, service_.devices());
+    if (!next) {
+        return 0;
+    }
+    registry_.keep(*next);
+    service_.plug(registry_.as_saved(next->id));
+    settle();
+    return next->id;
 }
 
 bool simulation::plug(const device& which) {
@@ -262,50 +126,140 @@ bool simulation::plug(const device& which) {
     if (std::any_of(devices().begin(), devices().end(), is_same)) {
         return false;
     }
-    implementation_->core.plug(implementation_->shelf.keep(which));
-    implementation_->settle();
+    service_.plug(registry_.keep(which));
+    settle();
     return true;
 }
 
 bool simulation::unplug(std::uint32_t device_id) {
-    const bool done = implementation_->core.unplug(device_id);
-    implementation_->settle();
+    const bool done = service_.unplug(device_id);
+    settle();
     return done;
 }
 
 bool simulation::configure(std::uint32_t device_id, const configuration& settings) {
-    const bool done = implementation_->core.configure(device_id, settings);
-    implementation_->settle();
+    const bool done = service_.configure(device_id, settings);
+    settle();
     return done;
 }
 
 void simulation::restart() {
-    implementation_->restart();
+    std::vector<device> devices;
+    for (const device& one : service_.devices()) {
+        devices.push_back(registry_.as_saved(one.id));
+    }
+    service_.restart(std::move(devices));
+    ++counters_.restarts;
+    settle();
 }
 
 void simulation::say_goodbye() {
-    implementation_->core.say_goodbye();
-    implementation_->settle();
+    service_.say_goodbye();
+    settle();
 }
 
-void simulation::observe(std::function<void(const observed_operation&)> observer) {
-    implementation_->observer = std::move(observer);
+service_settings simulation::settings_of(const simulation_settings& settings) {
+    service_settings made;
+    made.announce = settings.announce;
+    made.single_client = settings.single_client;
+    made.rate_hz = settings.rate_hz;
+    made.first_client_id = first_client_id_of(settings.seed);
+    made.save = [this](const device& which) { return save(which); };
+    made.narrate = settings.narrate;
+    return made;
 }
 
-const std::vector<client>& simulation::clients() const noexcept {
-    return implementation_->core.clients();
+std::vector<device> simulation::registered(const std::vector<device>& devices) {
+    std::vector<device> made;
+    for (const device& one : devices) {
+        registry_.keep(one);
+        made.push_back(registry_.as_saved(one.id));
+    }
+    return made;
 }
 
-const std::vector<device>& simulation::devices() const noexcept {
-    return implementation_->core.devices();
+bool simulation::save(const device& which) {
+    const std::string failure = registry_.save(which);
+    if (!failure.empty() && warn_) {
+        warn_(failure);
+    }
+    return failure.empty();
 }
 
-const simulation_counters& simulation::counters() const noexcept {
-    return implementation_->counters;
+void simulation::settle() {
+    if (settling_) {
+        return;
+    }
+    const settling_mark mark(settling_);
+    deliver();
+    act(pipeline_.take_actions());
+    // Actions that an observer has asked for meanwhile wait for the next tick.
+    for (const requested_action& one : pipeline_.take_actions()) {
+        late_actions_.push_back(one);
+    }
 }
 
-std::uint64_t simulation::seed() const noexcept {
-    return implementation_->seed;
+void simulation::deliver() {
+    for (bool quiet = false; !quiet;) {
+        quiet = true;
+        for (const arrival& one : pipeline_.take_arrivals()) {
+            service_.receive(one.from, one.bytes, now_ns_);
+            observe_operations(one.bytes, direction::to_service, observer_);
+            quiet = false;
+        }
+        for (const outgoing_datagram& one : service_.take_outgoing()) {
+            pipeline_.from_service(one, now_ns_);
+            quiet = false;
+        }
+        for (const departure& one : pipeline_.take_departures()) {
+            ++counters_.sent;
+            quiet = false;
+            outgoing_.push_back(one);
+            if (!one.forged) {
+                observe_operations(one.bytes, direction::to_client, observer_);
+            }
+        }
+    }
+}
+
+void simulation::act(const std::vector<requested_action>& wanted) {
+    if (wanted.empty()) {
+        return;
+    }
+    pipeline_.begin_action();
+    for (const requested_action& one : wanted) {
+        carry_out(one);
+    }
+    deliver();
+    pipeline_.end_action();
+}
+
+void simulation::carry_out_late_actions() {
+    const settling_mark mark(settling_);
+    act(std::exchange(late_actions_, {}));
+}
+
+void simulation::carry_out(const requested_action& what) {
+    switch (what.kind) {
+    case fault_kind::goodbye:
+        what.client ? service_.say_goodbye_to(*what.client) : service_.say_goodbye();
+        break;
+    case fault_kind::restart:
+        restart();
+        break;
+    case fault_kind::unplug:
+        if (what.argument) {
+            service_.unplug(*what.argument);
+        } else if (!service_.devices().empty()) {
+            service_.unplug(service_.devices().front().id);
+        }
+        break;
+    case fault_kind::plug:
+        plug(static_cast<std::uint8_t>(what.argument.value_or(vantu_orvanta_device_type_orvanta3)));
+        break;
+    default:
+        break;
+    }
 }
 
 } // namespace vantu::orvanta::simulator

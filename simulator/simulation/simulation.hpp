@@ -1,23 +1,24 @@
-// A whole simulated service without sockets, threads or clocks: the service, its devices and the stage of
+// A whole simulated service without sockets, threads or clocks: the service, its devices and the pipeline of
 // faults around it. It counts its own ticks; everything that time drives follows them.
 #pragma once
 
-#include "simulator/faults/fault_stage.hpp"
+#include "simulator/faults/fault_pipeline.hpp"
 #include "simulator/service/device.hpp"
+#include "simulator/service/device_registry.hpp"
 #include "simulator/service/saved_state.hpp"
 #include "simulator/service/service.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
 
-// The simulation's grain of time, that of the fastest stream.
-inline constexpr std::int64_t tick_ns = 100'000;
+// The simulation's tick, that of the fastest stream.
+inline constexpr std::int64_t simulation_tick_ns = 100'000;
 
 struct simulation_settings {
     announce_order announce{announce_order::before};
@@ -36,6 +37,8 @@ struct observed_operation {
     std::uint8_t code{0};
 };
 
+using observe_function = std::function<void(const observed_operation&)>;
+
 struct simulation_counters {
     std::uint64_t ticks{0};
     std::uint64_t received{0}; // datagrams from the sockets
@@ -46,7 +49,6 @@ struct simulation_counters {
 class simulation {
   public:
     explicit simulation(simulation_settings settings);
-    ~simulation();
     simulation(const simulation&) = delete;
     simulation& operator=(const simulation&) = delete;
 
@@ -57,7 +59,7 @@ class simulation {
     // due, in order of time. Never moves back. What becomes due during a tick is done at the next one, so
     // that the outcome does not depend on how often this is called.
     void advance_to(std::int64_t since_start_ns);
-    [[nodiscard]] std::int64_t now_ns() const noexcept;
+    [[nodiscard]] std::int64_t now_ns() const noexcept { return now_ns_; }
     [[nodiscard]] std::int64_t next_due_ns() const;
 
     // The datagrams to send now, in order.
@@ -65,8 +67,8 @@ class simulation {
 
     // Adds a rule, or does at once what it asks for.
     void add_fault(const fault_rule& rule);
-    [[nodiscard]] fault_stage& faults() noexcept;
-    [[nodiscard]] const fault_stage& faults() const noexcept;
+    [[nodiscard]] fault_pipeline& faults() noexcept { return pipeline_; }
+    [[nodiscard]] const fault_pipeline& faults() const noexcept { return pipeline_; }
 
     // Plugs in a device with the next free identity of its type and its saved configuration, and tells all
     // clients (op 16 and its details). 0 when there can be no more of them.
@@ -87,16 +89,36 @@ class simulation {
     void say_goodbye();
 
     // Called for each operation, inside receive and advance_to; empty: nobody is told.
-    void observe(std::function<void(const observed_operation&)> observer);
+    void observe(observe_function observer) { observer_ = std::move(observer); }
 
-    [[nodiscard]] const std::vector<client>& clients() const noexcept;
-    [[nodiscard]] const std::vector<device>& devices() const noexcept;
-    [[nodiscard]] const simulation_counters& counters() const noexcept;
-    [[nodiscard]] std::uint64_t seed() const noexcept;
+    [[nodiscard]] const std::vector<client>& clients() const noexcept { return service_.clients(); }
+    [[nodiscard]] const std::vector<device>& devices() const noexcept { return service_.devices(); }
+    [[nodiscard]] const simulation_counters& counters() const noexcept { return counters_; }
+    [[nodiscard]] std::uint64_t seed() const noexcept { return seed_; }
 
   private:
-    class implementation;
-    std::unique_ptr<implementation> implementation_;
+    [[nodiscard]] service_settings settings_of(const simulation_settings& settings);
+    [[nodiscard]] std::vector<device> registered(const std::vector<device>& devices);
+    [[nodiscard]] bool save(const device& which);
+
+    // Hands on what waits between service and pipeline until all is quiet. The observer may call back.
+    void settle();
+    void deliver();
+    void act(const std::vector<requested_action>& wanted);
+    void carry_out_late_actions();
+    void carry_out(const requested_action& what);
+
+    device_registry registry_;
+    fault_pipeline pipeline_;
+    service service_;
+    narrate_function warn_;
+    std::uint64_t seed_;
+    std::int64_t now_ns_{0};
+    std::vector<departure> outgoing_;
+    std::vector<requested_action> late_actions_;
+    observe_function observer_;
+    simulation_counters counters_;
+    bool settling_{false};
 };
 
 } // namespace vantu::orvanta::simulator

@@ -1,8 +1,7 @@
 // What the console shows.
-#include "simulator/simulation/status_text.hpp"
-
 #include "network/socket.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
+#include "simulator/simulation/verbs.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
@@ -80,8 +79,8 @@ std::string help_of(const fault_row& row) {
 
 std::string status_text(const simulation& target) {
     const simulation_counters& counters = target.counters();
-    std::string text = formatted("seed {}, tick {}, {:.3f} s\n", target.seed(), target.now_ns() / tick_ns,
-                                 seconds_of(target.now_ns()));
+    std::string text = formatted("seed {}, tick {}, {:.3f} s\n", target.seed(),
+                                 target.now_ns() / simulation_tick_ns, seconds_of(target.now_ns()));
     text += formatted("datagrams received {}, sent {}; restarts {}\n", counters.received, counters.sent,
                       counters.restarts);
     text += formatted("clients {}\n", target.clients().size());

@@ -1,7 +1,6 @@
 // Doing what a line says.
 #include "simulator/simulation/verbs.hpp"
 
-#include "simulator/simulation/status_text.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 #include "vantu/orvanta/common/format.hpp"
 

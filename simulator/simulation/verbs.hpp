@@ -22,4 +22,12 @@ struct verb_result {
 // The same without doing it: empty when the line is good, else what is wrong with it.
 [[nodiscard]] std::string check_verb(std::string_view line);
 
+// Seed and ticks, clients, devices, the faults that act now with their counts, and how often each fault has
+// happened since the beginning. Lines that end in line feeds.
+[[nodiscard]] std::string status_text(const simulation& target);
+
+// All verbs, or more about one of them; a name that is no verb's is taken for none. Lines that end in line
+// feeds, none beyond 80 columns and no more than 24.
+[[nodiscard]] std::string verb_help_text(std::string_view verb);
+
 } // namespace vantu::orvanta::simulator

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "network/socket.hpp"
-#include "simulator/faults/fault_stage.hpp"
+#include "simulator/faults/fault_pipeline.hpp"
 
 #include <array>
 

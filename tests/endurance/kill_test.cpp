@@ -2,7 +2,7 @@
 //
 //     ORVANTA_KILLS=200 ctest --preset release -R '^kill_test' -V
 #include "endurance/running_client.hpp"
-#include "simulator/running_simulator.hpp"
+#include "simulator/fixtures/running_simulator.hpp"
 
 #include <chrono>
 #include <cstdio>

@@ -1,5 +1,5 @@
 // The client library under every fault in every situation, against the tables.
-#include "faults/fault_bench.hpp"
+#include "faults/fault_fixture.hpp"
 #include "faults/matrix_disconnecting.hpp"
 #include "faults/matrix_idle.hpp"
 #include "faults/matrix_opening.hpp"

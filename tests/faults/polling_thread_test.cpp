@@ -1,6 +1,6 @@
 // The polling thread under every fault that meets a request: the first code ends it, nothing else does.
+#include "faults/fault_fixture.hpp"
 #include "faults/matrix_requesting.hpp"
-#include "faults/times.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "simulator/sockets/server.hpp"
 #include "support/log_capture.hpp"
@@ -32,9 +32,9 @@ std::uint32_t code_of(const matrix_row& row) {
 }
 
 // A client with a polling thread, and the service on the test's own thread.
-class threaded_bench {
+class threaded_fixture {
   public:
-    threaded_bench() {
+    threaded_fixture() {
         auto code = std::async(std::launch::async, [this] {
             return vantu_orvanta_connect_ports(client_->context(), "0", sockets_.port().c_str(), "threaded",
                                                0, 0, keep_alive_ns, patience_ns);
@@ -46,14 +46,14 @@ class threaded_bench {
                                                  client_.get());
         EXPECT_TRUE(is_answered());
     }
-    ~threaded_bench() {
+    ~threaded_fixture() {
         vantu_orvanta_poll_thread_stop(thread);
         simulated.faults().heal();
         const auto goodbye = std::async(std::launch::async, [this] { client_.reset(); });
         EXPECT_TRUE(serve_until([&] { return is_over(goodbye); }));
     }
-    threaded_bench(const threaded_bench&) = delete;
-    threaded_bench& operator=(const threaded_bench&) = delete;
+    threaded_fixture(const threaded_fixture&) = delete;
+    threaded_fixture& operator=(const threaded_fixture&) = delete;
 
     void tell(std::string_view verb) { EXPECT_TRUE(run_verb(simulated, verb).good) << verb; }
 
@@ -74,9 +74,9 @@ class threaded_bench {
             if (platform::steady_now_ns() > deadline_ns) {
                 return false;
             }
-            now_ns_ += tick_ns;
+            now_ns_ += simulation_tick_ns;
             server_.serve_waiting();
-            platform::sleep_until_ns(platform::steady_now_ns() + tick_ns);
+            platform::sleep_until_ns(platform::steady_now_ns() + simulation_tick_ns);
         }
         return true;
     }
@@ -106,23 +106,23 @@ TEST(polling_thread, ends_with_the_first_code_of_each_fault_and_lives_through_th
         if (row.rule.starts_with("stale")) {
             continue; // needs an earlier session; it brings no code
         }
-        threaded_bench bench;
-        bench.tell(row.rule);
-        bench.ask();
+        threaded_fixture fixture;
+        fixture.tell(row.rule);
+        fixture.ask();
         const std::uint32_t expected = code_of(row);
-        EXPECT_TRUE(bench.serve_until([&] {
+        EXPECT_TRUE(fixture.serve_until([&] {
             return expected != 0
-                       ? vantu_orvanta_poll_thread_result(bench.thread) != 0
-                       : bench.simulated.faults().happened(
+                       ? vantu_orvanta_poll_thread_result(fixture.thread) != 0
+                       : fixture.simulated.faults().happened(
                              find_fault(row.rule.substr(0, row.rule.find(' ')))->kind) >= row.happened;
         })) << row.rule;
         if (expected == 0) {
-            bench.simulated.faults().heal();
+            fixture.simulated.faults().heal();
             if (row.next == "opened") {
-                EXPECT_TRUE(bench.is_answered()) << row.rule;
+                EXPECT_TRUE(fixture.is_answered()) << row.rule;
             }
         }
-        EXPECT_EQ(vantu_orvanta_poll_thread_result(bench.thread), expected) << row.rule;
+        EXPECT_EQ(vantu_orvanta_poll_thread_result(fixture.thread), expected) << row.rule;
     }
 }
 

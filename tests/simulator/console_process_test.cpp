@@ -1,7 +1,7 @@
 // The simulator as a program with --interactive and a script on its standard input.
 #include "app/support/child_process.hpp"
-#include "simulator/interactive_command.hpp"
-#include "simulator/test_client.hpp"
+#include "simulator/fixtures/running_simulator.hpp"
+#include "simulator/fixtures/test_client.hpp"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 // The simulator as a program with --interactive at a pseudo-terminal.
 #include "app/support/child_process.hpp"
-#include "simulator/interactive_command.hpp"
+#include "simulator/fixtures/running_simulator.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

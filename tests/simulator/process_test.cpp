@@ -1,8 +1,8 @@
 // The simulator as a program: its lines, its exit statuses, its state file.
 #include "network/socket.hpp"
-#include "simulator/running_simulator.hpp"
+#include "simulator/fixtures/running_simulator.hpp"
+#include "simulator/fixtures/test_client.hpp"
 #include "simulator/service/saved_state.hpp"
-#include "simulator/test_client.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // The simulator at signals, and what it says of files in the words of Linux.
-#include "simulator/running_simulator.hpp"
+#include "simulator/fixtures/running_simulator.hpp"
+#include "simulator/fixtures/test_client.hpp"
 #include "simulator/service/durable_file.hpp"
-#include "simulator/test_client.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <filesystem>

@@ -1,0 +1,45 @@
+// A simulation and the scenario that is played with it: moves the one and does on the way what the other
+// wants, each verb at its time.
+#pragma once
+
+#include "simulator/control/scenario_schedule.hpp"
+#include "simulator/simulation/simulation.hpp"
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+
+class scenario_runner {
+  public:
+    // Told what a verb of the scenario shows.
+    using print_function = std::function<void(std::string_view text)>;
+
+    // Observes the target, which outlives the scenario_runner and has no other observer.
+    scenario_runner(simulation& target, std::vector<scenario_step> steps, print_function print);
+    ~scenario_runner();
+    scenario_runner(const scenario_runner&) = delete;
+    scenario_runner& operator=(const scenario_runner&) = delete;
+
+    // As advance_to of the simulation, with the scenario's verbs done on the way. Stops early at "quit".
+    void advance_to(std::int64_t since_start_ns);
+
+    // Does what has become due at the present tick, as by a datagram that came.
+    void attend();
+
+    // When the simulation or the scenario has something to do next; never_ns when neither has.
+    [[nodiscard]] std::int64_t next_due_ns() const;
+
+    // Whether the scenario has ended the simulation.
+    [[nodiscard]] bool has_quit() const noexcept { return quit_; }
+
+  private:
+    simulation& target_;
+    scenario_schedule schedule_;
+    print_function print_;
+    bool quit_{false};
+};
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,161 @@
+// The pipeline of faults between the service and its sockets. It has no socket and no clock, and draws all
+// its chances from one seed: the same rules and datagrams give the same bytes.
+#pragma once
+
+#include "simulator/faults/fault_conversations.hpp"
+#include "simulator/faults/fault_datagrams.hpp"
+#include "simulator/faults/fault_mutations.hpp"
+#include "simulator/faults/fault_random.hpp"
+#include "simulator/faults/faults.hpp"
+#include "simulator/service/outbox.hpp"
+#include "simulator/service/peer.hpp"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace vantu::orvanta::simulator {
+
+// A datagram on its way from a client to the service.
+struct arrival {
+    peer from;
+    datagram_bytes bytes;
+};
+
+// A datagram on its way to a client, of any size that UDP carries.
+struct departure {
+    peer to;
+    datagram_bytes bytes;
+    bool forged{false}; // to be sent from a socket of its own, as another program would
+};
+
+// What a fault asks of the service's owner, beyond datagrams.
+struct requested_action {
+    fault_kind kind{fault_kind::restart}; // goodbye, restart, unplug or plug
+    std::optional<std::uint32_t> argument;
+    std::optional<peer> client; // goodbye: to whom; empty: to all
+};
+
+struct rule_state {
+    fault_rule rule;
+    std::uint64_t fitted{0};   // datagrams that the rule fits
+    std::uint64_t happened{0}; // those to which the fault happened
+};
+
+class fault_pipeline {
+  public:
+    explicit fault_pipeline(std::uint64_t seed) : seed_(seed) {}
+
+    // Rules act in the order in which they were added, each on what the one before it left. A rule that is
+    // asked for at once acts on the clients named here and is not kept, but counted.
+    void add(const fault_rule& rule, std::span<const peer> clients, std::int64_t now_ns);
+
+    // Takes all rules away, or those of one kind; the datagrams that they hold are due at once. Counts stay.
+    void heal();
+    void heal(fault_kind kind);
+
+    // The rules that act now, in their order.
+    [[nodiscard]] std::vector<rule_state> rules() const;
+
+    // How often a fault has happened since the beginning, rules that are gone included.
+    [[nodiscard]] std::uint64_t happened(fault_kind kind) const noexcept {
+        return happened_[static_cast<std::size_t>(kind)];
+    }
+
+    // Takes a datagram that a socket received, or that the service sends.
+    void from_socket(const peer& from, std::span<const std::byte> bytes, std::int64_t now_ns);
+    void from_service(const outgoing_datagram& datagram, std::int64_t now_ns);
+
+    // Sends on what is due; next_due_ns says when that is, never_ns where nothing is held.
+    void tick(std::int64_t now_ns);
+    [[nodiscard]] std::int64_t next_due_ns() const noexcept;
+
+    // What the service is to receive, what the sockets are to send, and what else is to be done, in order,
+    // each handed out once.
+    [[nodiscard]] std::vector<arrival> take_arrivals();
+    [[nodiscard]] std::vector<departure> take_departures();
+    [[nodiscard]] std::vector<requested_action> take_actions();
+
+    // While an action is carried out, the rules that ask for actions fit none of the datagrams that it sets
+    // off: two such rules could chase each other for ever, faster each time.
+    void begin_action() noexcept { in_action_ = true; }
+    void end_action() noexcept { in_action_ = false; }
+
+  private:
+    // More than these wait nowhere: what comes beyond is lost, as where a system's buffers are full.
+    static constexpr std::size_t most_waiting = 300'000;
+
+    struct piped_datagram {
+        communication::direction way{communication::direction::to_client};
+        peer with;
+        datagram_bytes bytes;
+        std::optional<std::uint8_t> answer; // the operation in it that answers a request
+    };
+
+    struct live_rule {
+        rule_state state;
+        std::uint64_t ordinal;
+        fault_random chance;
+    };
+
+    struct held_datagram {
+        piped_datagram what;
+        std::uint64_t by; // the ordinal of the rule that holds it
+        std::int64_t due_ns;
+        std::optional<std::uint32_t> to_pass; // datagrams that are still to pass it
+    };
+
+    void heal_rules(std::optional<fault_kind> kind);
+    [[nodiscard]] std::size_t first_rule_after(std::uint64_t ordinal) const;
+    void act_at_once(const fault_rule& rule, std::span<const peer> clients);
+    void act_at_once_on(const fault_rule& rule, const peer& client);
+
+    // Runs a datagram through the rules from next_rule on, and out of the pipeline.
+    void run(piped_datagram what, std::size_t next_rule);
+    void deliver(piped_datagram&& what);
+    [[nodiscard]] bool fits(const fault_rule& rule, const piped_datagram& what) const;
+    // The operation that a refusal takes out of a datagram.
+    [[nodiscard]] static std::optional<operation_place> refused_operation(const fault_rule& rule,
+                                                                          std::span<const std::byte> bytes);
+    [[nodiscard]] static bool is_its_turn(live_rule& rule);
+    void count(live_rule& rule);
+    [[nodiscard]] bool is_holding_one_of(const live_rule& rule, const piped_datagram& what) const;
+    void let_one_pass(const live_rule& rule, communication::direction way, const peer& with,
+                      std::size_t next_rule);
+
+    // Does to a datagram what the rule's fault is. Each of these runs it through the later rules by itself,
+    // if it goes on at all.
+    void apply(live_rule& rule, piped_datagram what, std::size_t next_rule);
+    void send_changed(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
+    void send_with_copies(live_rule& rule, const piped_datagram& what, std::size_t next_rule);
+    void hold(live_rule& rule, piped_datagram&& what, std::int64_t for_ns,
+              std::optional<std::uint32_t> to_pass);
+    void hold_for_a_while(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
+    void send_after_stale_reply(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
+    void refuse_operation(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
+    void send_with_action(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
+    void send_with_forgeries(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
+    void fall_silent(const fault_rule& rule, fault_random& chance);
+    void forge(const peer& to, std::uint32_t how_many);
+
+    [[nodiscard]] bool is_silent() const noexcept { return now_ns_ < silent_until_ns_; }
+
+    std::uint64_t seed_;
+    std::uint64_t ordinals_{0};
+    std::int64_t now_ns_{0};
+    std::int64_t silent_until_ns_{std::numeric_limits<std::int64_t>::min()};
+    bool in_action_{false};
+    std::vector<live_rule> rules_;
+    std::vector<held_datagram> held_; // in the order of being held
+    conversations conversations_;
+    std::array<std::uint64_t, faults.size()> happened_{};
+    std::vector<arrival> arrivals_;
+    std::vector<departure> departures_;
+    std::vector<requested_action> actions_;
+};
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,40 @@
+// The devices that a simulation knows of, plugged in or not, and what they have saved.
+#pragma once
+
+#include "simulator/service/device.hpp"
+#include "simulator/service/saved_state.hpp"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace vantu::orvanta::simulator {
+
+class device_registry {
+  public:
+    // Saved configurations go into the state, which outlives the registry, or into memory where it is null.
+    explicit device_registry(saved_state* state) : state_(state) {}
+
+    // Keeps the device with the configuration that it has until it saves one, and returns it with a place
+    // that no other device of its type has: what a device measures depends on its place.
+    device keep(device which);
+
+    // The unplugged device of a type with the lowest id, as keep wants it; empty when there can be no more.
+    [[nodiscard]] std::optional<device> next_free(std::uint8_t device_type,
+                                                  std::span<const device> plugged) const;
+
+    // The device of that id with what it has saved, else as it was kept; the id is known.
+    [[nodiscard]] device as_saved(std::uint32_t id) const;
+
+    // Saves the device's configuration. Returns an empty text, or what failed in one line.
+    [[nodiscard]] std::string save(const device& which);
+
+  private:
+    std::map<std::uint32_t, device> known_;
+    std::map<std::string, configuration> saved_; // by the device's uuid_text
+    saved_state* state_;
+};
+
+} // namespace vantu::orvanta::simulator

@@ -1,0 +1,171 @@
+// Which datagrams a rule fits, how often it happens, and that a seed brings it all back.
+#include "simulator/fixtures/pipeline_fixture.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace simulator_tests;
+using simulator::fault_kind;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(fault_selection, goes_by_any_operation_of_a_datagram) {
+    const bytes two = datagram({{0xFF, 0x51, 0x05, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01},
+                                {0xFF, 0x44, 0x05, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00, 0x01}});
+    pipeline_fixture fixture;
+    fixture.add("drop @op=68");
+    EXPECT_THAT(fixture.out(two), IsEmpty());
+    EXPECT_THAT(fixture.out(power_supply), ElementsAre(power_supply));
+    EXPECT_EQ(fixture.counts(fault_kind::drop), "1/1");
+}
+
+TEST(fault_selection, finds_no_operation_behind_one_that_is_cut_off) {
+    bytes cut = power_supply;
+    cut[8] = 200;
+    pipeline_fixture fixture;
+    fixture.add("drop @op=0");
+    EXPECT_THAT(fixture.out(cut), ElementsAre(cut));
+    EXPECT_THAT(fixture.out({0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 0, 0, 0}), testing::SizeIs(1));
+    EXPECT_EQ(fixture.counts(fault_kind::drop), "0/0");
+}
+
+TEST(fault_selection, takes_the_nth_that_fits_and_no_other) {
+    pipeline_fixture fixture;
+    fixture.add("drop @op=66,n=3,dir=out");
+    for (int i = 1; i <= 6; ++i) {
+        EXPECT_EQ(fixture.out(gravity).empty(), i == 3) << i;
+        EXPECT_EQ(fixture.out(power_supply).size(), 1U);
+        EXPECT_EQ(fixture.in(ask_gravity).size(), 1U);
+    }
+    EXPECT_EQ(fixture.counts(fault_kind::drop), "6/1");
+}
+
+TEST(fault_selection, happens_as_often_as_is_probable) {
+    pipeline_fixture fixture;
+    fixture.add("drop 0.3@dir=out");
+    std::size_t through = 0;
+    for (int i = 0; i < 10'000; ++i) {
+        through += fixture.out(keep_alive).size();
+    }
+    EXPECT_NEAR(static_cast<double>(through), 7000, 250);
+    EXPECT_EQ(fixture.counts(fault_kind::drop), "10000/" + std::to_string(10'000 - through));
+    EXPECT_EQ(fixture.pipeline.happened(fault_kind::drop), 10'000 - through);
+}
+
+TEST(fault_selection, never_happens_with_a_probability_of_0) {
+    pipeline_fixture fixture;
+    fixture.add("drop 0");
+    EXPECT_THAT(fixture.out(keep_alive), ElementsAre(keep_alive));
+    EXPECT_EQ(fixture.counts(fault_kind::drop), "1/0");
+}
+
+TEST(fault_selection, lets_rules_act_in_order_on_what_the_one_before_left) {
+    pipeline_fixture fixture;
+    fixture.add("duplicate 1@dir=out");
+    fixture.add("truncate 12@n=2");
+    EXPECT_THAT(fixture.out(gravity), ElementsAre(gravity, bytes(gravity.begin(), gravity.begin() + 12)));
+    pipeline_fixture other;
+    other.add("truncate 12@n=1");
+    other.add("duplicate 1@dir=out");
+    const bytes cut(gravity.begin(), gravity.begin() + 12);
+    EXPECT_THAT(other.out(gravity), ElementsAre(cut, cut));
+}
+
+TEST(fault_selection, lets_refusals_suffer_the_rules_behind) {
+    pipeline_fixture fixture;
+    fixture.add("refuse 0xB2");
+    fixture.add("truncate 14@op=240");
+    EXPECT_THAT(fixture.in(datagram({connect_operation(0)})), IsEmpty());
+    EXPECT_THAT(fixture.departures(), ElementsAre(sent{1,
+                                                       {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0xF0, 0x05,
+                                                        0x00, 0x00, 0x00, 0x00, 0x00}}));
+}
+
+TEST(fault_selection, holds_a_delayed_datagram_back_for_the_rules_behind_alone) {
+    pipeline_fixture fixture;
+    fixture.add("duplicate 1@dir=out");
+    fixture.add("delay 10@dir=out");
+    fixture.add("truncate 12@dir=out");
+    const bytes cut(gravity.begin(), gravity.begin() + 12);
+    EXPECT_THAT(fixture.out(gravity), IsEmpty());
+    EXPECT_THAT(fixture.wait(10 * ns_per_millisecond), ElementsAre(sent{1, cut}, sent{1, cut}));
+}
+
+TEST(fault_selection, heals_one_kind_or_all_and_lets_go_what_was_held) {
+    pipeline_fixture fixture;
+    fixture.add("delay 1000@dir=out");
+    fixture.add("drop @op=81");
+    EXPECT_THAT(fixture.out(gravity), IsEmpty());
+    fixture.pipeline.heal(fault_kind::drop);
+    EXPECT_THAT(fixture.wait(0), IsEmpty());
+    EXPECT_EQ(fixture.counts(fault_kind::drop), "none");
+    fixture.pipeline.heal(fault_kind::delay);
+    EXPECT_LE(fixture.pipeline.next_due_ns(), fixture.now);
+    EXPECT_THAT(fixture.wait(0), ElementsAre(sent{1, gravity}));
+    EXPECT_THAT(fixture.out(power_supply), ElementsAre(power_supply));
+    EXPECT_EQ(fixture.pipeline.happened(fault_kind::delay), 1U);
+    fixture.add("drop");
+    fixture.pipeline.heal();
+    EXPECT_THAT(fixture.pipeline.rules(), IsEmpty());
+    EXPECT_THAT(fixture.out(gravity), ElementsAre(gravity));
+}
+
+// Many rules of chance, many datagrams: all that comes out.
+std::vector<bytes> outcome_of(std::uint64_t seed) {
+    pipeline_fixture fixture(seed);
+    for (const char* line :
+         {"drop 0.1", "duplicate 1@p=0.2", "reorder 2@p=0.2", "delay 1-30@p=0.3", "extend 5@p=0.1",
+          "flip 3@p=0.2", "bad-magic 0.1", "unknown-operation 0.1", "lying-operation 0.1", "retag @p=0.3",
+          "readdress @p=0.3", "truncate 12@p=0.1", "silence 5-9@p=0.01", "error 0xD0@p=0.1"}) {
+        fixture.add(line);
+    }
+    fixture.connect();
+    std::vector<bytes> all;
+    const auto keep = [&all](const std::vector<bytes>& some) {
+        all.insert(all.end(), some.begin(), some.end());
+    };
+    for (int i = 0; i < 300; ++i) {
+        keep(fixture.in(ask_gravity));
+        keep(fixture.out(gravity));
+        for (const sent& one : fixture.wait(ns_per_millisecond)) {
+            all.push_back(one.content);
+        }
+        keep(fixture.arrivals());
+    }
+    return all;
+}
+
+TEST(fault_selection, is_the_same_to_the_byte_for_the_same_seed_and_differs_for_another) {
+    const std::vector<bytes> once = outcome_of(11);
+    EXPECT_GT(once.size(), 300U);
+    EXPECT_EQ(once, outcome_of(11));
+    EXPECT_NE(once, outcome_of(12));
+}
+
+TEST(fault_selection, gives_each_rule_chances_of_its_own) {
+    const auto dropped = [](std::initializer_list<const char*> lines) {
+        pipeline_fixture fixture;
+        std::vector<bool> pattern;
+        for (const char* line : lines) {
+            fixture.add(line);
+        }
+        for (int i = 0; i < 200; ++i) {
+            pattern.push_back(fixture.out(keep_alive).empty());
+        }
+        return pattern;
+    };
+    EXPECT_EQ(dropped({"drop 0.5"}), dropped({"drop 0.5", "flip 1@p=0.5"}));
+    EXPECT_NE(dropped({"drop 0.5"}), dropped({"flip 1@p=0.5", "drop 0.5"}));
+}
+
+TEST(fault_selection, lets_no_flood_of_floods_fill_the_memory) {
+    pipeline_fixture fixture;
+    fixture.add("flood 100000@n=1");
+    fixture.add("flood 100@p=0.5");
+    EXPECT_LE(fixture.out(gravity).size(), 300'000U);
+}
+
+} // namespace
