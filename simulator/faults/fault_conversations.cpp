@@ -1,11 +1,9 @@
-// What the stage of faults knows of each client.
 #include "simulator/faults/fault_conversations.hpp"
 
 #include "simulator/faults/fault_datagrams.hpp"
 #include "vantu/orvanta/communication/operations.hpp"
 
 #include <algorithm>
-#include <array>
 
 namespace vantu::orvanta::simulator {
 namespace {
@@ -16,39 +14,6 @@ using namespace communication;
 constexpr std::size_t most_known = 512;
 constexpr std::size_t most_awaited = 256;
 constexpr std::size_t most_answers = 256;
-
-struct answered_by {
-    std::uint8_t request;
-    std::uint8_t answer;
-};
-constexpr std::array answers{
-    answered_by{op_code::connect, op_code::connected},
-    answered_by{op_code::disconnect, op_code::disconnected},
-    answered_by{op_code::device_open, op_code::device_opened},
-    answered_by{op_code::device_close, op_code::device_closed},
-    answered_by{op_code::orientation_get, op_code::orientation_get},
-    answered_by{op_code::config_save, op_code::config_save},
-    answered_by{op_code::config_gravity_compensation_get, op_code::config_gravity_compensation_get},
-    answered_by{op_code::config_gravity_compensation_set, op_code::config_gravity_compensation_get},
-    answered_by{op_code::config_torque_scaling_get, op_code::config_torque_scaling_get},
-    answered_by{op_code::config_torque_scaling_set, op_code::config_torque_scaling_get},
-    answered_by{op_code::config_handedness_set, op_code::config_handedness}};
-
-// Every operation to the service but the keep-alive is a request.
-consteval bool every_request_has_its_answer() {
-    std::size_t requests = 0;
-    for (const operation& row : operations) {
-        if (row.way == direction::to_service && row.code != op_code::keep_alive) {
-            ++requests;
-        }
-    }
-    for (const answered_by& pair : answers) {
-        (void)body_size_of(pair.request, direction::to_service);
-        (void)body_size_of(pair.answer, direction::to_client);
-    }
-    return requests == answers.size();
-}
-static_assert(every_request_has_its_answer());
 
 template <typename Element> void keep_latest(std::deque<Element>& elements, std::size_t most) {
     while (elements.size() > most) {
@@ -77,12 +42,10 @@ conversations::conversation& conversations::with(const peer& who) {
 
 void conversations::note_requests(const peer& from, std::span<const std::byte> datagram) {
     for (const operation_place& place : operations_in(datagram)) {
-        const auto* const pair =
-            std::find_if(answers.begin(), answers.end(),
-                         [&place](const answered_by& one) { return one.request == place.code; });
-        if (pair != answers.end()) {
+        const operation* const row = find_operation(place.code, direction::to_service);
+        if (row != nullptr && row->answered_by != op_code::none) {
             auto& waiting = with(from).waiting;
-            waiting.push_back({pair->answer, place.tag});
+            waiting.push_back({row->answered_by, place.tag});
             keep_latest(waiting, most_awaited);
         }
     }

@@ -1,5 +1,5 @@
-// What the stage of faults knows of each client: the requests that wait for an answer, and the answers of
-// earlier sessions.
+// The conversations that pass through the pipeline of faults: each client's requests that wait for an answer,
+// and the answers of earlier sessions.
 #pragma once
 
 #include "simulator/faults/fault_mutations.hpp"

@@ -29,6 +29,16 @@ template <std::uint8_t code> auto argument_of(const request& what) {
     return body.record;
 }
 
+template <std::uint8_t code>
+constexpr std::uint8_t answer_to = communication::row_of(code, direction::to_service).answered_by;
+
+// Answers a request with the operation that its row names.
+template <std::uint8_t code>
+service_status answer(const request& what, const outbox::body<answer_to<code>>& body) {
+    what.out.send<answer_to<code>>(what.from.address, what.tag, body);
+    return service_status::nil;
+}
+
 constexpr bool is_flag(std::uint8_t value) {
     return value <= 1;
 }
@@ -43,21 +53,17 @@ service_status open_it(const request& what, device& which) {
                       what.now_ns);
     }
     tell(what, "opened device {}", which.id);
-    what.out.send<op_code::device_opened>(what.from.address, what.tag, {which.id});
-    return service_status::nil;
+    return answer<op_code::device_open>(what, {which.id});
 }
 
 service_status close_it(const request& what, device& which) {
     std::erase_if(what.from.opened, [&which](const open_device& one) { return one.id == which.id; });
     tell(what, "closed device {}", which.id);
-    what.out.send<op_code::device_closed>(what.from.address, what.tag, {which.id});
-    return service_status::nil;
+    return answer<op_code::device_close>(what, {which.id});
 }
 
 service_status tell_orientation(const request& what, device& which) {
-    what.out.send<op_code::orientation_get>(what.from.address, what.tag,
-                                            {which.id, orientation_at(which, what.now_ns)});
-    return service_status::nil;
+    return answer<op_code::orientation_get>(what, {which.id, orientation_at(which, what.now_ns)});
 }
 
 service_status save_configuration(const request& what, device& which) {
@@ -65,16 +71,13 @@ service_status save_configuration(const request& what, device& which) {
         return service_status::device_communication_error;
     }
     tell(what, "saved the configuration of device {}", which.id);
-    what.out.send<op_code::config_save>(what.from.address, what.tag, {which.id, {1}});
-    return service_status::nil;
+    return answer<op_code::config_save>(what, {which.id, {1}});
 }
 
-service_status tell_gravity_compensation(const request& what, device& which) {
+template <std::uint8_t code> service_status tell_gravity_compensation(const request& what, device& which) {
     const configuration& settings = which.settings;
     const std::uint8_t enabled = settings.gravity_compensation ? 1 : 0;
-    what.out.send<op_code::config_gravity_compensation_get>(what.from.address, what.tag,
-                                                            {which.id, {enabled, settings.scaling_factor}});
-    return service_status::nil;
+    return answer<code>(what, {which.id, {enabled, settings.scaling_factor}});
 }
 
 service_status set_gravity_compensation(const request& what, device& which) {
@@ -87,13 +90,12 @@ service_status set_gravity_compensation(const request& what, device& which) {
     which.settings.scaling_factor = factor;
     tell(what, "set gravity compensation of device {} {}, factor {}", which.id,
          on_or_off(which.settings.gravity_compensation), factor);
-    return tell_gravity_compensation(what, which);
+    return tell_gravity_compensation<op_code::config_gravity_compensation_set>(what, which);
 }
 
-service_status tell_torque_scaling(const request& what, device& which) {
+template <std::uint8_t code> service_status tell_torque_scaling(const request& what, device& which) {
     const std::uint8_t enabled = which.settings.torque_scaling ? 1 : 0;
-    what.out.send<op_code::config_torque_scaling_get>(what.from.address, what.tag, {which.id, {enabled}});
-    return service_status::nil;
+    return answer<code>(what, {which.id, {enabled}});
 }
 
 service_status set_torque_scaling(const request& what, device& which) {
@@ -103,7 +105,7 @@ service_status set_torque_scaling(const request& what, device& which) {
     }
     which.settings.torque_scaling = argument.enabled == 1;
     tell(what, "set torque scaling of device {} {}", which.id, on_or_off(which.settings.torque_scaling));
-    return tell_torque_scaling(what, which);
+    return tell_torque_scaling<op_code::config_torque_scaling_set>(what, which);
 }
 
 service_status set_handedness(const request& what, device& which) {
@@ -114,12 +116,12 @@ service_status set_handedness(const request& what, device& which) {
     which.settings.handedness = argument.handedness;
     tell(what, "set device {} {}-handed", which.id,
          argument.handedness == vantu_orvanta_handedness_left ? "left" : "right");
-    what.out.send<op_code::config_handedness>(what.from.address, what.tag, {which.id, argument});
+    const service_status status = answer<op_code::config_handedness_set>(what, {which.id, argument});
     // Clients keep the hand with the device's details: all of them need these anew.
     for (const client& one : what.clients.all()) {
         send_orvanta3_details(what.out, one.address, which);
     }
-    return service_status::nil;
+    return status;
 }
 
 enum class device_kind : std::uint8_t { any, orvanta3 };
@@ -138,10 +140,11 @@ constexpr std::array rules{
     rule{op_code::orientation_get, device_kind::orvanta3, opening::needed, &tell_orientation},
     rule{op_code::config_save, device_kind::orvanta3, opening::needed, &save_configuration},
     rule{op_code::config_gravity_compensation_get, device_kind::orvanta3, opening::needed,
-         &tell_gravity_compensation},
+         &tell_gravity_compensation<op_code::config_gravity_compensation_get>},
     rule{op_code::config_gravity_compensation_set, device_kind::orvanta3, opening::needed,
          &set_gravity_compensation},
-    rule{op_code::config_torque_scaling_get, device_kind::orvanta3, opening::needed, &tell_torque_scaling},
+    rule{op_code::config_torque_scaling_get, device_kind::orvanta3, opening::needed,
+         &tell_torque_scaling<op_code::config_torque_scaling_get>},
     rule{op_code::config_torque_scaling_set, device_kind::orvanta3, opening::needed, &set_torque_scaling},
     rule{op_code::config_handedness_set, device_kind::orvanta3, opening::needed, &set_handedness},
 };
@@ -152,15 +155,27 @@ const rule* find_rule(std::uint8_t code) {
     return found == rules.end() ? nullptr : &*found;
 }
 
-// A connection's own operations have no rule; every other operation to the service has one.
+// Every operation to the service but the keep-alive is a request.
+consteval bool every_request_has_its_answer() {
+    for (const operation& row : operations) {
+        const bool is_request = row.way == direction::to_service && row.code != op_code::keep_alive;
+        if (is_request != (row.answered_by != op_code::none)) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(every_request_has_its_answer());
+
+// The requests of a connection itself have no rule; every other one has a rule.
 consteval bool every_request_has_a_rule() {
     for (const operation& row : operations) {
-        const bool of_a_connection = row.code == op_code::connect || row.body_size == 0;
+        const bool is_of_a_connection = row.code == op_code::connect || row.code == op_code::disconnect;
         std::size_t count = 0;
         for (const rule& one : rules) {
-            count += one.code == row.code ? 1 : 0;
+            count += row.way == direction::to_service && one.code == row.code ? 1 : 0;
         }
-        if (row.way == direction::to_service && count != (of_a_connection ? 0 : 1)) {
+        if (count != (row.answered_by == op_code::none || is_of_a_connection ? 0 : 1)) {
             return false;
         }
     }
