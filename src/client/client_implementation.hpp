@@ -1,4 +1,5 @@
-// What a client holds, shared by its requests (client.cpp) and its dispatch (dispatch.cpp).
+// A client's callbacks, waiting requests and context, for its requests (client.cpp) and its dispatch
+// (dispatch.cpp).
 #pragma once
 
 #include "pending_requests.hpp"
@@ -36,22 +37,12 @@ struct client::implementation {
     pending_requests pending;
     std::unique_ptr<vantu_orvanta_context, context_deleter> context;
 
-    // Enters the handler for the answer that the operation table names, then calls send(tag), and takes the
-    // handler out again if that fails.
+    // Sends a request whose handler waits for the answer that the operation table names.
     template <std::uint8_t operation, typename Record, typename Send>
     std::int32_t request(reply_handler<Record>&& handler, Send send) {
         static_assert(std::is_same_v<answer_record<operation>, Record>, "the record of the request's answer");
         constexpr std::uint32_t event_type = communication::answer_event_of(operation);
-        const pending_requests::place place = pending.enter(event_type, std::move(handler));
-        if (place.tag == 0) {
-            return vantu_orvanta_request_queue_full;
-        }
-        const std::int32_t code = send(place.tag);
-        if (code != vantu_orvanta_success && !pending.withdraw(place)) {
-            // Something was received under the tag meanwhile and the handler has been called with it.
-            return vantu_orvanta_success;
-        }
-        return code;
+        return send_with_handler(pending, event_type, std::move(handler), std::move(send));
     }
 };
 

@@ -76,18 +76,6 @@ bool complete_request(client& owner, pending_requests& pending, const vantu_orva
     return event.tag != 0 && complete(owner, pending.take(event.event_type, event.tag), event);
 }
 
-// Nothing will be answered any more: every waiting request fails.
-void fail_all(client& owner, pending_requests& pending) {
-    vantu_orvanta_event event{};
-    event.event_type = vantu_orvanta_event_error;
-    const vantu_orvanta_error error{vantu_orvanta_disconnected_from_service};
-    std::memcpy(event.payload, &error, sizeof(error));
-    for (unsigned tag = 1; tag <= 255; ++tag) {
-        event.tag = static_cast<std::uint8_t>(tag);
-        complete(owner, pending.take_any(event.tag), event);
-    }
-}
-
 void call_on_device(const client::record_callback<vantu_orvanta_device>& callback, client& owner,
                     const vantu_orvanta_event& event) {
     vantu_orvanta_device device{};
@@ -118,7 +106,7 @@ bool client::dispatch(const vantu_orvanta_event& event) {
     case vantu_orvanta_event_none:
         return false;
     case vantu_orvanta_event_disconnected:
-        fail_all(*this, self_->pending);
+        fail_requests(vantu_orvanta_disconnected_from_service);
         call(callbacks.on_disconnected, *this);
         break;
     case vantu_orvanta_event_device_added:
@@ -192,6 +180,17 @@ bool client::dispatch(const vantu_orvanta_event& event) {
         break;
     }
     return true;
+}
+
+void client::fail_requests(std::int32_t code) {
+    vantu_orvanta_event event{};
+    event.event_type = vantu_orvanta_event_error;
+    const vantu_orvanta_error error{static_cast<std::uint32_t>(code)};
+    std::memcpy(event.payload, &error, sizeof(error));
+    const std::uint64_t newest = self_->pending.newest();
+    for (unsigned tag = 1; tag <= pending_requests::tag_count; ++tag) {
+        complete(*this, self_->pending.take_entered_until(newest, static_cast<std::uint8_t>(tag)), event);
+    }
 }
 
 void client::dispatch_event(void* user, const vantu_orvanta_event* event) {

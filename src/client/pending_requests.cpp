@@ -1,4 +1,3 @@
-// The table of waiting requests and its ring of free tags.
 #include "pending_requests.hpp"
 
 #include <utility>
@@ -46,8 +45,18 @@ any_reply_handler pending_requests::take(std::uint32_t event_type, std::uint8_t 
     return release(tag);
 }
 
-any_reply_handler pending_requests::take_any(std::uint8_t tag) {
-    return take(vantu_orvanta_event_error, tag);
+std::uint64_t pending_requests::newest() {
+    const std::lock_guard lock(mutex_);
+    return last_serial_;
+}
+
+any_reply_handler pending_requests::take_entered_until(std::uint64_t newest, std::uint8_t tag) {
+    const std::lock_guard lock(mutex_);
+    const entry& waiting = entries_[tag];
+    if (waiting.event_type == vantu_orvanta_event_none || waiting.serial > newest) {
+        return {};
+    }
+    return release(tag);
 }
 
 any_reply_handler pending_requests::release(std::uint8_t tag) {

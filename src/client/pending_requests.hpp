@@ -21,6 +21,8 @@ using any_reply_handler = std::variant<
 // functions are safe on any thread; none allocates or calls a handler.
 class pending_requests {
   public:
+    static constexpr std::size_t tag_count = 255;
+
     // A place taken under a tag; tag 0 when all 255 are taken. The serial tells a request from an
     // earlier one under the same tag.
     struct place {
@@ -49,12 +51,13 @@ class pending_requests {
     // for the same answer is gone with it. monostate when none waits for this event.
     [[nodiscard]] any_reply_handler take(std::uint32_t event_type, std::uint8_t tag);
 
-    // Takes out whatever waits under a tag.
-    [[nodiscard]] any_reply_handler take_any(std::uint8_t tag);
+    // The serial of the request that was entered last.
+    [[nodiscard]] std::uint64_t newest();
+
+    // Takes out what waits under a tag, and frees it, unless it was entered after the newest.
+    [[nodiscard]] any_reply_handler take_entered_until(std::uint64_t newest, std::uint8_t tag);
 
   private:
-    static constexpr std::size_t tag_count = 255;
-
     struct entry {
         std::uint32_t event_type{vantu_orvanta_event_none}; // none: the tag is free
         std::uint64_t serial{0};
@@ -72,5 +75,19 @@ class pending_requests {
     std::size_t free_count_{tag_count};
     std::uint64_t last_serial_{0};
 };
+
+// Enters the handler, calls send(tag) and takes the handler out again when that fails. A failed send whose
+// handler was called meanwhile counts as sent: something came under its tag.
+template <typename Record, typename Send>
+std::int32_t send_with_handler(pending_requests& pending, std::uint32_t event_type,
+                               reply_handler<Record>&& handler, Send send) {
+    const pending_requests::place place = pending.enter(event_type, std::move(handler));
+    if (place.tag == 0) {
+        return vantu_orvanta_request_queue_full;
+    }
+    const std::int32_t code = send(place.tag);
+    const bool is_over = code != vantu_orvanta_success && !pending.withdraw(place);
+    return is_over ? std::int32_t{vantu_orvanta_success} : code;
+}
 
 } // namespace vantu::orvanta

@@ -54,14 +54,14 @@ VANTU_ORVANTA_API void check_result(std::int32_t code, std::string label);
 
 class client;
 
-// How a request ended.
+// The end of a request.
 enum class outcome : std::uint8_t {
     replied,      // with its record
     acknowledged, // the service took it and sends no record
     failed,       // see error
 };
 
-// What a one-shot handler is given; valid until the handler returns.
+// The argument of a one-shot handler; valid until the handler returns.
 template <typename Record> struct reply {
     outcome result;
     unsigned device_id;
@@ -124,7 +124,7 @@ class VANTU_ORVANTA_API client {
     explicit client(config callbacks);
 
     // Disconnects from the service, which may take 100 ms, and frees the context. Stop the polling
-    // thread first. Handlers that still wait are dropped without a call.
+    // thread first. Handlers that still wait are dropped without a call; fail_requests calls them.
     ~client();
 
     client(const client&) = delete;
@@ -137,17 +137,28 @@ class VANTU_ORVANTA_API client {
 
     // Hands one event to the one-shot handler that waits for it or to its callback. False when the
     // event is empty (type 0), true otherwise, also for a type it does not know. One thread at a
-    // time. A goodbye ends every waiting handler with error 8 before on_disconnected is called.
+    // time. A goodbye calls fail_requests(8) before on_disconnected.
     bool dispatch(const vantu_orvanta_event& event);
 
     // A vantu_orvanta_event_handler whose user pointer is the client: dispatches the event to it.
     static void dispatch_event(void* user, const vantu_orvanta_event* event);
 
-    // Requests with a one-shot handler. Each picks a free tag, sends and returns the code of the
-    // send; 11 when all 255 tags are waiting, and nothing is sent. After a return of 0 the handler is
-    // called exactly once, unless the client is destroyed first: with the reply's record, an
-    // acknowledgement, or the error that the service answered. After any other return it is never
-    // called. Any thread, handlers and callbacks included. An empty handler is allowed.
+    // Calls every handler that waits with this code as its error and device id 0, and frees its tag. For the
+    // thread that dispatches, or for any after the polling thread was stopped: when polling ended with a code
+    // and the answers cannot come any more, or when they took too long. An answer that comes all the same
+    // goes to the default callback of its event. A request sent by one of these handlers is not among them:
+    // it waits for an answer of its own. What a handler throws leaves the call; those not called yet wait on.
+    void fail_requests(std::int32_t code);
+
+    // Requests with a one-shot handler. Each picks a free tag, sends and returns the code of the send; 11
+    // when all 255 tags are waiting, and nothing is sent. After a return of 0 the handler is called exactly
+    // once, by the first of
+    // - dispatch, given the answer: its record, an acknowledgement, or the error of the service;
+    // - dispatch, given the service's goodbye: error 8;
+    // - fail_requests: the code given to it.
+    // Nothing else ends the wait: no time does, and no code that a poll returns. A destroyed client drops
+    // the handlers that wait. After any other return the handler is never called. Any thread, handlers and
+    // callbacks included. An empty handler is allowed.
     std::int32_t device_open(unsigned device_id, std::uint16_t value, reply_handler<void> handler);
     std::int32_t device_close(unsigned device_id, reply_handler<void> handler);
     std::int32_t orientation_get(unsigned device_id, reply_handler<vantu_orvanta_orientation> handler);
