@@ -1,7 +1,4 @@
-// What the tool does when something arrives from the service.
 #include "app/callbacks.hpp"
-
-#include "app/event_capture.hpp"
 
 #include "vantu/orvanta/orvanta.h"
 
@@ -27,11 +24,11 @@ void capture_events(client::config& callbacks, application_state& state) {
 client::config make_callbacks(application_state& state, console& terminal) {
     client::config callbacks;
     capture_events(callbacks, state);
-    callbacks.on_device = [&state](client& service, unsigned id, const vantu_orvanta_device&) {
+    callbacks.on_device = [&state](client& connection, unsigned id, const vantu_orvanta_device&) {
         const std::lock_guard lock(state.app_mutex);
         if (id == state.current_device_id && !state.device_connected) {
             state.device_connected = true;
-            check_result(vantu_orvanta_device_open(service.context(), id, 0, 0), "client.device_open");
+            check_result(vantu_orvanta_device_open(connection.context(), id, 0, 0), "client.device_open");
         }
     };
     callbacks.on_device_removed = [&state](client&, unsigned id) {

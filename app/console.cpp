@@ -1,4 +1,3 @@
-// Menus and prompts.
 #include "app/console.hpp"
 
 #include "app/parse.hpp"

@@ -38,7 +38,7 @@ class console {
 
 using option_list = std::span<const char* const>;
 
-// What select_option returns for the word "h" or "H": above every count.
+// The return value of select_option for the word "h" or "H": above every count.
 inline constexpr std::uint64_t HELP_CHOICE = ~std::uint64_t{0}; // NOLINT(readability-identifier-naming)
 
 // depth tab characters.
@@ -47,12 +47,12 @@ inline constexpr std::uint64_t HELP_CHOICE = ~std::uint64_t{0}; // NOLINT(readab
 // One line an option: indentation, index from 0, three blanks, text.
 void print_menu(console& terminal, option_list options, unsigned depth);
 
-// Asks until it gets an index of 0 to count, the count itself included, or HELP_CHOICE. Throws what
-// parse_index throws, as at the end of input.
+// Asks until it gets an index of 0 to count, the count itself included, or HELP_CHOICE. Throws as
+// parse_index does, at the end of input too.
 [[nodiscard]] std::uint64_t select_option(console& terminal, std::uint64_t count, unsigned depth);
 
-// Asks until it gets a number, or "cancel", which gives empty. Throws what parse_fraction throws, as
-// at the end of input.
+// Asks until it gets a number, or "cancel", which gives empty. Throws as parse_fraction does, at the
+// end of input too.
 [[nodiscard]] std::optional<float> prompt_number(console& terminal, const char* text, unsigned depth);
 
 } // namespace vantu::orvanta::app

@@ -1,4 +1,3 @@
-// Device discovery.
 #include "app/discovery.hpp"
 
 #include "app/reports.hpp"
@@ -10,10 +9,10 @@
 namespace vantu::orvanta::app {
 namespace {
 
-std::vector<std::uint32_t> orvanta3_among(const client& service, const std::vector<std::uint32_t>& ids) {
+std::vector<std::uint32_t> orvanta3_among(const client& connection, const std::vector<std::uint32_t>& ids) {
     std::vector<std::uint32_t> kept;
     for (const std::uint32_t id : ids) {
-        const device_lookup found = device_report(service, id);
+        const device_lookup found = device_report(connection, id);
         if (found.code == 0 && found.device.device_type == vantu_orvanta_device_type_orvanta3) {
             kept.push_back(id);
         }
@@ -21,11 +20,12 @@ std::vector<std::uint32_t> orvanta3_among(const client& service, const std::vect
     return kept;
 }
 
-std::uint32_t choose_device(console& terminal, const client& service, const std::vector<std::uint32_t>& ids) {
+std::uint32_t choose_device(console& terminal, const client& connection,
+                            const std::vector<std::uint32_t>& ids) {
     terminal.print("Found multiple devices\n");
     unsigned long long position = 0;
     for (const std::uint32_t id : ids) {
-        const vantu_orvanta_device device = device_report(service, id).device;
+        const vantu_orvanta_device device = device_report(connection, id).device;
         terminal.print("\t%llu   %s %x\n", position, device_type_name(device.device_type),
                        unsigned{device.short_id});
         ++position;
@@ -40,38 +40,38 @@ std::uint32_t choose_device(console& terminal, const client& service, const std:
 
 } // namespace
 
-device_id_list list_device_ids(const client& service) {
+device_id_list list_device_ids(const client& connection) {
     std::array<std::uint32_t, most_devices_listed> ids{};
     std::size_t count = ids.size();
-    const std::int32_t code = vantu_orvanta_device_ids(service.context(), ids.data(), &count);
+    const std::int32_t code = vantu_orvanta_device_ids(connection.context(), ids.data(), &count);
     if (code != 0) {
         return {{}, code};
     }
     return {{ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(count)}, code};
 }
 
-device_lookup device_report(const client& service, std::uint32_t id) {
+device_lookup device_report(const client& connection, std::uint32_t id) {
     device_lookup result{};
-    result.code = vantu_orvanta_device_info(service.context(), id, &result.device);
+    result.code = vantu_orvanta_device_info(connection.context(), id, &result.device);
     if (result.code != 0) {
         result.device = {};
     }
     return result;
 }
 
-std::uint32_t find_orvanta3(console& terminal, const client& service) {
-    const device_id_list known = list_device_ids(service);
+std::uint32_t find_orvanta3(console& terminal, const client& connection) {
+    const device_id_list known = list_device_ids(connection);
     if (known.code != 0) {
         terminal.print_error("Error in find_orvanta3: %s\n", error_message(known.code));
         return 0;
     }
-    const std::vector<std::uint32_t> kept = orvanta3_among(service, known.ids);
+    const std::vector<std::uint32_t> kept = orvanta3_among(connection, known.ids);
     if (kept.empty()) {
         terminal.print_error("No devices found\n");
         return 0;
     }
-    const std::uint32_t id = kept.size() == 1 ? kept.front() : choose_device(terminal, service, kept);
-    return vantu_orvanta_device_open(service.context(), id, 0, 0) == 0 ? id : 0;
+    const std::uint32_t id = kept.size() == 1 ? kept.front() : choose_device(terminal, connection, kept);
+    return vantu_orvanta_device_open(connection.context(), id, 0, 0) == 0 ? id : 0;
 }
 
 } // namespace vantu::orvanta::app

@@ -19,7 +19,7 @@ struct device_id_list {
 };
 
 // The ids of all known devices. No traffic.
-[[nodiscard]] device_id_list list_device_ids(const client& service);
+[[nodiscard]] device_id_list list_device_ids(const client& connection);
 
 struct device_lookup {
     vantu_orvanta_device device; // zeros unless code is 0
@@ -27,10 +27,10 @@ struct device_lookup {
 };
 
 // The stored record of one device. No traffic.
-[[nodiscard]] device_lookup device_report(const client& service, std::uint32_t id);
+[[nodiscard]] device_lookup device_report(const client& connection, std::uint32_t id);
 
 // Opens an Orvanta3, asking the user which when there are several. Returns its id; 0, after a
 // message, when there is none, and without one when the request to open it cannot be sent.
-[[nodiscard]] std::uint32_t find_orvanta3(console& terminal, const client& service);
+[[nodiscard]] std::uint32_t find_orvanta3(console& terminal, const client& connection);
 
 } // namespace vantu::orvanta::app

@@ -1,10 +1,7 @@
-// The main menu and its actions.
-#include "app/main_menu.hpp"
+#include "app/menus.hpp"
 
 #include "app/discovery.hpp"
-#include "app/menus.hpp"
 #include "app/reports.hpp"
-#include "app/settings_menu.hpp"
 
 #include "vantu/orvanta/orvanta.h"
 
@@ -14,6 +11,46 @@ namespace {
 constexpr const char* no_devices_text = "No devices found\n";
 constexpr const char* no_device_connected_text = "No device connected - try using 'Find Orvanta3'\n";
 constexpr std::uint64_t settle_ns = 10000;
+
+void find_device(session& current) {
+    application_state& state = current.state;
+    if (state.device_connected) {
+        check_result(vantu_orvanta_device_close(current.connection.context(), state.current_device_id, 0),
+                     "client.device_close");
+        vantu_orvanta_sleep(settle_ns);
+    }
+    const std::uint32_t id = find_orvanta3(current.terminal, current.connection);
+    state.current_device_id = id;
+    if (id == 0) {
+        current.terminal.print_error("%s", no_devices_text);
+        return;
+    }
+    ask_for_configuration(current.connection, id);
+    vantu_orvanta_sleep(settle_ns);
+    current.terminal.print("Device Info Updated\n");
+    state.device_connected = true;
+}
+
+void show_device_info(session& current) {
+    print_device_report(current.terminal,
+                        device_report(current.connection, current.state.current_device_id).device);
+}
+
+void show_device_configuration(session& current) {
+    const std::uint32_t id = current.state.current_device_id;
+    if (id == 0) {
+        current.terminal.print_error("%s", no_devices_text);
+        return;
+    }
+    const device_lookup found = device_report(current.connection, id);
+    if (found.code != 0) {
+        current.terminal.print_error("%s", no_device_connected_text);
+        return;
+    }
+    print_configuration_report(
+        current.terminal, {current.state.orientation.load(), current.state.gravity_compensation.load(),
+                           current.state.torque_scaling.load(), found.device.detail.orvanta3.handedness});
+}
 
 void act_with_device(session& current, main_choice choice) {
     switch (choice) {
@@ -56,46 +93,11 @@ void run_main_menu(session& current) {
     }
 }
 
-void find_device(session& current) {
-    vantu_orvanta_context* context = current.service.context();
-    application_state& state = current.state;
-    if (state.device_connected) {
-        check_result(vantu_orvanta_device_close(context, state.current_device_id, 0), "client.device_close");
-        vantu_orvanta_sleep(settle_ns);
+void ask_for_configuration(const client& connection, std::uint32_t id) {
+    for (const auto& query : {vantu_orvanta_orientation_get, vantu_orvanta_config_gravity_compensation_get,
+                              vantu_orvanta_config_torque_scaling_get}) {
+        check_request(query(connection.context(), id, 0));
     }
-    const std::uint32_t id = find_orvanta3(current.terminal, current.service);
-    state.current_device_id = id;
-    if (id == 0) {
-        current.terminal.print_error("%s", no_devices_text);
-        return;
-    }
-    check_request(vantu_orvanta_orientation_get(context, id, 0));
-    check_request(vantu_orvanta_config_gravity_compensation_get(context, id, 0));
-    check_request(vantu_orvanta_config_torque_scaling_get(context, id, 0));
-    vantu_orvanta_sleep(settle_ns);
-    current.terminal.print("Device Info Updated\n");
-    state.device_connected = true;
-}
-
-void show_device_info(session& current) {
-    print_device_report(current.terminal,
-                        device_report(current.service, current.state.current_device_id).device);
-}
-
-void show_device_configuration(session& current) {
-    const std::uint32_t id = current.state.current_device_id;
-    if (id == 0) {
-        current.terminal.print_error("%s", no_devices_text);
-        return;
-    }
-    const device_lookup found = device_report(current.service, id);
-    if (found.code != 0) {
-        current.terminal.print_error("%s", no_device_connected_text);
-        return;
-    }
-    print_configuration_report(
-        current.terminal, {current.state.orientation.load(), current.state.gravity_compensation.load(),
-                           current.state.torque_scaling.load(), found.device.detail.orvanta3.handedness});
 }
 
 } // namespace vantu::orvanta::app

@@ -1,5 +1,7 @@
-// The rows of the two menus, and what each stands for.
+// The two menus: their rows and the loops that serve them.
 #pragma once
+
+#include "app/session.hpp"
 
 #include <array>
 #include <cstddef>
@@ -38,5 +40,17 @@ enum class settings_choice : std::uint64_t {
     leave,
 };
 static_assert(static_cast<std::size_t>(settings_choice::leave) + 1 == settings_menu_options.size());
+
+// Serves the main menu until "Exit" is chosen. Throws exception when a request cannot be sent, and the
+// exceptions of the prompts at the end of input.
+void run_main_menu(session& current);
+
+// Serves the menu "Device Settings" until "Return" is chosen or the device is gone. Each setting is a request
+// whose answer is not awaited; throws exception when one cannot be sent.
+void run_settings_menu(session& current);
+
+// Asks the device for the configuration that "Get Device Configuration" shows. The answers are not awaited.
+// Throws exception, without a label, when a request cannot be sent.
+void ask_for_configuration(const client& connection, std::uint32_t id);
 
 } // namespace vantu::orvanta::app

@@ -1,4 +1,3 @@
-// Words to numbers.
 #include "app/parse.hpp"
 
 #include <charconv>

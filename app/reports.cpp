@@ -1,4 +1,3 @@
-// The reports, word for word.
 #include "app/reports.hpp"
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// What every menu works on.
+// The state that every menu works on, and the check of its requests.
 #pragma once
 
 #include "app/console.hpp"
@@ -12,7 +12,7 @@ namespace vantu::orvanta::app {
 
 struct session {
     console& terminal;
-    client& service;
+    client& connection;
     application_state& state;
 };
 

@@ -1,6 +1,3 @@
-// The menu "Device Settings".
-#include "app/settings_menu.hpp"
-
 #include "app/menus.hpp"
 
 #include "vantu/orvanta/orvanta.h"
@@ -15,7 +12,7 @@ constexpr const char* scaling_prompt =
 
 void set_gravity_compensation(session& current, std::uint8_t enabled, float scaling_factor) {
     const vantu_orvanta_config_gravity_compensation value{enabled, scaling_factor};
-    check_request(vantu_orvanta_config_gravity_compensation_set(current.service.context(),
+    check_request(vantu_orvanta_config_gravity_compensation_set(current.connection.context(),
                                                                 current.state.current_device_id, 0, &value));
 }
 
@@ -32,18 +29,18 @@ void change_scaling_factor(session& current) {
 
 void switch_torque_scaling(session& current, std::uint8_t enabled) {
     const vantu_orvanta_config_torque_scaling value{enabled};
-    check_request(vantu_orvanta_config_torque_scaling_set(current.service.context(),
+    check_request(vantu_orvanta_config_torque_scaling_set(current.connection.context(),
                                                           current.state.current_device_id, 0, &value));
 }
 
 void set_handedness(session& current, std::uint8_t handedness) {
-    check_request(vantu_orvanta_config_handedness_set(current.service.context(),
+    check_request(vantu_orvanta_config_handedness_set(current.connection.context(),
                                                       current.state.current_device_id, 0, &handedness));
 }
 
 void save_configuration(session& current) {
     check_request(
-        vantu_orvanta_config_save_request(current.service.context(), current.state.current_device_id, 0));
+        vantu_orvanta_config_save_request(current.connection.context(), current.state.current_device_id, 0));
 }
 
 void apply(session& current, settings_choice choice) {

@@ -1,4 +1,4 @@
-// What the tool knows: the chosen device and the latest event of each kind.
+// The knowledge of the tool: the chosen device and the latest event of each kind.
 #pragma once
 
 #include "app/event_slot.hpp"

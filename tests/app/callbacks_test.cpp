@@ -1,16 +1,24 @@
-// What the tool does when something arrives from the service.
+// The callbacks of the tool.
 #include "app/support/connected_client.hpp"
 #include "app/support/wire.hpp"
 
+#include <atomic>
+#include <chrono>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <mutex>
+#include <thread>
 
 namespace {
 
 using namespace orvanta_test;
 using testing::StrEq;
 using testing::ThrowsMessage;
+using vantu::orvanta::client;
 using vantu::orvanta::app::application_state;
+using vantu::orvanta::app::event_fn;
+using vantu::orvanta::app::event_slot;
 using vantu::orvanta::app::make_callbacks;
 
 class callbacks : public connected_client {};
@@ -117,14 +125,93 @@ TEST_F(callbacks, do_nothing_for_opened_and_closed_devices_and_for_a_goodbye) {
     EXPECT_EQ("", diagnostics.transcript());
 }
 
+// Runs a callback on another thread while this one holds the mutex: it must not be over before the mutex is
+// free. One that does not wait is over well within the time that is watched here.
+void expect_to_wait_for(std::mutex& app_mutex, const std::function<void()>& callback) {
+    std::unique_lock held(app_mutex);
+    std::atomic<bool> is_over{false};
+    std::thread polling([&] {
+        callback();
+        is_over = true;
+    });
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+    while (!is_over && std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(is_over) << "it does not take the mutex";
+    held.unlock();
+    polling.join();
+}
+
+TEST(event_fn, copies_the_whole_record_into_its_slot) {
+    event_slot<vantu_orvanta_orientation> slot;
+    std::mutex app_mutex;
+    client unconnected{{}};
+    event_fn(&slot, app_mutex)(unconnected, 5, {0.25F, -1.0F, 2.0F, 3.5F});
+    const vantu_orvanta_orientation seen = slot.load();
+    EXPECT_EQ(0.25F, float{seen.r});
+    EXPECT_EQ(-1.0F, float{seen.x});
+    EXPECT_EQ(2.0F, float{seen.y});
+    EXPECT_EQ(3.5F, float{seen.z});
+}
+
+TEST(event_fn, keeps_the_second_of_two_events) {
+    event_slot<vantu_orvanta_config_gravity_compensation> slot;
+    std::mutex app_mutex;
+    client unconnected{{}};
+    const auto capture = event_fn(&slot, app_mutex);
+    capture(unconnected, 5, {1, 0.5F});
+    capture(unconnected, 5, {0, 0.75F});
+    EXPECT_EQ(0, slot.load().enabled);
+    EXPECT_EQ(0.75F, float{slot.load().scaling_factor});
+}
+
+TEST(event_fn, takes_events_of_any_device) {
+    event_slot<vantu_orvanta_config_torque_scaling> slot;
+    std::mutex app_mutex;
+    client unconnected{{}};
+    const auto capture = event_fn(&slot, app_mutex);
+    capture(unconnected, 5, {1});
+    capture(unconnected, 6, {3});
+    EXPECT_EQ(3, slot.load().enabled);
+}
+
+TEST(event_fn, waits_for_the_mutex_that_readers_do_not_need) {
+    event_slot<vantu_orvanta_status_power_supply> slot;
+    std::mutex app_mutex;
+    client unconnected{{}};
+    expect_to_wait_for(app_mutex, [&] {
+        EXPECT_EQ(0, slot.load().state);
+        event_fn(&slot, app_mutex)(unconnected, 5, {9});
+    });
+    EXPECT_EQ(9, slot.load().state);
+}
+
+TEST_F(callbacks, for_a_listed_device_waits_for_the_mutex) {
+    connect_with("");
+    state.current_device_id = 5;
+    service.send(datagram(device_added(5, 1, 0x1A2B, 0)));
+    expect_to_wait_for(state.app_mutex, [this] { dispatch_one(); });
+    EXPECT_TRUE(state.device_connected);
+}
+
+TEST_F(callbacks, for_a_removed_device_waits_for_the_mutex) {
+    connect_with("");
+    state.current_device_id = 5;
+    state.device_connected = true;
+    service.send(datagram(" FF 11 0400 00 05000000"));
+    expect_to_wait_for(state.app_mutex, [this] { dispatch_one(); });
+    EXPECT_FALSE(state.device_connected);
+}
+
 TEST(callbacks_of_an_unconnected_client, throw_what_opening_the_device_gives) {
     application_state state;
     recording_console diagnostics;
-    vantu::orvanta::client client{{}};
+    client unconnected{{}};
     const auto config = make_callbacks(state, diagnostics.terminal());
     state.current_device_id = 5;
     EXPECT_THAT(
-        [&] { config.on_device(client, 5, {}); },
+        [&] { config.on_device(unconnected, 5, {}); },
         ThrowsMessage<vantu::orvanta::exception>(StrEq("client.device_open: invalid connection state")));
     EXPECT_TRUE(state.device_connected);
     EXPECT_TRUE(state.app_mutex.try_lock());

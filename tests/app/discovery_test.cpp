@@ -1,4 +1,4 @@
-// Device discovery.
+// The search for a device.
 #include "app/discovery.hpp"
 #include "app/support/connected_client.hpp"
 #include "app/support/wire.hpp"
@@ -87,6 +87,27 @@ TEST_F(discovery, refuses_more_than_sixteen_devices) {
     EXPECT_EQ(0U, find_orvanta3(console.terminal(), client));
     EXPECT_EQ("Error in find_orvanta3: an internal buffer is either full or empty\n", console.errors());
     EXPECT_EQ("", console.output());
+}
+
+// 255 and 256 are the counts that a byte would cut.
+TEST_F(discovery, refuses_255_and_256_devices) {
+    connect_with(orvanta3_devices(1));
+    for (unsigned id = 2; id <= 255; ++id) {
+        service.send(datagram(device_added(id, 1, id, 0)));
+        dispatch_one();
+    }
+    for (const std::string& last :
+         {std::string(), std::string(" FF 10 1800 00 00010000 0100 0100 ") + std::string(32, '0')}) {
+        if (!last.empty()) {
+            service.send(datagram(last));
+            dispatch_one();
+        }
+        recording_console console("0\n");
+        EXPECT_EQ(vantu_orvanta_buffer_full_or_empty, list_device_ids(client).code);
+        EXPECT_EQ(0U, find_orvanta3(console.terminal(), client));
+        EXPECT_EQ("Error in find_orvanta3: an internal buffer is either full or empty\n", console.errors());
+        EXPECT_EQ("", console.output());
+    }
 }
 
 TEST_F(discovery, says_that_there_is_no_device) {

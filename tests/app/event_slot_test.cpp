@@ -1,18 +1,15 @@
-// Event slots and the callbacks that fill them.
-#include "app/event_capture.hpp"
+// Event slots.
 #include "app/event_slot.hpp"
 
 #include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <mutex>
 #include <thread>
 
 namespace {
 
 using namespace vantu::orvanta::app;
-using vantu::orvanta::client;
 
 struct pattern {
     std::uint8_t bytes[250];
@@ -73,59 +70,6 @@ TEST(event_slot, never_shows_parts_of_two_records) {
     writer.join();
     EXPECT_TRUE(whole);
     EXPECT_EQ(200, slot.load().bytes[0]);
-}
-
-TEST(event_fn, copies_the_whole_record_into_its_slot) {
-    event_slot<vantu_orvanta_orientation> slot;
-    std::mutex app_mutex;
-    client service{{}};
-    event_fn(&slot, app_mutex)(service, 5, {0.25F, -1.0F, 2.0F, 3.5F});
-    const vantu_orvanta_orientation seen = slot.load();
-    EXPECT_EQ(0.25F, float{seen.r});
-    EXPECT_EQ(-1.0F, float{seen.x});
-    EXPECT_EQ(2.0F, float{seen.y});
-    EXPECT_EQ(3.5F, float{seen.z});
-}
-
-TEST(event_fn, keeps_the_second_of_two_events) {
-    event_slot<vantu_orvanta_config_gravity_compensation> slot;
-    std::mutex app_mutex;
-    client service{{}};
-    const auto capture = event_fn(&slot, app_mutex);
-    capture(service, 5, {1, 0.5F});
-    capture(service, 5, {0, 0.75F});
-    EXPECT_EQ(0, slot.load().enabled);
-    EXPECT_EQ(0.75F, float{slot.load().scaling_factor});
-}
-
-TEST(event_fn, takes_events_of_any_device) {
-    event_slot<vantu_orvanta_config_torque_scaling> slot;
-    std::mutex app_mutex;
-    client service{{}};
-    const auto capture = event_fn(&slot, app_mutex);
-    capture(service, 5, {1});
-    capture(service, 6, {3});
-    EXPECT_EQ(3, slot.load().enabled);
-}
-
-TEST(event_fn, waits_for_the_mutex_that_readers_do_not_need) {
-    event_slot<vantu_orvanta_status_power_supply> slot;
-    std::mutex app_mutex;
-    client service{{}};
-    const auto capture = event_fn(&slot, app_mutex);
-    std::unique_lock held(app_mutex);
-    std::atomic<bool> entered{false};
-    std::thread polling([&] {
-        entered = true;
-        capture(service, 5, {9});
-    });
-    while (!entered) {
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(0, slot.load().state);
-    held.unlock();
-    polling.join();
-    EXPECT_EQ(9, slot.load().state);
 }
 
 } // namespace

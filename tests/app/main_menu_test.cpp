@@ -1,5 +1,5 @@
 // The main menu and its actions.
-#include "app/main_menu.hpp"
+#include "app/menus.hpp"
 #include "app/support/connected_client.hpp"
 #include "app/support/transcripts.hpp"
 #include "app/support/wire.hpp"
@@ -66,6 +66,27 @@ TEST_F(main_menu_loop, finds_opens_and_asks_the_device) {
     EXPECT_EQ((datagrams{datagram(" FF 12 0600 00 05000000 0000"), datagram(" FF 2F 0400 00 05000000"),
                          datagram(" FF 42 0400 00 05000000"), datagram(" FF 44 0400 00 05000000")}),
               requests(4));
+}
+
+TEST_F(main_menu_loop, takes_the_device_for_connected_after_it_was_asked_and_reported) {
+    connect_with(device_added(5, 1, 0x1A2B, 0));
+    bool was_connected = true;
+    on_output = [&](std::string_view text) {
+        if (text == "Device Info Updated\n") {
+            was_connected = state.device_connected;
+        }
+    };
+    run("0 4");
+    EXPECT_FALSE(was_connected);
+    EXPECT_TRUE(state.device_connected);
+}
+
+TEST_F(main_menu_loop, throws_without_a_label_when_the_device_cannot_be_asked) {
+    for (const std::uint32_t id : {0U, 5U}) {
+        EXPECT_THAT([&] { ask_for_configuration(client, id); },
+                    ThrowsMessage<vantu::orvanta::exception>(
+                        StrEq(id == 0 ? "an invalid argument was provided" : "invalid connection state")));
+    }
 }
 
 TEST_F(main_menu_loop, closes_the_open_device_before_it_looks_again) {

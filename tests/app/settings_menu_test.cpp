@@ -1,5 +1,5 @@
 // The menu "Device Settings".
-#include "app/settings_menu.hpp"
+#include "app/menus.hpp"
 #include "app/support/connected_client.hpp"
 #include "app/support/transcripts.hpp"
 #include "app/support/wire.hpp"

@@ -13,8 +13,11 @@ namespace orvanta_test {
 
 class recording_console {
   public:
-    explicit recording_console(const std::string& input = {});
-    ~recording_console();
+    explicit recording_console(const std::string& input = {}) : input_(input) {}
+    ~recording_console() {
+        close(output_.stream);
+        close(errors_.stream);
+    }
     recording_console(const recording_console&) = delete;
     recording_console& operator=(const recording_console&) = delete;
 
@@ -33,9 +36,15 @@ class recording_console {
         std::string text;
         std::FILE* stream;
 
-        void take(std::string_view piece);
+        void take(std::string_view piece) {
+            text.append(piece);
+            owner->transcript_.append(piece);
+            if (this == &owner->output_ && owner->on_output) {
+                owner->on_output(piece);
+            }
+        }
     };
-    // What reaches the stream is taken by the recorder; one source file a platform.
+    // The recorder takes all that reaches the stream; one source file a platform.
     static std::FILE* stream_into(recorder& target);
     static void close(std::FILE* stream);
 
