@@ -66,20 +66,14 @@ TEST_F(tool_devices, seventeen_are_more_than_it_takes) {
 
 TEST_F(tool_devices, two_are_offered_until_one_of_them_is_chosen) {
     start_with(device_added(5, 1, 0x1A2B, 0) + device_added(6, 1, 0x00FF, 0));
-    tool->program.type("0\n");
-    const std::string offered = tool->program.read_until("\tSelect option: \t");
-    const bool five_first = offered.find("\t0   Orvanta3 1a2b\n") != std::string::npos;
-    EXPECT_EQ(five_first
-                  ? "Found multiple devices\n\t0   Orvanta3 1a2b\n\t1   Orvanta3 ff\n\tSelect option: \t"
-                  : "Found multiple devices\n\t0   Orvanta3 ff\n\t1   Orvanta3 1a2b\n\tSelect option: \t",
-              offered);
+    tool->exchange("0\n",
+                   "Found multiple devices\n\t0   Orvanta3 1a2b\n\t1   Orvanta3 ff\n\tSelect option: \t");
     tool->exchange("2\n", "\tSelect option: \t");
     tool->exchange("h\n", "\tSelect option: \t");
     tool->exchange("3\n", "\t\t Selection out of range, please try again\n"
                           "\t\tInvalid input, please provide an number\n\tSelect option: \t");
     tool->exchange("1\n", "Device Info Updated\n" + main_menu);
-    EXPECT_EQ(datagram(five_first ? " FF 12 0600 00 06000000 0000" : " FF 12 0600 00 05000000 0000"),
-              service.next(18));
+    EXPECT_EQ(datagram(" FF 12 0600 00 06000000 0000"), service.next(18));
     leave();
 }
 

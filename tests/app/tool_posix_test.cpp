@@ -65,8 +65,11 @@ TEST_F(tool_end_on_posix, is_that_of_any_program_whose_output_is_closed) {
     EXPECT_EQ((ending{-1, SIGPIPE}), tool.program.wait());
 }
 
+// A shell has the commands that it runs in the background ignore interrupts; they inherit that.
 TEST_F(tool_end_on_posix, comes_with_an_interrupt_from_the_terminal) {
+    const auto inherited = std::signal(SIGINT, SIG_IGN);
     tool_process tool(attachment::pseudo_terminal);
+    std::signal(SIGINT, inherited);
     tool.exchange("", banner + main_menu);
     tool.program.type("\x03");
     EXPECT_EQ((ending{-1, SIGINT}), tool.program.wait());

@@ -58,7 +58,7 @@ void choose_settings(tool_process& tool, std::initializer_list<const char*> choi
     tool.exchange("8\n", main_menu);
 }
 
-TEST(tool_and_simulator, show_what_was_saved_behind_a_restart_and_not_what_was_only_set) {
+TEST(tool_and_simulator, show_what_was_saved_after_a_restart_and_not_what_was_only_set) {
     const orvanta_tests::scratch_folder folder;
     const std::string state = folder.file("state.json");
     {
@@ -105,15 +105,10 @@ TEST(tool_and_simulator, offer_two_devices_and_open_the_chosen_one) {
     simulator_process service({"--orvanta3", "2"});
     tool_process tool;
     tool.exchange("", banner + main_menu);
-    tool.program.type("0\n");
-    const std::string offered = tool.program.read_until("\tSelect option: \t");
-    const bool in_order = offered.find("\t0   Orvanta3 3001\n") != std::string::npos;
-    EXPECT_EQ(in_order
-                  ? "Found multiple devices\n\t0   Orvanta3 3001\n\t1   Orvanta3 3002\n\tSelect option: \t"
-                  : "Found multiple devices\n\t0   Orvanta3 3002\n\t1   Orvanta3 3001\n\tSelect option: \t",
-              offered);
+    tool.exchange("0\n",
+                  "Found multiple devices\n\t0   Orvanta3 3001\n\t1   Orvanta3 3002\n\tSelect option: \t");
     tool.exchange("1\n", "Device Info Updated\n" + main_menu);
-    tool.exchange("1\n", report_of(in_order ? "2" : "1"));
+    tool.exchange("1\n", report_of("2"));
     leave(tool);
 }
 

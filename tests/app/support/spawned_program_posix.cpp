@@ -41,15 +41,15 @@ void close_if_open(int& descriptor) {
     }
 }
 
-// Programs under test may abort: no core files. They get the default SIGPIPE, which this process
-// ignores so that typing to one that has ended is no end of the test.
+// Programs under test may abort: no core files. This process ignores SIGPIPE, so that typing to one that has
+// ended is no end of the test.
 void prepare_for_children() {
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-// What a child does before it runs its program.
+// The steps of a child before it runs its program.
 class spawn_plan {
   public:
     spawn_plan() {
@@ -57,7 +57,10 @@ class spawn_plan {
         posix_spawnattr_init(&attributes_);
         sigset_t defaults;
         sigemptyset(&defaults);
-        sigaddset(&defaults, SIGPIPE);
+        // Ignored by this process, or by the one that started the tests: a child would inherit that.
+        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE}) {
+            sigaddset(&defaults, signal);
+        }
         posix_spawnattr_setsigdefault(&attributes_, &defaults);
     }
     ~spawn_plan() {
