@@ -1,10 +1,12 @@
 // Dispatch: each of the 24 callbacks gets its events, whole, and no others.
 #include "support/client_session.hpp"
+#include "vantu/orvanta/communication/operations.hpp"
 
-#include <array>
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <vector>
 
@@ -72,19 +74,43 @@ struct expected_call {
     unsigned member;
     std::uint32_t event_type;
     unsigned device_id;
-    std::size_t record_size;
+    bytes record; // for a payload of 0x11, 0x12 and so on
 };
 
-constexpr std::array expected_calls{
-    expected_call{1, 1, 5, 0},      expected_call{2, 2, 0, 0},    expected_call{4, 17, 5, 0},
-    expected_call{5, 18, 5, 0},     expected_call{6, 19, 5, 0},   expected_call{7, 20, 5, 9},
-    expected_call{8, 21, 5, 8},     expected_call{9, 32, 5, 16},  expected_call{10, 48, 5, 24},
-    expected_call{11, 49, 5, 24},   expected_call{12, 50, 5, 26}, expected_call{13, 51, 5, 16},
-    expected_call{14, 64, 5, 1},    expected_call{15, 65, 5, 5},  expected_call{16, 66, 5, 1},
-    expected_call{17, 67, 5, 1},    expected_call{18, 80, 5, 12}, expected_call{19, 81, 5, 1},
-    expected_call{20, 96, 0, 12},   expected_call{21, 97, 5, 48}, expected_call{22, 112, 5, 128},
-    expected_call{23, 113, 5, 301}, expected_call{24, 255, 5, 4},
-};
+// A description at offset 8, the rest zero.
+const bytes listed_device = join({filled(8, 0), counting(0x11, 20), filled(50, 0)});
+
+// clang-format off
+const std::vector<expected_call>& expected_calls() {
+    static const std::vector<expected_call> all{
+        {1, vantu_orvanta_event_ack, 5, {}},
+        {2, vantu_orvanta_event_disconnected, 0, {}},
+        {3, vantu_orvanta_event_device_added, 5, listed_device},
+        {4, vantu_orvanta_event_device_removed, 5, {}},
+        {5, vantu_orvanta_event_device_opened, 5, {}},
+        {6, vantu_orvanta_event_device_closed, 5, {}},
+        {7, vantu_orvanta_event_orvanta3_info, 5, counting(0x11, 9)},
+        {8, vantu_orvanta_event_palmetron_info, 5, counting(0x11, 8)},
+        {9, vantu_orvanta_event_device_block, 5, counting(0x11, 16)},
+        {10, vantu_orvanta_event_cursor_state, 5, counting(0x11, 24)},
+        {11, vantu_orvanta_event_cursor_state_b, 5, counting(0x11, 24)},
+        {12, vantu_orvanta_event_palmetron_state, 5, counting(0x11, 26)},
+        {13, vantu_orvanta_event_orientation, 5, counting(0x11, 16)},
+        {14, vantu_orvanta_event_config_save, 5, counting(0x11, 1)},
+        {15, vantu_orvanta_event_config_gravity_compensation, 5, counting(0x11, 5)},
+        {16, vantu_orvanta_event_config_torque_scaling, 5, counting(0x11, 1)},
+        {17, vantu_orvanta_event_config_handedness, 5, counting(0x11, 1)},
+        {18, vantu_orvanta_event_status_motor_current, 5, counting(0x11, 12)},
+        {19, vantu_orvanta_event_status_power_supply, 5, counting(0x11, 1)},
+        {20, vantu_orvanta_event_service_stream_a, 0, counting(0x11, 12)},
+        {21, vantu_orvanta_event_service_stream_b, 5, counting(0x11, 48)},
+        {22, vantu_orvanta_event_table_block_128, 5, counting(0x11, 128)},
+        {23, vantu_orvanta_event_table_block_301, 5, counting(0x11, 301)},
+        {24, vantu_orvanta_event_error, 5, counting(0x11, 4)},
+    };
+    return all;
+}
+// clang-format on
 
 vantu_orvanta_event full_event(std::uint32_t type, std::uint8_t tag) {
     return make_event(type, tag, counting(0x11, 301));
@@ -94,28 +120,41 @@ TEST(dispatch, calls_the_callback_of_each_event_once_with_its_record) {
     for (const std::uint8_t tag : {std::uint8_t{0}, std::uint8_t{9}}) {
         call_log log;
         client subject(log.config());
-        for (const expected_call& expected : expected_calls) {
+        for (const expected_call& expected : expected_calls()) {
             EXPECT_TRUE(subject.dispatch(full_event(expected.event_type, tag)));
-            EXPECT_EQ(log.calls, (std::vector<call>{{expected.member, expected.device_id,
-                                                     hex(counting(0x11, expected.record_size))}}))
+            EXPECT_EQ(log.calls,
+                      (std::vector<call>{{expected.member, expected.device_id, hex(expected.record)}}))
                 << "event " << expected.event_type;
             log.calls.clear();
         }
     }
 }
 
-TEST(dispatch, hands_on_device_a_zeroed_record_with_the_description_at_offset_8) {
-    call_log log;
-    client subject(log.config());
-    EXPECT_TRUE(subject.dispatch(full_event(16, 0)));
-    EXPECT_EQ(log.calls,
-              (std::vector<call>{{3, 5, hex(join({filled(8, 0), counting(0x11, 20), filled(50, 0)}))}}));
+TEST(dispatch, is_held_to_every_event_of_the_wire) {
+    for (const auto& row : vantu::orvanta::communication::operations) {
+        const auto is_expected = [&](const expected_call& expected) {
+            return expected.event_type == row.event_type;
+        };
+        EXPECT_TRUE(row.event_type == vantu_orvanta_event_none ||
+                    std::any_of(expected_calls().begin(), expected_calls().end(), is_expected))
+            << "expected_calls has no row for the event of " << row.name;
+    }
+}
+
+// Each callback is a std::function, and the tests above name each once.
+TEST(dispatch, is_held_to_every_callback) {
+    std::set<unsigned> members;
+    for (const expected_call& expected : expected_calls()) {
+        members.insert(expected.member);
+    }
+    constexpr std::size_t callbacks = sizeof(client::config) / sizeof(client::signal_callback);
+    EXPECT_EQ(members.size(), callbacks) << "expected_calls lacks a callback";
 }
 
 TEST(dispatch, returns_false_for_an_empty_event_only) {
     call_log log;
     client subject(log.config());
-    EXPECT_FALSE(subject.dispatch(make_event(0, 9)));
+    EXPECT_FALSE(subject.dispatch(make_event(vantu_orvanta_event_none, 9)));
     EXPECT_THAT(log.calls, ElementsAre());
 }
 
@@ -131,8 +170,7 @@ TEST(dispatch, returns_true_for_types_it_does_not_know_and_calls_nothing) {
 
 TEST(dispatch, returns_true_for_events_that_nobody_wants) {
     client subject({});
-    EXPECT_TRUE(subject.dispatch(full_event(16, 0)));
-    for (const expected_call& expected : expected_calls) {
+    for (const expected_call& expected : expected_calls()) {
         EXPECT_TRUE(subject.dispatch(full_event(expected.event_type, 0)));
         EXPECT_TRUE(subject.dispatch(full_event(expected.event_type, 9)));
     }
@@ -144,10 +182,10 @@ TEST(dispatch, hands_callbacks_the_client_itself) {
     config.on_disconnected = [&](client& from) { seen = &from; };
     config.on_ack = [&](client& from, unsigned) { seen = &from; };
     client subject(std::move(config));
-    subject.dispatch(make_event(2));
+    subject.dispatch(make_event(vantu_orvanta_event_disconnected));
     EXPECT_EQ(seen, &subject);
     seen = nullptr;
-    subject.dispatch(make_event(1, 3));
+    subject.dispatch(make_event(vantu_orvanta_event_ack, 3));
     EXPECT_EQ(seen, &subject);
 }
 
@@ -160,8 +198,8 @@ TEST(dispatch, lets_out_what_a_callback_throws_and_works_afterwards) {
         }
     };
     client subject(std::move(config));
-    EXPECT_THROW(subject.dispatch(make_event(64)), std::runtime_error);
-    EXPECT_TRUE(subject.dispatch(make_event(64)));
+    EXPECT_THROW(subject.dispatch(make_event(vantu_orvanta_event_config_save)), std::runtime_error);
+    EXPECT_TRUE(subject.dispatch(make_event(vantu_orvanta_event_config_save)));
     EXPECT_EQ(calls, 2);
 }
 
@@ -170,19 +208,19 @@ TEST(dispatch, lets_a_callback_dispatch_another_event) {
     std::vector<int> order;
     config.on_config_save = [&](client& from, unsigned, const auto&) {
         order.push_back(1);
-        from.dispatch(make_event(81));
+        from.dispatch(make_event(vantu_orvanta_event_status_power_supply));
         order.push_back(3);
     };
     config.on_status_power_supply = [&](client&, unsigned, const auto&) { order.push_back(2); };
     client subject(std::move(config));
-    EXPECT_TRUE(subject.dispatch(make_event(64)));
+    EXPECT_TRUE(subject.dispatch(make_event(vantu_orvanta_event_config_save)));
     EXPECT_THAT(order, ElementsAre(1, 2, 3));
 }
 
 TEST(dispatch_event, dispatches_to_the_client_it_is_given) {
     call_log log;
     client subject(log.config());
-    const vantu_orvanta_event event = full_event(81, 0);
+    const vantu_orvanta_event event = full_event(vantu_orvanta_event_status_power_supply, 0);
     client::dispatch_event(&subject, &event);
     EXPECT_EQ(log.calls, (std::vector<call>{{19, 5, "11"}}));
 }
@@ -201,7 +239,7 @@ TEST(a_client, owns_its_callbacks_until_it_is_destroyed) {
 TEST(a_client, has_a_context_that_is_not_connected) {
     const client subject({});
     ASSERT_NE(subject.context(), nullptr);
-    EXPECT_EQ(poll_once(subject.context()).code, 3);
+    EXPECT_EQ(poll_once(subject.context()).code, vantu_orvanta_invalid_connection_state);
 }
 
 TEST(a_client, says_goodbye_when_it_is_destroyed) {

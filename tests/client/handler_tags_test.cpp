@@ -51,15 +51,16 @@ TEST_F(handler_tags, are_255_different_ones_and_then_the_request_is_refused_with
     const auto used = tags(255);
     EXPECT_EQ(std::set<std::uint8_t>(used.begin(), used.end()).size(), 255U);
     EXPECT_EQ(std::set<std::uint8_t>(used.begin(), used.end()).count(0), 0U);
-    EXPECT_EQ(send(), 11);
-    EXPECT_EQ(session.client().device_open(5, 0, {}), 11);
-    EXPECT_EQ(session.client().device_open(0, 0, {}), 11) << "no tag, no look at the arguments";
+    EXPECT_EQ(send(), vantu_orvanta_request_queue_full);
+    EXPECT_EQ(session.client().device_open(5, 0, {}), vantu_orvanta_request_queue_full);
+    EXPECT_EQ(session.client().device_open(0, 0, {}), vantu_orvanta_request_queue_full)
+        << "no tag, no look at the arguments";
     ASSERT_EQ(vantu_orvanta_config_save_request(session.client().context(), 5, 0), 0);
     EXPECT_EQ(tags(256).size(), 256U) << "only the request of the flat API came";
     EXPECT_EQ(tags(256).at(255), 0);
     EXPECT_EQ(calls, 0);
     for (const std::uint8_t tag : used) {
-        session.client().dispatch(make_event(64, tag));
+        session.client().dispatch(make_event(vantu_orvanta_event_config_save, tag));
     }
     EXPECT_EQ(calls, 255);
     EXPECT_EQ(send(), 0);
@@ -69,7 +70,8 @@ TEST_F(handler_tags, are_given_back_by_each_way_to_end) {
     for (std::size_t i = 0; i < 900; ++i) {
         ASSERT_EQ(send(), 0);
         const std::uint8_t tag = tags(i + 1).at(i);
-        constexpr std::uint32_t ends[]{64, 1, 255};
+        constexpr std::uint32_t ends[]{vantu_orvanta_event_config_save, vantu_orvanta_event_ack,
+                                       vantu_orvanta_event_error};
         session.client().dispatch(make_event(ends[i % 3], tag));
     }
     EXPECT_EQ(calls, 900);
@@ -77,7 +79,7 @@ TEST_F(handler_tags, are_given_back_by_each_way_to_end) {
 
 TEST_F(handler_tags, are_not_used_up_by_requests_that_fail) {
     for (int i = 0; i < 600; ++i) {
-        ASSERT_EQ(session.client().config_save(0, {}), 2);
+        ASSERT_EQ(session.client().config_save(0, {}), vantu_orvanta_invalid_argument);
     }
     EXPECT_EQ(send(), 0);
     EXPECT_EQ(tags(1).size(), 1U);
@@ -93,12 +95,12 @@ TEST_F(handler_tags, let_the_handler_that_frees_the_last_one_send_again) {
         session.client().config_save(
             5, [&](client& from, const auto&) { again = from.config_save(5, [](client&, const auto&) {}); }),
         0);
-    ASSERT_EQ(send(), 11);
+    ASSERT_EQ(send(), vantu_orvanta_request_queue_full);
     const std::uint8_t last = tags(255).at(254);
-    session.client().dispatch(make_event(64, last));
+    session.client().dispatch(make_event(vantu_orvanta_event_config_save, last));
     EXPECT_EQ(again, 0);
     EXPECT_EQ(tags(256).at(255), last) << "the only free tag";
-    EXPECT_EQ(send(), 11);
+    EXPECT_EQ(send(), vantu_orvanta_request_queue_full);
 }
 
 TEST_F(handler_tags, are_all_free_again_after_the_goodbye_of_the_service) {
@@ -108,7 +110,7 @@ TEST_F(handler_tags, are_all_free_again_after_the_goodbye_of_the_service) {
     }
     session.receive(op(6, 0));
     EXPECT_EQ(calls, 255);
-    EXPECT_EQ(send(), 3);
+    EXPECT_EQ(send(), vantu_orvanta_invalid_connection_state);
 }
 
 TEST(handlers_on_threads, are_called_exactly_once_while_others_send_and_the_polling_thread_dispatches) {
@@ -131,10 +133,10 @@ TEST(handlers_on_threads, are_called_exactly_once_while_others_send_and_the_poll
                     ++own;
                 };
                 // The system may have no room while another thread sends.
-                std::int32_t code = 254;
+                std::int32_t code = vantu_orvanta_os_socket_error;
                 ASSERT_TRUE(wait_until([&] {
                     code = session.client().config_save(5, count_the_answer);
-                    return code != 254;
+                    return code != vantu_orvanta_os_socket_error;
                 }));
                 ASSERT_EQ(code, 0);
                 ASSERT_TRUE(wait_until([&] { return own.load() == 1; }));

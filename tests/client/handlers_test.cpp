@@ -1,6 +1,8 @@
 // Requests with a one-shot handler: each ends exactly once, with its reply, an acknowledgement or an error.
 #include "support/client_session.hpp"
+#include "vantu/orvanta/communication/operations.hpp"
 
+#include <algorithm>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,7 +18,7 @@ using vantu::orvanta::client;
 using vantu::orvanta::outcome;
 using vantu::orvanta::reply;
 
-// What handlers and default callbacks were given.
+// The arguments of handlers and default callbacks, as lines of text.
 struct notes {
     std::vector<std::string> lines;
 
@@ -177,18 +179,18 @@ TEST_P(a_handled_request, is_not_ended_by_its_own_reply_under_another_tag) {
 }
 
 TEST_P(a_handled_request, returns_2_for_device_0_and_enters_nothing) {
-    EXPECT_EQ(GetParam().send(session.client(), 0, noted), 2);
+    EXPECT_EQ(GetParam().send(session.client(), 0, noted), vantu_orvanta_invalid_argument);
     for (int tag = 0; tag < 256; ++tag) {
-        session.client().dispatch(make_event(1, static_cast<std::uint8_t>(tag)));
+        session.client().dispatch(make_event(vantu_orvanta_event_ack, static_cast<std::uint8_t>(tag)));
     }
     EXPECT_EQ(std::count(noted.lines.begin(), noted.lines.end(), "default ack"), 256);
 }
 
 TEST_P(a_handled_request, returns_3_without_a_connection_and_enters_nothing) {
     client unconnected(noted.config());
-    EXPECT_EQ(GetParam().send(unconnected, 5, noted), 3);
+    EXPECT_EQ(GetParam().send(unconnected, 5, noted), vantu_orvanta_invalid_connection_state);
     for (int tag = 0; tag < 256; ++tag) {
-        unconnected.dispatch(make_event(1, static_cast<std::uint8_t>(tag)));
+        unconnected.dispatch(make_event(vantu_orvanta_event_ack, static_cast<std::uint8_t>(tag)));
     }
     EXPECT_EQ(std::count(noted.lines.begin(), noted.lines.end(), "default ack"), 256);
     EXPECT_EQ(noted.lines.size(), 256U);
@@ -196,6 +198,22 @@ TEST_P(a_handled_request, returns_3_without_a_connection_and_enters_nothing) {
 
 INSTANTIATE_TEST_SUITE_P(each, a_handled_request, testing::ValuesIn(handled_requests()),
                          [](const auto& row) { return row.param.name; });
+
+TEST(requests_with_a_handler, are_all_that_the_service_answers) {
+    using namespace vantu::orvanta::communication;
+    for (const operation& row : operations) {
+        const bool opens_or_ends_a_connection =
+            row.code == op_code::connect || row.code == op_code::disconnect;
+        if (row.answered_by == op_code::none || opens_or_ends_a_connection) {
+            continue;
+        }
+        const auto is_row = [&](const handled_request& request) {
+            return request.code == row.code && request.reply_code == row.answered_by;
+        };
+        EXPECT_EQ(std::count_if(handled_requests().begin(), handled_requests().end(), is_row), 1)
+            << "class client or handled_requests lacks the request " << row.name;
+    }
+}
 
 class handlers : public testing::Test {
   protected:
@@ -248,8 +266,8 @@ TEST_F(handlers, may_send_the_next_request) {
 
 TEST_F(handlers, are_done_with_even_when_they_throw) {
     const std::uint8_t tag = save([](client&, const auto&) { throw std::runtime_error("from the handler"); });
-    EXPECT_THROW(session.client().dispatch(make_event(1, tag)), std::runtime_error);
-    EXPECT_TRUE(session.client().dispatch(make_event(1, tag)));
+    EXPECT_THROW(session.client().dispatch(make_event(vantu_orvanta_event_ack, tag)), std::runtime_error);
+    EXPECT_TRUE(session.client().dispatch(make_event(vantu_orvanta_event_ack, tag)));
     EXPECT_THAT(noted.lines, ElementsAre("default ack"));
 }
 
@@ -278,7 +296,7 @@ TEST_F(handlers, all_fail_with_8_before_the_goodbye_of_the_service_is_announced)
     session.service().await_script();
     session.receive(op(6, 0));
     EXPECT_THAT(noted.lines, ElementsAre("failed 8", "failed 8", "failed 8", "disconnected"));
-    session.client().dispatch(make_event(2));
+    session.client().dispatch(make_event(vantu_orvanta_event_disconnected));
     EXPECT_EQ(noted.lines.size(), 5U) << "only the announcement comes a second time";
 }
 
@@ -286,7 +304,7 @@ TEST_F(handlers, cannot_send_while_the_goodbye_ends_them) {
     std::int32_t code = -1;
     static_cast<void>(save([&](client& from, const auto&) { code = from.config_save(5, noted.noting()); }));
     session.receive(op(6, 0));
-    EXPECT_EQ(code, 3);
+    EXPECT_EQ(code, vantu_orvanta_invalid_connection_state);
     EXPECT_THAT(noted.lines, ElementsAre("disconnected"));
 }
 
