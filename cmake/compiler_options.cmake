@@ -38,6 +38,15 @@ if(ORVANTA_SANITIZE)
   add_link_options(-fsanitize=${sanitizers})
 endif()
 
+if(ORVANTA_COVERAGE)
+  # The counters lie in the profile's file itself, so that a process counts which ends by abort or by a signal.
+  set(CMAKE_C_FLAGS_RELWITHDEBINFO "-O1")
+  set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1")
+  add_compile_options(-fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%m%c.profraw -fcoverage-mapping
+    "SHELL:-mllvm -runtime-counter-relocation")
+  add_link_options(-fprofile-instr-generate)
+endif()
+
 if("address" IN_LIST ORVANTA_SANITIZE)
   target_sources(orvanta_options INTERFACE
     $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${PROJECT_SOURCE_DIR}/tests/support/sanitizer_options.cpp>)
