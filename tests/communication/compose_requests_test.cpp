@@ -3,6 +3,10 @@
 #include "vantu/orvanta/common/text_field.hpp"
 
 #include <gtest/gtest.h>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace orvanta_tests {
 namespace {
@@ -13,77 +17,80 @@ using vantu::orvanta::byte_buffer;
 using vantu::orvanta::constants::mode_write;
 
 template <std::uint8_t code> using request = proto::body<code, direction::to_service>;
-template <std::uint8_t code> bytes composed_request(std::uint8_t tag, const request<code>& body) {
-    return composed<code, direction::to_service>(tag, body);
+
+struct composed_row {
+    std::uint8_t code;
+    std::string name;
+    bytes composed;
+    bytes expected;
+};
+
+template <std::uint8_t code>
+composed_row row(const std::string& name, std::uint8_t tag, const request<code>& body, bytes expected) {
+    return {code, name, composed<code, direction::to_service>(tag, body), std::move(expected)};
 }
 
-TEST(request_bytes, of_keep_alive) {
-    EXPECT_EQ(composed_request<1>(0, {}), (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 1, 0, 0, 0}));
-}
-
-TEST(request_bytes, of_connect) {
+request<3> connect_of_the_tool() {
     request<3> body{0x0102, 0x0304, 0x0000000077359400, 0x01020304, {}, {}};
     assign_text(body.client_name, "tool");
     assign_text(body.version_text, "2.0.0|2.0.0");
-    EXPECT_EQ(composed_request<3>(0, body), join({{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 3, 112, 0, 0},
-                                                  {0x02, 0x01, 0x04, 0x03},
-                                                  {0x00, 0x94, 0x35, 0x77, 0x00, 0x00, 0x00, 0x00},
-                                                  {0x04, 0x03, 0x02, 0x01},
-                                                  {'t', 'o', 'o', 'l'},
-                                                  bytes(28, 0),
-                                                  {'2', '.', '0', '.', '0', '|', '2', '.', '0', '.', '0'},
-                                                  bytes(53, 0)}));
+    return body;
 }
 
-TEST(request_bytes, of_disconnect) {
-    EXPECT_EQ(composed_request<5>(0, {}), (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 5, 0, 0, 0}));
+const std::vector<composed_row>& rows() {
+    static const std::vector<composed_row> all{
+        row<1>("keep_alive", 0, {}, {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 1, 0, 0, 0}),
+        row<3>("connect", 0, connect_of_the_tool(),
+               join({{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 3, 112, 0, 0},
+                     {0x02, 0x01, 0x04, 0x03},
+                     {0x00, 0x94, 0x35, 0x77, 0x00, 0x00, 0x00, 0x00},
+                     {0x04, 0x03, 0x02, 0x01},
+                     {'t', 'o', 'o', 'l'},
+                     bytes(28, 0),
+                     {'2', '.', '0', '.', '0', '|', '2', '.', '0', '.', '0'},
+                     bytes(53, 0)})),
+        row<5>("disconnect", 0, {}, {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 5, 0, 0, 0}),
+        row<18>("device_open", 9, {0x01020304, {0x0A0B}},
+                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 18, 6, 0, 9, 4, 3, 2, 1, 0x0B, 0x0A}),
+        row<20>("device_close", 255, {0x01020304},
+                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 20, 4, 0, 255, 4, 3, 2, 1}),
+        row<47>("orientation_get", 1, {0xFFFFFFFE},
+                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 47, 4, 0, 1, 0xFE, 0xFF, 0xFF, 0xFF}),
+        row<64>("config_save", 2, {7}, {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 64, 4, 0, 2, 7, 0, 0, 0}),
+        row<66>("config_gravity_compensation_get", 3, {7},
+                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 66, 4, 0, 3, 7, 0, 0, 0}),
+        // 0.75 is 0x3F400000.
+        row<67>(
+            "config_gravity_compensation_set", 0, {7, {1, 0.75F}},
+            {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 67, 9, 0, 0, 7, 0, 0, 0, 1, 0x00, 0x00, 0x40, 0x3F}),
+        row<68>("config_torque_scaling_get", 4, {7},
+                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 68, 4, 0, 4, 7, 0, 0, 0}),
+        row<69>("config_torque_scaling_set", 5, {7, {1}},
+                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 69, 5, 0, 5, 7, 0, 0, 0, 1}),
+        row<71>("config_handedness_set", 6, {7, {2}},
+                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 71, 5, 0, 6, 7, 0, 0, 0, 2}),
+    };
+    return all;
 }
 
-TEST(request_bytes, of_device_open) {
-    EXPECT_EQ(composed_request<18>(9, {0x01020304, {0x0A0B}}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 18, 6, 0, 9, 4, 3, 2, 1, 0x0B, 0x0A}));
+class request_bytes_of : public testing::TestWithParam<composed_row> {};
+
+TEST_P(request_bytes_of, are_those_of_the_protocol) {
+    EXPECT_EQ(GetParam().composed, GetParam().expected);
 }
 
-TEST(request_bytes, of_device_close) {
-    EXPECT_EQ(composed_request<20>(255, {0x01020304}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 20, 4, 0, 255, 4, 3, 2, 1}));
-}
+INSTANTIATE_TEST_SUITE_P(each, request_bytes_of, testing::ValuesIn(rows()),
+                         [](const auto& row) { return row.param.name; });
 
-TEST(request_bytes, of_orientation_get) {
-    EXPECT_EQ(composed_request<47>(1, {0xFFFFFFFE}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 47, 4, 0, 1, 0xFE, 0xFF, 0xFF, 0xFF}));
-}
-
-TEST(request_bytes, of_config_save) {
-    EXPECT_EQ(composed_request<64>(2, {7}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 64, 4, 0, 2, 7, 0, 0, 0}));
-}
-
-TEST(request_bytes, of_config_gravity_compensation_get) {
-    EXPECT_EQ(composed_request<66>(3, {7}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 66, 4, 0, 3, 7, 0, 0, 0}));
-}
-
-TEST(request_bytes, of_config_gravity_compensation_set) {
-    // 0.75 is 0x3F400000.
-    EXPECT_EQ(composed_request<67>(0, {7, {1, 0.75F}}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 67,   9,    0,
-                     0,    7,    0,    0,    0,    1,    0x00, 0x00, 0x40, 0x3F}));
-}
-
-TEST(request_bytes, of_config_torque_scaling_get) {
-    EXPECT_EQ(composed_request<68>(4, {7}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 68, 4, 0, 4, 7, 0, 0, 0}));
-}
-
-TEST(request_bytes, of_config_torque_scaling_set) {
-    EXPECT_EQ(composed_request<69>(5, {7, {1}}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 69, 5, 0, 5, 7, 0, 0, 0, 1}));
-}
-
-TEST(request_bytes, of_config_handedness_set) {
-    EXPECT_EQ(composed_request<71>(6, {7, {2}}),
-              (bytes{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 71, 5, 0, 6, 7, 0, 0, 0, 2}));
+TEST(request_bytes, have_a_row_for_every_operation_to_the_service) {
+    std::set<int> covered;
+    for (const composed_row& row : rows()) {
+        covered.insert(row.code);
+    }
+    for (const operation& operation : operations) {
+        EXPECT_TRUE(operation.way == direction::to_client || covered.count(operation.code) == 1)
+            << "rows() has no row for " << operation.name;
+    }
 }
 
 TEST(request_bytes, of_two_operations_share_one_header) {

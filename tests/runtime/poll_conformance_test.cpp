@@ -16,75 +16,23 @@ using namespace orvanta_tests;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct received_operation {
-    std::uint8_t code;
-    std::string name;
-    bytes body;
-    std::uint32_t event_type;
-    bool copies_tag;
-    bytes event_device; // 4 bytes
-    bytes payload;      // the bytes that are not zero by rule
-    bytes listing;      // operations that have to come first
-};
+TEST(poll_conformance, covers_every_operation_that_the_client_receives) {
+    std::set<int> covered;
+    for (const received_operation& row : received_operations()) {
+        EXPECT_TRUE(covered.insert(row.code).second) << row.name << " has two rows";
+    }
+    using vantu::orvanta::communication::direction;
+    for (const auto& operation : vantu::orvanta::communication::operations) {
+        const bool received =
+            operation.way == direction::to_client && operation.event_type != vantu_orvanta_event_none;
+        EXPECT_TRUE(!received || covered.erase(operation.code) == 1)
+            << "received_operations() in tests/support/service_operations.cpp has no row for "
+            << operation.name;
+    }
+    EXPECT_TRUE(covered.empty()) << "the client receives no operation " << *covered.begin();
+}
 
 const bytes id{0xD4, 0xC3, 0xB2, 0xA1};
-const bytes no_id{0, 0, 0, 0};
-
-bytes with_id(const bytes& rest) {
-    return join({id, rest});
-}
-
-const bytes listed_orvanta3 = device_listed(0xA1B2C3D4, 1);
-const bytes listed_palmetron = device_listed(0xA1B2C3D4, 2);
-const bytes quaternion{0x00, 0x00, 0x80, 0x3F, 0x00, 0x00, 0x00, 0x3F,
-                       0x00, 0x00, 0x80, 0xBE, 0x00, 0x00, 0x00, 0x40}; // 1, 0.5, -0.25, 2
-const bytes currents{0x00, 0x00, 0x80, 0x3F, 0x00, 0x00, 0x00, 0x40, 0x00, 0x00, 0x40, 0x40}; // 1, 2, 3
-const bytes grip_state = join({{0x5A}, counting(0x10, 16), {3, 0xE1, 0xE2, 0xE3}});
-
-const std::vector<received_operation>& table() {
-    static const std::vector<received_operation> rows{
-        {2, "ack", {}, 1, true, no_id, {}, {}},
-        {6, "disconnected", {}, 2, false, no_id, {}, {}},
-        {16, "device_added", with_id(counting(0x01, 20)), 16, false, id, counting(0x01, 20), {}},
-        {17, "device_removed", id, 17, false, id, {}, {}},
-        {19, "device_opened", id, 18, true, id, {}, {}},
-        {21, "device_closed", id, 19, true, id, {}, {}},
-        {22, "device_block_reply", with_id(counting(0x20, 16)), 32, true, id, counting(0x20, 16), {}},
-        {23, "device_info_orvanta3", with_id(join({counting(0x30, 8), {2}})), 20, false, id,
-         join({counting(0x30, 8), {2}}), listed_orvanta3},
-        {24, "device_info_palmetron", with_id(counting(0x30, 8)), 21, false, id, counting(0x30, 8),
-         listed_palmetron},
-        {33, "cursor_state", with_id(counting(0x40, 24)), 48, false, id, counting(0x40, 24), {}},
-        {37, "cursor_state_b", with_id(counting(0x50, 24)), 49, false, id, counting(0x50, 24), {}},
-        {40, "palmetron_state", with_id(grip_state), 50, false, id, grip_state, {}},
-        {47, "orientation_get", with_id(quaternion), 51, true, id, quaternion, {}},
-        {64, "config_save", with_id({1}), 64, true, id, {1}, {}},
-        {66, "config_gravity_compensation_get", with_id(gravity_bytes), 65, true, id, gravity_bytes, {}},
-        {68, "config_torque_scaling_get", with_id({1}), 66, true, id, {1}, {}},
-        {70, "config_handedness", with_id({2}), 67, true, id, {2}, {}},
-        {80, "status_motor_current", with_id(currents), 80, true, id, currents, {}},
-        {81, "status_power_supply", with_id({3}), 81, true, id, {3}, {}},
-        {96, "table_block_128", counting(0x01, 128), 112, true, no_id, counting(0x01, 128), {}},
-        {97, "table_block_301", counting(0x01, 301), 113, true, no_id, counting(0x01, 301), {}},
-        {224, "service_stream_a", counting(0x60, 12), 96, false, no_id, counting(0x60, 12), {}},
-        {225, "service_stream_b", with_id(counting(0x70, 48)), 97, false, id, counting(0x70, 48), {}},
-        {240, "service_error", with_id({0xB1}), 255, true, id, {0xB1, 0, 0, 0}, {}},
-    };
-    return rows;
-}
-
-TEST(poll_conformance, covers_every_operation_that_yields_an_event) {
-    std::set<int> codes;
-    for (const received_operation& row : table()) {
-        codes.insert(row.code);
-    }
-    for (const auto& operation : vantu::orvanta::communication::operations) {
-        if (operation.event_type != 0) {
-            EXPECT_EQ(codes.count(operation.code), 1U) << operation.name;
-        }
-    }
-    EXPECT_EQ(codes.size(), 24U);
-}
 
 class received : public testing::TestWithParam<received_operation> {
   protected:
@@ -95,23 +43,10 @@ class received : public testing::TestWithParam<received_operation> {
         }
     }
 
-    [[nodiscard]] static std::string expected_event(std::uint8_t tag) {
-        const received_operation& row = GetParam();
-        if (row.code == 2 && tag == 0) {
-            return hex(filled(310, 0));
-        }
-        const std::uint8_t event_tag = row.copies_tag ? tag : std::uint8_t{0};
-        return hex(join({u32(row.event_type),
-                         row.event_device,
-                         {event_tag},
-                         row.payload,
-                         filled(301 - row.payload.size(), 0)}));
-    }
-
     void expect_event(std::uint8_t tag) {
         const polled result = poll_once(session.context);
         EXPECT_EQ(result.code, 0);
-        EXPECT_EQ(hex(bytes_of(result.event)), expected_event(tag));
+        EXPECT_EQ(hex(bytes_of(result.event)), hex(GetParam().event(tag)));
     }
 
     void expect_nothing_more() {
@@ -177,7 +112,7 @@ TEST_P(received, takes_5_spare_bytes_for_the_next_operation) {
 
 TEST_P(received, lets_the_operation_behind_it_through) {
     list_device();
-    session.service.push(datagram({op(GetParam().code, 255, GetParam().body), op(81, 9, with_id({7}))}));
+    session.service.push(datagram({op(GetParam().code, 255, GetParam().body), op(81, 9, join({id, {7}}))}));
     expect_event(255);
     if (GetParam().code != 6) {
         EXPECT_EQ(hex(bytes_of(poll_once(session.context).event)),
@@ -217,7 +152,7 @@ TEST_P(received_with_body, is_not_understood_cut_short_but_the_next_datagram_is)
 
 std::vector<received_operation> rows_with_body() {
     std::vector<received_operation> rows;
-    for (const received_operation& row : table()) {
+    for (const received_operation& row : received_operations()) {
         if (!row.body.empty()) {
             rows.push_back(row);
         }
@@ -227,7 +162,7 @@ std::vector<received_operation> rows_with_body() {
 
 const auto name_of = [](const auto& row) { return row.param.name; };
 
-INSTANTIATE_TEST_SUITE_P(each, received, testing::ValuesIn(table()), name_of);
+INSTANTIATE_TEST_SUITE_P(each, received, testing::ValuesIn(received_operations()), name_of);
 INSTANTIATE_TEST_SUITE_P(each, received_with_body, testing::ValuesIn(rows_with_body()), name_of);
 
 } // namespace

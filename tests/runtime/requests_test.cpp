@@ -1,8 +1,10 @@
 // The requests of the flat API: their bytes, their checks and their order.
 #include "support/service_session.hpp"
+#include "vantu/orvanta/communication/operations.hpp"
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -60,6 +62,20 @@ const std::vector<request>& requests() {
          {0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 0x47, 5, 0, 0x7B, 0xD4, 0xC3, 0xB2, 0xA1, 2}},
     };
     return all;
+}
+
+TEST(requests, have_a_row_for_every_operation_that_a_tagged_answer_follows) {
+    using namespace vantu::orvanta::communication;
+    std::set<int> covered;
+    for (const request& row : requests()) {
+        covered.insert(row.expected.at(7));
+    }
+    for (const operation& row : operations) {
+        const operation* answer = find_operation(row.answered_by, direction::to_client);
+        const bool is_request =
+            row.way == direction::to_service && answer != nullptr && answer->tag == tag_rule::copied;
+        EXPECT_TRUE(!is_request || covered.count(row.code) == 1) << "requests() has no row for " << row.name;
+    }
 }
 
 class a_request : public testing::TestWithParam<request> {};

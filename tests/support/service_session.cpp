@@ -29,10 +29,6 @@ bytes goodbye_received() {
     return {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0x06, 0x00, 0x00, 0x00};
 }
 
-bytes device_listed(std::uint32_t id, std::uint8_t type) {
-    return join({{0xFF, 0x10, 0x18, 0x00, 0x00}, u32(id), {type, 7, 0xEF, 0xBE}, counting(0x60, 16)});
-}
-
 std::int32_t connect_to(const scripted_service& service, vantu_orvanta_context* context) {
     return vantu_orvanta_connect_ports(context, "0", service.port().c_str(), "test client", 0, 0,
                                        keep_alive_ns, patient_timeout_ns);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "support/scripted_service.hpp"
+#include "support/service_operations.hpp"
 #include "vantu/orvanta/orvanta.h"
 
 #include <cstdint>
@@ -18,14 +19,9 @@ inline constexpr std::uint64_t patient_timeout_ns = 30'000'000'000;
 [[nodiscard]] bytes goodbye_received(); // from the service
 
 // The device and the values of most tests, as records and as the bytes that stand for them.
-inline const bytes id_5{5, 0, 0, 0};
 inline constexpr vantu_orvanta_config_gravity_compensation gravity{1, 0.75F};
 inline const bytes gravity_bytes{1, 0x00, 0x00, 0x40, 0x3F};
 inline constexpr vantu_orvanta_config_torque_scaling torque{1};
-
-// Operations from the service, written out by hand.
-[[nodiscard]] bytes device_listed(std::uint32_t id,
-                                  std::uint8_t type); // second byte 7, short id 0xBEEF, uuid 60..6F
 
 // connect_ports from any local port to the service with the values of connect_request.
 [[nodiscard]] std::int32_t connect_to(const scripted_service& service, vantu_orvanta_context* context);
