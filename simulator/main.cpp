@@ -44,7 +44,7 @@ std::uint64_t random_seed() {
     return (static_cast<std::uint64_t>(source()) << 32U) | source();
 }
 
-// What the console and scenarios show, at once.
+// Prints the output of the console and of scenarios at once.
 void print(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);

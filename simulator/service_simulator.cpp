@@ -226,7 +226,7 @@ class service_simulator::implementation {
     }
 
     void serve() {
-        // What a command has made due is late by this at most.
+        // A datagram that a command has made due is late by this at most.
         constexpr std::int64_t longest_sleep_ns = 10'000'000;
         platform::make_sleeps_precise();
         for (;;) {

@@ -1,4 +1,3 @@
-// The control console.
 #include "simulator/control/console.hpp"
 
 #include "simulator/text/text_lines.hpp"
@@ -56,7 +55,7 @@ void console::attend(std::int64_t now_ns) {
     }
     if (ended_) {
         quit_ = true;
-        print_("\n"); // what is printed next does not stand behind the prompt
+        print_("\n"); // the prompt's line ends before the next output
     } else if (!prompted_) {
         prompted_ = true;
         print_("> ");

@@ -24,7 +24,7 @@ class console_input {
     [[nodiscard]] bool has_ended() const noexcept { return ended_; }
 
   private:
-    std::string begun_; // a line whose end has not come yet
+    std::string begun_; // a line that has not ended yet
     bool ended_{false};
 };
 

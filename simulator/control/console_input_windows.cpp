@@ -17,7 +17,7 @@ namespace {
 // Longer lines come in pieces, so that a file without line ends does not fill the memory.
 constexpr std::size_t longest_line = 65536;
 
-// What the next read gave: bytes, or nothing and the end.
+// The outcome of a read: bytes, or nothing and the end.
 struct piece {
     std::string bytes;
     bool is_end{false};
@@ -39,8 +39,8 @@ piece read_piece() {
     return {typed_end ? "" : std::string(text), !read || count == 0 || typed_end};
 }
 
-// What the thread that reads standard input has read and nobody has taken. The thread never ends before the
-// program does, so neither does this.
+// The bytes that the thread has read from standard input and nobody has taken. The thread never ends before
+// the program does, so neither does this.
 class reader_thread {
   public:
     static reader_thread& instance() {

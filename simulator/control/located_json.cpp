@@ -1,4 +1,3 @@
-// Reading JSON as events, and counting lines underneath.
 #include "simulator/control/located_json.hpp"
 
 #include "simulator/text/text_lines.hpp"
@@ -16,7 +15,7 @@ using json = nlohmann::json;
 
 constexpr std::size_t deepest = 16;
 
-// Where the reader of the text is. The parser looks one character ahead of a number: a line counts from its
+// The place of the reader in the text. The parser looks one character past a number: a line counts from its
 // first character that is no blank.
 struct text_position {
     std::size_t line{1};

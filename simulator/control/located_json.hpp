@@ -1,4 +1,4 @@
-// JSON text as a tree whose values know their lines, so that what is wrong in a file can be pointed at.
+// JSON text as a tree. Its values know their lines, so that a message can name the line of a mistake.
 #pragma once
 
 #include <cstddef>
@@ -21,15 +21,15 @@ struct located_value {
     bool is_whole{false}; // a number from 0 on without a fraction, which whole holds
     std::uint64_t whole{0};
     std::string string;
-    std::string name;                 // of a member of an object
+    std::string name;                 // the name of a member of an object
     std::size_t name_line{1};         // where that name stands
-    std::vector<located_value> items; // of an array, or the members of an object, in the text's order
+    std::vector<located_value> items; // an array's values or an object's members, in the text's order
 
     // The member of that name, or null.
     [[nodiscard]] const located_value* find(std::string_view member) const noexcept;
 };
 
-// What is wrong with a text, in one line without control characters, and where.
+// A mistake in a text, in one line without control characters, and its line.
 class located_error : public std::runtime_error {
   public:
     located_error(std::size_t line, std::string_view what);
@@ -43,8 +43,8 @@ class located_error : public std::runtime_error {
 // nested deeper than any use of ours.
 [[nodiscard]] located_value read_located_json(const std::string& text);
 
-// What the readers of such trees ask. Each throws located_error with what is wrong and what would be right,
-// in which `place` names the value.
+// The questions of readers to such trees. Each throws located_error with what is wrong and what would be
+// right, in which `place` names the value.
 void require_object(const located_value& value, std::string_view place,
                     std::span<const std::string_view> members);
 [[nodiscard]] const located_value& required_member(const located_value& object, std::string_view place,

@@ -1,4 +1,3 @@
-// Reading scenarios strictly.
 #include "simulator/control/scenario.hpp"
 
 #include "simulator/control/located_json.hpp"

@@ -13,7 +13,7 @@
 
 namespace vantu::orvanta::simulator {
 
-// What a step can wait for, each by an operation that the simulation has received or sent.
+// The events that a step can wait for, each by an operation that the simulation has received or sent.
 enum class scenario_event : std::uint8_t { connect, open, close, save, goodbye, request };
 
 struct scenario_event_row {
@@ -47,7 +47,7 @@ inline constexpr std::array<std::string_view, 3> event{"event", "op", "n"};
 
 struct scenario_trigger {
     scenario_event event{scenario_event::connect};
-    std::uint8_t code{0}; // of a request; 0: any
+    std::uint8_t code{0}; // the request's; 0: any
     std::uint64_t nth{1}; // counted from the simulation's start
 };
 
@@ -58,7 +58,7 @@ struct scenario_step {
 };
 
 struct scenario {
-    std::string about;                          // what it shows; may be empty
+    std::string about;                          // the subject that it shows; may be empty
     std::optional<std::uint64_t> seed;          // empty: whoever runs it chooses one
     std::optional<std::vector<device>> devices; // by rising id; empty: whoever runs it chooses them
     std::vector<scenario_step> steps;

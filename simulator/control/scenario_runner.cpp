@@ -1,4 +1,3 @@
-// Playing a scenario with a simulation.
 #include "simulator/control/scenario_runner.hpp"
 
 #include "simulator/simulation/verbs.hpp"
@@ -20,7 +19,7 @@ scenario_runner::~scenario_runner() {
 
 void scenario_runner::advance_to(std::int64_t since_start_ns) {
     attend();
-    // In steps, since what is sent on the way may be what the scenario waits for.
+    // In steps, since a datagram sent on the way may be the event that the scenario waits for.
     while (!quit_ && next_due_ns() < since_start_ns) {
         target_.advance_to(std::max(next_due_ns(), target_.now_ns() + simulation_tick_ns));
         attend();
@@ -32,7 +31,7 @@ void scenario_runner::advance_to(std::int64_t since_start_ns) {
 }
 
 void scenario_runner::attend() {
-    // What a verb does may be what the next step waits for.
+    // A verb may bring the event that the next step waits for.
     while (!quit_ && schedule_.next_due_ns() <= target_.now_ns()) {
         for (const std::string& verb : schedule_.take_due(target_.now_ns())) {
             const verb_result result = run_verb(target_, verb);

@@ -1,5 +1,4 @@
-// A simulation and the scenario that is played with it: moves the one and does on the way what the other
-// wants, each verb at its time.
+// Runs a scenario with a simulation: moves the simulation, and does each verb of the scenario at its time.
 #pragma once
 
 #include "simulator/control/scenario_schedule.hpp"
@@ -17,7 +16,7 @@ class scenario_runner {
     // Told what a verb of the scenario shows.
     using print_function = std::function<void(std::string_view text)>;
 
-    // Observes the target, which outlives the scenario_runner and has no other observer.
+    // Observes the target, which outlives the runner and has no other observer.
     scenario_runner(simulation& target, std::vector<scenario_step> steps, print_function print);
     ~scenario_runner();
     scenario_runner(const scenario_runner&) = delete;

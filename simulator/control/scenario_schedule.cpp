@@ -1,4 +1,3 @@
-// Playing the steps of a scenario.
 #include "simulator/control/scenario_schedule.hpp"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// Plays the steps of a scenario: times and observed operations in, verbs out. It has no clock of its own and
-// knows nothing of what the verbs do.
+// The schedule of a scenario's steps: times and observed operations in, verbs out. It has no clock of its own
+// and knows nothing of what the verbs do.
 #pragma once
 
 #include "simulator/control/scenario.hpp"

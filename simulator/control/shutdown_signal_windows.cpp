@@ -13,7 +13,7 @@ std::atomic<bool> requested{false};
 BOOL WINAPI remember(DWORD event) {
     requested.store(true);
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        // The system ends the process as soon as this returns, or after its own patience: until then
+        // The system ends the process as soon as this returns, or after a time of its own: until then
         // the program has time to say goodbye.
         Sleep(INFINITE);
     }

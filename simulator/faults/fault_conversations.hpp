@@ -30,7 +30,7 @@ class conversations {
 
   private:
     struct awaited {
-        std::uint8_t code; // of the answer
+        std::uint8_t code; // the answer's operation
         std::uint8_t tag;
     };
     struct conversation {

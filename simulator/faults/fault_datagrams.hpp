@@ -39,8 +39,8 @@ struct operation_place {
 // op 2 with tag 0: 11 bytes that mean nothing to a client.
 [[nodiscard]] datagram_bytes idle_acknowledgement();
 
-// What another program might send in the service's name, in turn by number: op 16 for an Orvanta3 with the id
-// forged_device_id, op 66 of that device with tag 0, op 6.
+// The datagrams that another program might send in the service's name, in turn by number: op 16 for an
+// Orvanta3 with the id forged_device_id, op 66 of that device with tag 0, op 6.
 inline constexpr std::uint32_t forged_device_id = 4095;
 [[nodiscard]] datagram_bytes forged_datagram(std::uint32_t number);
 

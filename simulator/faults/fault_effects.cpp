@@ -1,4 +1,4 @@
-// What the rules of the pipeline do to datagrams, and at once.
+// The effects of the pipeline's rules: on a datagram, and at once.
 #include "simulator/faults/fault_datagrams.hpp"
 #include "simulator/faults/fault_pipeline.hpp"
 #include "simulator/service/requests.hpp"

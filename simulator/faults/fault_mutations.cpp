@@ -17,7 +17,7 @@ constexpr unsigned bits_of_a_byte = 8;
 constexpr std::size_t client_id_size = 8;
 constexpr std::uint16_t foreign_body_size = 4;
 
-// What a change works on. The place is that of an operation for the changes of one.
+// The subject of a change. The place is that of an operation for the changes of one.
 struct change {
     datagram_bytes& datagram;
     operation_place which;

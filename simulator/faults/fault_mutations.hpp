@@ -12,7 +12,7 @@
 
 namespace vantu::orvanta::simulator {
 
-// What a fault is to do to a datagram.
+// A change that a fault is to make to a datagram.
 struct mutation {
     fault_kind kind{fault_kind::empty};
     std::optional<std::uint8_t> code;    // the operation to act on; empty: the first

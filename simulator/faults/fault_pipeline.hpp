@@ -33,7 +33,7 @@ struct departure {
     bool forged{false}; // to be sent from a socket of its own, as another program would
 };
 
-// What a fault asks of the service's owner, beyond datagrams.
+// An action that a fault asks of the service's owner, beyond datagrams.
 struct requested_action {
     fault_kind kind{fault_kind::restart}; // goodbye, restart, unplug or plug
     std::optional<std::uint32_t> argument;
@@ -74,8 +74,8 @@ class fault_pipeline {
     void tick(std::int64_t now_ns);
     [[nodiscard]] std::int64_t next_due_ns() const noexcept;
 
-    // What the service is to receive, what the sockets are to send, and what else is to be done, in order,
-    // each handed out once.
+    // The datagrams that the service is to receive, those that the sockets are to send, and the actions to
+    // carry out, in order, each handed out once.
     [[nodiscard]] std::vector<arrival> take_arrivals();
     [[nodiscard]] std::vector<departure> take_departures();
     [[nodiscard]] std::vector<requested_action> take_actions();

@@ -1,4 +1,3 @@
-// Finding faults by name, and rules as text.
 #include "simulator/faults/faults.hpp"
 
 #include "vantu/orvanta/common/format.hpp"

@@ -46,7 +46,7 @@ enum class fault_kind : std::uint8_t {
     inject,
 };
 
-// What stands before the selector of a rule.
+// The argument, which stands before the selector of a rule.
 enum class fault_argument : std::uint8_t {
     none,           // a probability may stand there instead
     count,          // a whole number from 1 to most_copies
@@ -79,11 +79,11 @@ struct fault_row {
     std::string_view name; // the verb; "--" and it is the option
     fault_act act;
     fault_argument argument;
-    bool to_service; // whether datagrams from clients can suffer it
-    bool to_client;  // whether datagrams of the service can
+    bool to_service; // whether it can happen to datagrams from clients
+    bool to_client;  // whether it can happen to datagrams of the service
     bool at_once;    // whether it can be asked for without waiting for a datagram
     std::string_view effect;
-    std::string_view example; // of an option's value, or of what follows the verb
+    std::string_view example; // an option's value, or the text after the verb
 };
 
 // clang-format off
@@ -154,8 +154,8 @@ static_assert(fault_checks::rows_stand_by_kind());
 //   disconnect included; refuse fits those with a connect, error those with a request to a device,
 //   short-acceptance those with an acceptance; goodbye fits none that is a goodbye already.
 //   reorder holds one datagram of a client and a way at a time, so that the next ones pass it.
-//   silence, goodbye, restart, unplug and plug begin right behind the datagram; silence swallows it too.
-//   What a rule adds (copies, answers) suffers the rules behind it; forged datagrams suffer none.
+//   silence, goodbye, restart, unplug and plug begin right after the datagram; silence swallows it too.
+//   The datagrams that a rule adds (copies, answers) meet the later rules; forged ones meet none.
 struct fault_rule {
     fault_kind kind{fault_kind::drop};
     std::optional<communication::direction> way; // empty: each way that the fault can go
@@ -178,14 +178,14 @@ inline constexpr std::uint32_t greatest_datagram = 65'507;
 // std::invalid_argument with one line: what is wrong, what would be right.
 [[nodiscard]] fault_rule parse_fault(fault_kind kind, std::string_view text);
 
-// The same for a rule that stands from the start, where there is nobody yet to suffer a fault at once: what
+// The same for a rule that stands from the start, where there is no client yet: a fault that
 // would be asked for at once waits for the first datagram that it fits.
 [[nodiscard]] fault_rule parse_initial_fault(fault_kind kind, std::string_view text);
 
 // The row of that name, or null.
 [[nodiscard]] const fault_row* find_fault(std::string_view name) noexcept;
 
-// The rule as parse_fault reads it, behind its name: "truncate 17@op=66".
+// The rule as parse_fault reads it, after its name: "truncate 17@op=66".
 [[nodiscard]] std::string text_of(const fault_rule& rule);
 
 } // namespace vantu::orvanta::simulator

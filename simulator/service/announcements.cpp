@@ -1,4 +1,3 @@
-// Accepting a client and telling it of the devices.
 #include "simulator/service/announcements.hpp"
 
 #include <algorithm>

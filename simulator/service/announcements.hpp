@@ -9,9 +9,9 @@
 
 namespace vantu::orvanta::simulator {
 
-// Where the devices stand in relation to the acceptance.
+// The place of the devices in relation to the acceptance.
 enum class announce_order : std::uint8_t {
-    before, // ahead of it in its datagram, as many as fit; the rest in datagrams that follow
+    before, // before it in its datagram, as many as fit; the rest in datagrams that follow
     after,  // all in datagrams that follow
 };
 

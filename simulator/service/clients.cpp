@@ -1,4 +1,3 @@
-// Keeping clients, and forgetting the silent ones.
 #include "simulator/service/clients.hpp"
 
 #include <algorithm>

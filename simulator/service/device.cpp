@@ -1,4 +1,3 @@
-// Identities of the simulated devices.
 #include "simulator/service/device.hpp"
 
 #include "vantu/orvanta/common/format.hpp"
@@ -9,7 +8,7 @@
 namespace vantu::orvanta::simulator {
 namespace {
 
-// What the identities of one type begin with.
+// The first bytes of the identities of one type.
 struct device_family {
     std::uint8_t type;
     std::uint32_t first_id;

@@ -1,4 +1,4 @@
-// The simulated devices: who they are and how they are configured.
+// The simulated devices: their identities and their configurations.
 #pragma once
 
 #include "vantu/orvanta/communication/bodies.hpp"

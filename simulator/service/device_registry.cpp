@@ -1,4 +1,3 @@
-// Keeping devices that come and go.
 #include "simulator/service/device_registry.hpp"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// The motion of simulated devices, as sums of sines, and the currents that it takes.
 #include "simulator/service/motion.hpp"
 
 #include "vantu/orvanta/common/nanoseconds.hpp"

@@ -1,5 +1,5 @@
-// What a simulated device measures at a time: smooth values that depend on the device, its configuration
-// and the time alone, never the same for two devices.
+// The measurements of a simulated device at a time: smooth values that depend on the device, its
+// configuration and the time alone, never the same for two devices.
 //
 // Lengths are in metres, times in seconds, currents in ampere; x points right, y forward, z up. The k-th
 // device of a type, from 0, has the phase p = 2.39996 (k + 1), the golden angle, and its centre at
@@ -29,7 +29,7 @@ namespace vantu::orvanta::simulator {
 // How far a cursor gets from its device's centre.
 inline constexpr double reach_m = 0.1;
 
-// The device's centre: this far along x for each device of its type ahead of it.
+// The device's centre: this far along x for each earlier device of its type.
 inline constexpr double device_spacing_m = 0.25;
 
 // Position x, y, z and velocity x, y, z. Another handedness takes the cursor to the mirror image of its
@@ -39,7 +39,7 @@ inline constexpr double device_spacing_m = 0.25;
 // A unit quaternion.
 [[nodiscard]] vantu_orvanta_orientation orientation_at(const device& which, std::int64_t now_ns);
 
-// Of the motors 1 to 3.
+// The currents of the motors 1 to 3.
 [[nodiscard]] vantu_orvanta_status_motor_current motor_current_at(const device& which, std::int64_t now_ns);
 
 // 1: the supply is on.

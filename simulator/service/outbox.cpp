@@ -1,4 +1,3 @@
-// Packing operations into datagrams.
 #include "simulator/service/outbox.hpp"
 
 #include <utility>

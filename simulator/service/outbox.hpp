@@ -34,7 +34,7 @@ class outbox {
         seal();
     }
 
-    // One operation behind those packed for the same peer since the last seal, where it fits.
+    // One operation after those packed for the same peer since the last seal, where it fits.
     template <std::uint8_t code> void pack(const peer& to, std::uint8_t tag, const body<code>& content) {
         communication::append_operation<code, communication::direction::to_client>(
             datagram_with_room(to, size_of<code>()), tag, content);
@@ -44,8 +44,8 @@ class outbox {
     void pack_palmetron_state(const peer& to, const body<communication::op_code::palmetron_state>& head,
                               std::span<const std::byte> tail);
 
-    // The room for further operations to this peer ahead of a new datagram's beginning; that of a new
-    // one where none is open for it.
+    // The room for further operations to this peer before a new datagram begins; that of a new one where
+    // none is open for it.
     [[nodiscard]] std::size_t room_for(const peer& to) const;
 
     // Begins a new datagram unless that many bytes fit into the open one.

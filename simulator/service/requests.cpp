@@ -1,4 +1,3 @@
-// The requests that name a device, by a table.
 #include "simulator/service/requests.hpp"
 
 #include "simulator/service/announcements.hpp"
@@ -22,7 +21,7 @@ void tell(const request& what, fmt::format_string<Arguments...> text, const Argu
     }
 }
 
-// The record behind the device id of the request's body.
+// The record after the device id of the request's body.
 template <std::uint8_t code> auto argument_of(const request& what) {
     proto::body<code, direction::to_service> body;
     std::memcpy(&body, what.body.data(), sizeof body);

@@ -21,7 +21,7 @@ using save_function = std::function<bool(const device& which)>;
 // Receives one line about what the service does, without a line feed.
 using narrate_function = std::function<void(std::string_view line)>;
 
-// What a request is carried out with. The body has the length that the operation's row states.
+// A request, with all that carrying it out needs. The body has the length that the operation's row states.
 struct request {
     client_registry& clients;
     client& from;

@@ -1,4 +1,3 @@
-// Reading the state file strictly, and writing it whole.
 #include "simulator/service/saved_state.hpp"
 
 #include "simulator/service/durable_file.hpp"

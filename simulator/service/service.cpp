@@ -1,4 +1,3 @@
-// Taking datagrams apart, and the operations of a connection itself.
 #include "simulator/service/service.hpp"
 
 #include "simulator/service/streams.hpp"
@@ -177,7 +176,7 @@ void service::tick(std::int64_t now_ns) {
 std::int64_t service::next_due_ns() const {
     std::int64_t soonest = never_ns;
     for (const client& one : clients_.all()) {
-        // A client is forgotten once its time lies behind, not on its stroke.
+        // A client is forgotten after its last moment, not in it.
         const std::int64_t alive_until = one.alive_until_ns();
         soonest = std::min({soonest, next_due_of(one), alive_until == never_ns ? never_ns : alive_until + 1});
     }

@@ -1,4 +1,4 @@
-// What happens to the service without a client's asking for it: devices come and go, connections end.
+// The events of the service that no client asks for: devices come and go, connections end.
 #include "simulator/service/service.hpp"
 #include "vantu/orvanta/common/format.hpp"
 

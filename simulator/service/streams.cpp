@@ -1,4 +1,3 @@
-// Streams by due time.
 #include "simulator/service/streams.hpp"
 
 #include "simulator/service/motion.hpp"
@@ -14,7 +13,7 @@ using namespace communication;
 
 constexpr std::int64_t status_period_ns = ns_per_second;
 
-// The first multiple of the period behind the due time that is still to come: times that were missed
+// The first multiple of the period after the due time that is still to come: times that were missed
 // are not made up for.
 std::int64_t next_after(std::int64_t due_ns, std::int64_t period_ns, std::int64_t now_ns) {
     return now_ns + period_ns - (now_ns - due_ns) % period_ns;

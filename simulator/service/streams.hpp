@@ -1,5 +1,5 @@
-// What a client receives of the devices that it has opened, without asking: states at a rate of
-// choice, motor currents and power supply once a second.
+// The streams to a client from the devices that it has opened: states at a rate of choice, motor currents and
+// power supply once a second.
 #pragma once
 
 #include "simulator/service/clients.hpp"

@@ -1,4 +1,4 @@
-// What the console shows.
+// The texts that the console shows: the state of a simulation, and help on the verbs.
 #include "network/socket.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 #include "simulator/simulation/verbs.hpp"

@@ -1,4 +1,3 @@
-// Reading a line as a command.
 #include "simulator/simulation/verb_syntax.hpp"
 
 #include "simulator/text/text_lines.hpp"

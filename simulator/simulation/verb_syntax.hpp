@@ -17,7 +17,7 @@ struct verb_row {
     std::string_view name;
     std::string_view arguments;
     std::string_view effect;
-    std::string_view example; // of what follows the verb
+    std::string_view example; // the text after the verb
 };
 
 // clang-format off

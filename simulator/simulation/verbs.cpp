@@ -1,4 +1,3 @@
-// Doing what a line says.
 #include "simulator/simulation/verbs.hpp"
 
 #include "simulator/simulation/verb_syntax.hpp"
@@ -133,7 +132,7 @@ verb_result run(simulation& /*unused*/, const quit_command& /*unused*/) {
     return {true, true, {}};
 }
 
-// Who reads the lines waits.
+// The reader of the lines waits.
 verb_result run(simulation& /*unused*/, const wait_command& /*unused*/) {
     return {};
 }

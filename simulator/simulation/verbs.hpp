@@ -1,5 +1,5 @@
-// What can be told to a running simulation, as lines of text: the same verbs serve the console, scripts on
-// standard input, scenarios and the simulator's library.
+// The verbs, lines of text that tell a running simulation what to do: the same serve the console, scripts on
+// standard input, scenarios and the simulator's library. And the texts that the console shows.
 #pragma once
 
 #include "simulator/simulation/simulation.hpp"
@@ -12,7 +12,7 @@ namespace vantu::orvanta::simulator {
 struct verb_result {
     bool good{true};  // false: text is one line that says what is wrong and what would be right
     bool quit{false}; // the simulation is to end
-    std::string text; // what to show; empty, or lines that end in line feeds
+    std::string text; // the output; empty, or lines that end in line feeds
 };
 
 // Does what a line says, as in "plug orvanta3", "unplug 2", "drop 0.3", "set 1 handedness left", "heal",

@@ -1,4 +1,3 @@
-// Sending from another address than the service.
 #include "simulator/sockets/forged_sender.hpp"
 
 #include "simulator/sockets/listeners.hpp"

@@ -15,7 +15,7 @@ class forged_sender {
     forged_sender(const forged_sender&) = delete;
     forged_sender& operator=(const forged_sender&) = delete;
 
-    // What cannot be sent is lost, as any datagram may be.
+    // A datagram that cannot be sent is lost, as any datagram may be.
     void send(const departure& forged);
 
   private:

@@ -1,4 +1,3 @@
-// Opening the listening sockets.
 #include "simulator/sockets/listeners.hpp"
 
 #include "vantu/orvanta/common/format.hpp"

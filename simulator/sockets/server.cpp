@@ -1,4 +1,3 @@
-// The simulation on its sockets.
 #include "simulator/sockets/server.hpp"
 
 #include "network/socket_wait.hpp"
@@ -80,7 +79,7 @@ std::size_t server::receive_waiting(std::size_t listener) {
     return taken;
 }
 
-// What the system has no room for is lost, as any datagram may be.
+// A datagram that the system has no room for is lost, as any datagram may be.
 void server::send_outgoing() {
     for (const departure& one : target_.take_outgoing()) {
         if (one.forged) {

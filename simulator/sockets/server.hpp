@@ -19,10 +19,10 @@ using clock_function = std::function<std::int64_t()>;
 // half a second between two calls: a program that was stopped has nothing to make up for when it goes on.
 [[nodiscard]] clock_function make_steady_clock(clock_function source = platform::steady_now_ns);
 
-// How the server moves the simulation: by itself, or through whoever plays a scenario with it.
+// How the server moves the simulation: by itself, or through the runner of a scenario.
 struct simulation_drive {
     std::function<void(std::int64_t since_start_ns)> advance_to;
-    std::function<void()> attend; // called behind each datagram that the simulation has taken
+    std::function<void()> attend; // called after each datagram that the simulation has taken
     std::function<std::int64_t()> next_due_ns;
 };
 [[nodiscard]] simulation_drive drive_of(simulation& target);
@@ -42,7 +42,7 @@ class server {
     // Sends what the simulation has to send.
     void send_outgoing();
 
-    // Serves until stop says so, asked behind each sleep; none is longer than the given one, and a signal
+    // Serves until stop says so, asked after each sleep; none is longer than the given one, and a signal
     // ends it early. Then says goodbye to all clients.
     void serve(const std::function<bool()>& stop, std::int64_t longest_ns = longest_sleep_ns);
 

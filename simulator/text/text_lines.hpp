@@ -15,7 +15,7 @@ namespace vantu::orvanta::simulator {
 // Takes the first word off a text, and the blanks around it; empty where there is none.
 [[nodiscard]] std::string_view take_word(std::string_view& text) noexcept;
 
-// All of the text as a number in decimal, or in hexadecimal behind 0x.
+// All of the text as a number in decimal, or in hexadecimal after 0x.
 [[nodiscard]] std::optional<std::uint64_t> whole_number(std::string_view text) noexcept;
 
 // All of the text as a number like 0.25.

@@ -24,7 +24,7 @@ inline constexpr std::uint64_t patience_ns = 30'000'000'000;
 
 class fault_fixture {
   public:
-    // One Orvanta3 with the id 1, whose states come at the rate.
+    // One Orvanta3 with the id 1, which streams its states at the rate.
     explicit fault_fixture(double rate_hz = 0);
     ~fault_fixture();
     fault_fixture(const fault_fixture&) = delete;
@@ -34,7 +34,7 @@ class fault_fixture {
     void tell(std::string_view verb);
 
     // Connects the client, which makes a new one where it was gone, and returns the code. The time-out is
-    // of real time; meanwhile the simulation's goes on.
+    // real time; meanwhile the simulation's goes on.
     std::int32_t connect(std::uint64_t timeout_ns);
 
     // Connects, opens the device and takes what that brings.
@@ -46,7 +46,7 @@ class fault_fixture {
     // Asks for the gravity compensation with a handler that waits for the answer.
     void ask();
 
-    // Moves the simulation in steps and takes what comes behind each.
+    // Moves the simulation in steps and takes what comes after each.
     void pass(std::int64_t step_ns, int steps);
 
     // Polls until nothing comes any more.
@@ -57,12 +57,12 @@ class fault_fixture {
     // Log lines since the last time, "a / b"; "-" for none.
     [[nodiscard]] std::string logged();
 
-    // What a call comes to once the faults are healed: opening the device, or connecting for a client that
+    // The outcome of a call once the faults are healed: opening the device, or connecting for a client that
     // is not connected.
     [[nodiscard]] std::string next();
 
     vantu::orvanta::simulator::simulation simulated;
-    std::vector<std::string> notes; // what was seen
+    std::vector<std::string> notes; // codes and events
 
   private:
     void while_serving(const std::function<void()>& blocking);
@@ -71,13 +71,13 @@ class fault_fixture {
 
     std::int64_t now_ns_{0};
     std::int64_t first_state_ns_{0};
-    int idle_polls_{50}; // without an event, behind which there is none
+    int idle_polls_{50}; // so many without an event mean that none is left
     vantu::orvanta::simulator::listeners sockets_{"0"};
     vantu::orvanta::simulator::server server_;
     orvanta_tests::log_capture log_;
     std::unique_ptr<vantu::orvanta::client> client_;
     bool connected_{false};
-    std::string handled_; // what the handler was called with
+    std::string handled_; // the handler's outcomes
 };
 
 } // namespace fault_tests

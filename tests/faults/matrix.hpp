@@ -1,5 +1,5 @@
-// What a client meets under each fault in each situation, as tables. docs/faults.md shows
-// them, and the tests hold the library and the documents against them.
+// A client under each fault in each situation, as tables. docs/faults.md shows them, and the tests hold the
+// library and the documents against them.
 #pragma once
 
 #include "simulator/faults/faults.hpp"
@@ -16,11 +16,11 @@ using vantu::orvanta::simulator::faults;
 
 // One fault in one situation.
 struct matrix_row {
-    std::string_view rule;   // the verb
-    unsigned happened;       // how often the fault happens
-    std::string_view seen;   // what the client is returned and handed, in order
+    std::string_view rule; // the verb
+    unsigned happened;     // how often the fault happens
+    std::string_view seen; // the codes that the client is returned and the events that it is handed, in order
     std::string_view logged; // the library's log lines but for that of a connection; "-": none
-    std::string_view next;   // what the next call comes to, the fault healed
+    std::string_view next;   // the outcome of the next call, the fault healed
 };
 
 // Whether the rows are about every fault, and about each that can happen to datagrams from clients also in

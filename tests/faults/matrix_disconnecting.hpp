@@ -1,4 +1,4 @@
-// What a client meets that is destroyed, goodbye included.
+// A client that is destroyed under each fault, goodbye included.
 #pragma once
 
 #include "faults/matrix.hpp"

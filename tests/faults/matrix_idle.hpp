@@ -1,4 +1,4 @@
-// What a client meets that is connected and idle while a second Orvanta3 is plugged in.
+// A client that is connected and idle, under each fault, while a second Orvanta3 is plugged in.
 #pragma once
 
 #include "faults/matrix.hpp"

@@ -1,4 +1,4 @@
-// What a client meets that connects: the code of the connect, then what it polls.
+// A client that connects under each fault: the code of the connect, then the codes and events of its polls.
 #pragma once
 
 #include "faults/matrix.hpp"

@@ -1,4 +1,4 @@
-// What a client meets that asks for the gravity compensation of a device that it has opened.
+// A client that asks for the gravity compensation of a device that it has opened, under each fault.
 #pragma once
 
 #include "faults/matrix.hpp"

@@ -1,4 +1,4 @@
-// What a client meets that has opened a device while three of its states come.
+// A client that has opened a device, under each fault, while three of the device's states come.
 #pragma once
 
 #include "faults/matrix.hpp"

@@ -20,7 +20,7 @@ using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
 using library_client = vantu::orvanta::client;
 
-// The code that a row of the table ends the thread with: its first one; 3 behind a goodbye; else 0.
+// The code that a row of the table ends the thread with: its first one; 3 after a goodbye; else 0.
 std::uint32_t code_of(const matrix_row& row) {
     constexpr std::string_view mark = "code ";
     if (const auto at = row.seen.find(mark); at != std::string_view::npos) {

@@ -1,4 +1,4 @@
-// The client library and a simulation that plays one of the scenarios that are installed, on real sockets in
+// The client library and a simulation that runs one of the scenarios that are installed, on real sockets in
 // one process. The simulation's time is moved by hand, in steps of a millisecond.
 #pragma once
 
@@ -27,7 +27,7 @@ struct compensation {
     bool operator==(const compensation&) const = default;
 };
 
-// What came of a request with a handler: the time it took, and the answer or the code of the refusal.
+// The outcome of a request with a handler: the time it took, and the answer or the code of the refusal.
 struct handled {
     std::int64_t after_ms;
     std::uint32_t refusal; // 0: it was answered
@@ -70,10 +70,10 @@ class scenario_fixture {
     [[nodiscard]] library_client& client() { return *client_; }
     [[nodiscard]] std::int64_t now_ms() const;
 
-    // What the client's callbacks were called with, the streams' aside.
+    // The arguments of the client's callbacks, the streams' aside.
     std::vector<std::string> notes;
     std::vector<compensation> unasked; // answers about gravity compensation that no handler waited for
-    std::vector<std::int32_t> codes;   // of polls, other than 0
+    std::vector<std::int32_t> codes;   // the polls' codes other than 0
     std::uint64_t cursor_states{0};
     std::uint64_t grip_states{0};
     vantu_orvanta_cursor_state cursor{}; // the latest

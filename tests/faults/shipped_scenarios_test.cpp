@@ -1,4 +1,4 @@
-// What a client meets in each of the scenarios that are installed. A test's name begins with its scenario's.
+// A client in each of the scenarios that are installed. A test's name begins with its scenario's.
 #include "faults/scenario_fixture.hpp"
 #include "simulator/simulation/verbs.hpp"
 

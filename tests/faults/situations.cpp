@@ -23,7 +23,7 @@ fault_kind kind_of(const matrix_row& row) {
     return fault != nullptr ? fault->kind : fault_kind::drop;
 }
 
-// What an earlier session leaves behind for a stale answer: one of each kind.
+// Leaves the answers of an earlier session for a stale answer: one of each kind.
 void live_an_earlier_session(fault_fixture& fixture) {
     fixture.enter();
     fixture.ask();
@@ -66,7 +66,7 @@ void disconnect(fault_fixture& fixture, const matrix_row& row) {
     fixture.take();
     fixture.tell(row.rule);
     const std::int64_t took_ns = fixture.leave();
-    // What is held back comes in the end, however slow the machine.
+    // A datagram that is held comes in the end, however slow the machine.
     fixture.pass(ns_per_millisecond, 150);
     std::string note = fixture.simulated.clients().empty() ? "goodbye taken" : "goodbye lost";
     // That it takes no longer than that cannot be told from a busy machine.

@@ -1,4 +1,4 @@
-// What a user of the tool meets under each fault, as a table that docs/faults.md shows.
+// The user of the tool under each fault, as a table that docs/faults.md shows.
 #pragma once
 
 #include "faults/matrix.hpp"
@@ -10,7 +10,7 @@ namespace fault_tests {
 // The user finds the device, which opens it and asks for orientation (47), gravity compensation (66) and
 // torque scaling (68), looks at the configuration and leaves.
 struct tool_row {
-    std::string_view rule;    // a verb; behind "later:" it is said once the device was found
+    std::string_view rule;    // a verb; after "later:" it is said once the device was found
     std::string_view start;   // "connects", or the last words of a tool that does not
     std::string_view listens; // "yes" to the end, or "no": its polling thread has ended on the way
     std::string_view shown;   // the configuration: gravity compensation, torque scaling, hand; "nothing"

@@ -163,7 +163,7 @@ TEST_P(tool_under, comes_to_what_the_table_states) {
     const auto* const fault = vantu::orvanta::simulator::find_fault(verb.substr(0, verb.find(' ')));
     ASSERT_NE(fault, nullptr);
     running_service service;
-    const std::size_t listening_threads = live_a_session(); // which also leaves stale answers behind
+    const std::size_t listening_threads = live_a_session(); // which also leaves stale answers
     if (!row.rule.starts_with(later)) {
         service.tell(std::string(verb));
     }

@@ -32,7 +32,7 @@ void connect(test_client& client) {
     EXPECT_FALSE(client.receive_until(16).empty());
 }
 
-TEST(the_console, shows_no_prompt_to_a_script_and_serves_on_behind_its_end) {
+TEST(the_console, shows_no_prompt_to_a_script_and_serves_on_after_its_end) {
     child_process program(interactive_command({}), attachment::pipes);
     const std::string port = port_of(program);
     program.type("drop 0.5\n\n# a remark\nheal\r\ndrop 0");

@@ -1,4 +1,4 @@
-// What can be asked of a simulator in a user's program, and what it refuses.
+// The commands of a simulator in a user's program, and those that it refuses.
 #include "simulator_library/simulated_client.hpp"
 #include "support/scratch_folder.hpp"
 
@@ -17,7 +17,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using vantu::orvanta::service_simulator;
 
-// What the function throws, as text; empty, and the test fails, when it throws nothing.
+// The exception of the function, as text; empty, and the test fails, when it throws nothing.
 template <typename Wrong, typename Function> std::string refusal_of(Function function) {
     try {
         function();

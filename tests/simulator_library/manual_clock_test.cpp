@@ -35,7 +35,7 @@ TEST(a_manual_clock, brings_every_state_of_the_time_that_passed) {
     service.advance(1s);
     client.poll_until(vantu_orvanta_event_cursor_state, 101);
     EXPECT_EQ(client.counts[vantu_orvanta_event_cursor_state], 101U);
-    // With the first state and with that on the stroke of the second.
+    // With the first state and with that at the full second.
     EXPECT_EQ(client.counts[vantu_orvanta_event_status_motor_current], 2U);
     EXPECT_EQ(client.counts[vantu_orvanta_event_status_power_supply], 2U);
 }

@@ -11,7 +11,7 @@
 
 namespace simulator_library_tests {
 
-// A simulator whose clock is moved by hand.
+// A simulator with a clock that is moved by hand.
 [[nodiscard]] vantu::orvanta::service_simulator::settings by_hand();
 
 // Waits for a condition while doing something over and over; fails the test after 30 s.
@@ -29,7 +29,7 @@ class simulated_client {
     [[nodiscard]] std::int32_t connect(std::uint64_t keep_alive_ns = 5'000'000'000,
                                        std::uint64_t reply_timeout_ns = 10'000'000'000);
 
-    // Polls until nothing is there, serving the simulator ahead of it; counts the events by their types.
+    // Polls until nothing is there, serving the simulator before each poll; counts the events by their types.
     void poll();
 
     // Polls until that many events of a type have come since the last call of forget.
@@ -44,7 +44,7 @@ class simulated_client {
 
     std::map<std::uint32_t, std::size_t> counts;
     vantu_orvanta_event last{}; // that was no state
-    std::int32_t poll_code{0};  // of the last poll
+    std::int32_t poll_code{0};  // the last poll's
 
   private:
     void serve();

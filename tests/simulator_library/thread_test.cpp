@@ -57,7 +57,7 @@ TEST(a_thread, ends_with_the_verb_quit) {
     service.stop();
 }
 
-TEST(a_thread, dies_without_a_word_behind_a_silence) {
+TEST(a_thread, dies_without_a_word_after_a_silence) {
     service_simulator service({});
     service.start();
     simulated_client client(service);

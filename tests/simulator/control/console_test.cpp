@@ -27,7 +27,7 @@ class a_console : public testing::Test {
                 },
                 [this](std::string_view text) { shown += text; }, prompts};
     }
-    // What has been shown since the last call.
+    // The output since the last call.
     std::string take_shown() { return std::exchange(shown, {}); }
 
     std::vector<std::string> done;
@@ -56,7 +56,7 @@ TEST_F(a_console, passes_over_empty_lines_and_remarks) {
     EXPECT_EQ(shown, "");
 }
 
-TEST_F(a_console, does_nothing_behind_quit) {
+TEST_F(a_console, does_nothing_after_quit) {
     console tested = made(false);
     tested.take("quit");
     tested.take("heal");

@@ -14,9 +14,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class a_director : public testing::Test {
+class a_scenario_runner : public testing::Test {
   protected:
-    a_director() : target(settings()) {}
+    a_scenario_runner() : target(settings()) {}
 
     static simulation_settings settings() {
         simulation_settings made;
@@ -35,7 +35,7 @@ scenario_step at(std::int64_t due_ms, std::vector<std::string> verbs) {
     return {std::nullopt, due_ms * ns_per_millisecond, std::move(verbs)};
 }
 
-TEST_F(a_director, does_each_verb_at_its_time_however_far_the_clock_jumps) {
+TEST_F(a_scenario_runner, does_each_verb_at_its_time_however_far_the_clock_jumps) {
     scenario_runner tested(target, {at(10, {"status"}), at(1500, {"status"})}, print);
     tested.advance_to(2 * ns_per_second);
     ASSERT_EQ(shown.size(), 2U);
@@ -44,7 +44,7 @@ TEST_F(a_director, does_each_verb_at_its_time_however_far_the_clock_jumps) {
     EXPECT_EQ(target.now_ns(), 2 * ns_per_second);
 }
 
-TEST_F(a_director, says_when_there_is_something_to_do) {
+TEST_F(a_scenario_runner, says_when_there_is_something_to_do) {
     scenario_runner tested(target, {at(10, {"heal"})}, print);
     EXPECT_EQ(tested.next_due_ns(), 10 * ns_per_millisecond);
     tested.advance_to(9 * ns_per_millisecond);
@@ -54,7 +54,7 @@ TEST_F(a_director, says_when_there_is_something_to_do) {
     EXPECT_THAT(shown, IsEmpty());
 }
 
-TEST_F(a_director, does_what_waited_for_a_datagram_right_behind_it) {
+TEST_F(a_scenario_runner, does_what_waited_for_a_datagram_right_after_it) {
     scenario_runner tested(target, {{scenario_trigger{scenario_event::connect, 0, 1}, 0, {"unplug 1"}}},
                            print);
     tested.advance_to(ns_per_second);
@@ -68,7 +68,7 @@ TEST_F(a_director, does_what_waited_for_a_datagram_right_behind_it) {
 }
 
 // The answer that is held back is sent inside the jump, and the delay counts from there.
-TEST_F(a_director, sees_events_on_the_way_of_a_jump) {
+TEST_F(a_scenario_runner, sees_events_on_the_way_of_a_jump) {
     scenario_runner tested(
         target,
         {at(0, {"delay 300"}),
@@ -81,7 +81,7 @@ TEST_F(a_director, sees_events_on_the_way_of_a_jump) {
     EXPECT_THAT(shown[0], HasSubstr(", 0.800 s\n"));
 }
 
-TEST_F(a_director, stops_at_quit) {
+TEST_F(a_scenario_runner, stops_at_quit) {
     scenario_runner tested(target, {at(10, {"quit", "status"}), at(20, {"status"})}, print);
     tested.advance_to(ns_per_second);
     EXPECT_TRUE(tested.has_quit());
@@ -90,7 +90,7 @@ TEST_F(a_director, stops_at_quit) {
     EXPECT_THAT(shown, IsEmpty());
 }
 
-TEST_F(a_director, shows_why_a_verb_cannot_be_done_now) {
+TEST_F(a_scenario_runner, shows_why_a_verb_cannot_be_done_now) {
     scenario_runner tested(target, {at(1, {"unplug 7", "status"})}, print);
     tested.advance_to(ns_per_millisecond);
     ASSERT_EQ(shown.size(), 2U);
@@ -98,7 +98,7 @@ TEST_F(a_director, shows_why_a_verb_cannot_be_done_now) {
     EXPECT_EQ(shown[0].back(), '\n');
 }
 
-TEST_F(a_director, observes_no_longer_than_it_lives) {
+TEST_F(a_scenario_runner, observes_no_longer_than_it_lives) {
     { scenario_runner tested(target, {}, print); }
     receive(datagram({connect_operation(0)}));
     EXPECT_EQ(target.clients().size(), 1U);

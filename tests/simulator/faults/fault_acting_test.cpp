@@ -17,8 +17,8 @@ std::string argument_of(const fault_row& row) {
                                                 : std::string(row.example.substr(0, row.example.find('@')));
 }
 
-// What a client in its second session is sent: at once after the fault has been added, for a new connect, for
-// a request, and a little later.
+// The datagrams that a client in its second session is sent: at once after the fault has been added, for a
+// new connect, for a request, and a little later.
 std::vector<sent_list> trace_with(const fault_row* row, const std::string& text) {
     simulation_settings settings;
     settings.rate_hz = 0;

@@ -1,4 +1,4 @@
-// What each fault does to the bytes of a datagram.
+// The change that each fault makes to the bytes of a datagram.
 #include "simulator/faults/fault_mutations.hpp"
 #include "simulator/fixtures/pipeline_fixture.hpp"
 
@@ -68,7 +68,7 @@ TEST(fault_mutation, empties) {
     EXPECT_FALSE(mutated_by({fault_kind::empty, {}, {}}, {}).happened);
 }
 
-TEST(fault_mutation, extends_by_random_bytes_behind_the_end) {
+TEST(fault_mutation, extends_by_random_bytes_after_the_end) {
     const mutated result = mutated_by({fault_kind::extend, {}, 9}, two_operations);
     EXPECT_TRUE(result.happened);
     ASSERT_EQ(result.content.size(), 35U);

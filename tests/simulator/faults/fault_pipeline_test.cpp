@@ -1,4 +1,4 @@
-// What comes out of the stage of faults on the other side, byte by byte.
+// The output of the pipeline of faults, byte by byte.
 #include "simulator/fixtures/pipeline_fixture.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
@@ -138,7 +138,7 @@ TEST(fault_pipeline, readdresses_an_answer) {
     EXPECT_THAT(fixture.out(gravity), ElementsAre(readdressed));
 }
 
-TEST(fault_pipeline, floods_with_tiny_datagrams_right_behind) {
+TEST(fault_pipeline, floods_with_tiny_datagrams_right_after) {
     pipeline_fixture fixture;
     fixture.add("flood 3@op=81");
     EXPECT_THAT(fixture.out(power_supply), ElementsAre(power_supply, filler, filler, filler));
@@ -236,7 +236,7 @@ TEST(fault_pipeline, cuts_the_acceptance_short) {
     EXPECT_THAT(fixture.out(acceptance), ElementsAre(bytes(acceptance.begin(), acceptance.begin() + 14)));
 }
 
-TEST(fault_pipeline, asks_for_a_goodbye_behind_a_datagram) {
+TEST(fault_pipeline, asks_for_a_goodbye_after_a_datagram) {
     pipeline_fixture fixture;
     fixture.add("goodbye @op=4");
     EXPECT_THAT(fixture.out(acceptance, 3), ElementsAre(acceptance));

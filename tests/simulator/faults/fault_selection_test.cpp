@@ -22,7 +22,7 @@ TEST(fault_selection, goes_by_any_operation_of_a_datagram) {
     EXPECT_EQ(fixture.counts(fault_kind::drop), "1/1");
 }
 
-TEST(fault_selection, finds_no_operation_behind_one_that_is_cut_off) {
+TEST(fault_selection, finds_no_operation_after_one_that_is_cut_off) {
     bytes cut = power_supply;
     cut[8] = 200;
     pipeline_fixture fixture;
@@ -74,7 +74,7 @@ TEST(fault_selection, lets_rules_act_in_order_on_what_the_one_before_left) {
     EXPECT_THAT(other.out(gravity), ElementsAre(cut, cut));
 }
 
-TEST(fault_selection, lets_refusals_suffer_the_rules_behind) {
+TEST(fault_selection, lets_refusals_meet_the_later_rules) {
     pipeline_fixture fixture;
     fixture.add("refuse 0xB2");
     fixture.add("truncate 14@op=240");
@@ -84,7 +84,7 @@ TEST(fault_selection, lets_refusals_suffer_the_rules_behind) {
                                                         0x00, 0x00, 0x00, 0x00, 0x00}}));
 }
 
-TEST(fault_selection, holds_a_delayed_datagram_back_for_the_rules_behind_alone) {
+TEST(fault_selection, holds_a_delayed_datagram_back_for_the_later_rules_alone) {
     pipeline_fixture fixture;
     fixture.add("duplicate 1@dir=out");
     fixture.add("delay 10@dir=out");

@@ -41,14 +41,14 @@ std::size_t count_of(std::uint8_t code, const bytes& content) {
     return count;
 }
 
-TEST(connecting, lists_the_devices_ahead_of_the_acceptance_in_its_datagram) {
+TEST(connecting, lists_the_devices_before_the_acceptance_in_its_datagram) {
     service_fixture tested(announcing(announce_order::before));
     EXPECT_THAT(tested.send(1, datagram({connect_operation(connect_tag)})),
                 ElementsAre(sent{1, datagram({orvanta3_added, orvanta3_details, palmetron_added,
                                               palmetron_details, accepted_as_1})}));
 }
 
-TEST(connecting, lists_the_devices_in_a_datagram_behind_the_acceptance_when_asked_to) {
+TEST(connecting, lists_the_devices_in_a_datagram_after_the_acceptance_when_asked_to) {
     service_fixture tested(announcing(announce_order::after));
     EXPECT_THAT(tested.send(1, datagram({connect_operation(connect_tag)})),
                 ElementsAre(sent{1, datagram({accepted_as_1})},
@@ -65,7 +65,7 @@ TEST(connecting, is_accepted_without_any_device) {
                 ElementsAre(sent{1, datagram({accepted_as_1})}));
 }
 
-TEST(connecting, lists_as_many_devices_as_fit_ahead_of_the_acceptance_and_the_rest_behind_it) {
+TEST(connecting, lists_as_many_devices_as_fit_before_the_acceptance_and_the_rest_after_it) {
     service_fixture tested(announcing(announce_order::before), 100, 0);
     const sent_list answer = tested.send(1, datagram({connect_operation(connect_tag)}));
     // 6 bytes of header, 43 devices of 29 + 18 bytes and 13 bytes of acceptance; then 43 and 14 devices.

@@ -57,7 +57,7 @@ TEST(a_datagram, may_carry_anything_in_the_reserved_field) {
     EXPECT_THAT(tested.send(1, content), ElementsAre(sent{1, datagram({torque_answer})}));
 }
 
-TEST(a_datagram, of_a_header_alone_or_with_less_than_an_operation_behind_it_has_no_answer) {
+TEST(a_datagram, of_a_header_alone_or_with_less_than_an_operation_after_it_has_no_answer) {
     service_fixture tested;
     tested.enter(1, {1});
     EXPECT_THAT(tested.send(1, header), IsEmpty());
@@ -76,7 +76,7 @@ TEST(a_datagram, carries_several_operations_which_are_answered_in_order) {
                             sent{1, datagram({{0xFF, 0x15, 0x04, 0x00, 0x04, 0x01, 0x00, 0x00, 0x00}})}));
 }
 
-TEST(a_datagram, goes_on_behind_a_refused_operation) {
+TEST(a_datagram, goes_on_after_a_refused_operation) {
     service_fixture tested;
     tested.enter(1, {1});
     EXPECT_THAT(tested.send(1, datagram({{0xFF, 0xF1, 0x03, 0x00, 0x06, 0x01, 0x02, 0x03}, torque_query})),
@@ -110,7 +110,7 @@ TEST(a_datagram, that_is_itself_an_error_is_never_answered_with_one) {
     EXPECT_THAT(tested.send(1, datagram({{0xFF, 0xF0, 0x00, 0x00, 0x00}})), IsEmpty());
 }
 
-TEST(a_datagram, behind_a_goodbye_comes_from_a_stranger) {
+TEST(a_datagram, after_a_goodbye_comes_from_a_stranger) {
     service_fixture tested;
     tested.enter(1, {1});
     EXPECT_THAT(

@@ -1,4 +1,4 @@
-// Who the simulated devices are.
+// The identities of the simulated devices.
 #include "simulator/service/device.hpp"
 
 #include <gmock/gmock.h>

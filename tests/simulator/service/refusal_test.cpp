@@ -186,7 +186,7 @@ TEST(refusals, of_a_body_cover_the_operations_of_a_connection_too) {
     EXPECT_THAT(tested.core.clients(), IsEmpty());
 }
 
-// The arguments behind device 1 that a request must not have.
+// The arguments after device 1 that a request must not have.
 struct wrong_argument {
     const char* name;
     std::uint8_t code;

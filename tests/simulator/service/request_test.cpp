@@ -56,7 +56,7 @@ TEST(closing, is_confirmed_and_ends_the_streams_of_that_device_alone) {
     EXPECT_THAT(tested.lines, ElementsAre("client 1: closed device 1"));
     const sent_list streams = tested.wait(ns_per_second);
     ASSERT_THAT(streams, SizeIs(1));
-    EXPECT_EQ(streams[0].content[6 + 1], 40); // the Palmetron's state, nothing ahead of it
+    EXPECT_EQ(streams[0].content[6 + 1], 40); // the Palmetron's state, nothing before it
 }
 
 TEST(closing, and_opening_again_starts_the_streams_anew) {

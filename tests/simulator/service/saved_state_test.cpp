@@ -134,7 +134,7 @@ TEST_F(state_file, that_cannot_be_replaced_is_told_and_stays_as_it_is) {
     EXPECT_THAT(state.keep(devices[0]), StartsWith("cannot create " + path + ".new: "));
     EXPECT_EQ(read(), before);
     std::filesystem::remove(path + ".new");
-    // What failed is not saved along with the next device.
+    // A configuration that failed is not saved along with the next device.
     EXPECT_EQ(state.keep(make_devices(2, 0)[1]), "");
     std::vector<device> later = make_devices(1, 0);
     saved_state(path).apply_to(later);

@@ -1,4 +1,4 @@
-// What flows to a client that has opened devices, by a clock moved by hand.
+// The streams to a client that has opened devices, by a clock moved by hand.
 #include "simulator/fixtures/service_fixture.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
@@ -108,7 +108,7 @@ TEST(streams, of_a_rate_next_to_nothing_send_one_state) {
     EXPECT_EQ(count_until(tested, tested.now + 5 * ns_per_second - 1)[33], 1);
 }
 
-TEST(streams, send_nothing_ahead_of_the_due_time) {
+TEST(streams, send_nothing_before_the_due_time) {
     service_fixture tested;
     tested.enter(1, {1});
     tested.wait(0);

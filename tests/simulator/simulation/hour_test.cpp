@@ -54,7 +54,7 @@ TEST(an_hour, without_sockets_has_every_state_and_one_expiry) {
         }
     }
     EXPECT_EQ(to_the_first, 360'000U);
-    // For the whole of its keep-alive time, from a tick ahead of the hour on.
+    // For the whole of its keep-alive time, from a tick before the hour on.
     EXPECT_EQ(to_the_silent, 500U);
     EXPECT_EQ(fixture.tested.counters().sent - sent_before, 360'500U);
     EXPECT_THAT(fixture.lines, testing::ElementsAre(testing::HasSubstr("forgotten after its silence")));

@@ -95,7 +95,7 @@ TEST(a_device_of_ones_own, is_taken_in_once_and_listed_in_the_order_of_ids) {
     EXPECT_TRUE(fixture.tested.plug(own));
     EXPECT_FALSE(fixture.tested.plug(own));
     EXPECT_THAT(ids_of(fixture.tested), ElementsAre(1, 500, 1001));
-    // Of the type's first place there is one already.
+    // The type's first place is taken already.
     EXPECT_EQ(fixture.tested.devices()[1].place, 1U);
     fixture.tested.unplug(500);
     fixture.tested.unplug(1);

@@ -1,4 +1,4 @@
-// What faults ask of the simulation around the service: ends, restarts, devices that come and go.
+// The actions that faults ask of the simulation around the service: ends, restarts, devices that come and go.
 #include "simulator/fixtures/simulation_fixture.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
@@ -18,7 +18,7 @@ void fail(simulation_fixture& fixture, fault_kind kind, std::string_view text) {
     fixture.tested.add_fault(parse_fault(kind, text));
 }
 
-TEST(a_fault, that_restarts_the_service_does_so_behind_its_datagram) {
+TEST(a_fault, that_restarts_the_service_does_so_after_its_datagram) {
     simulation_fixture fixture;
     fixture.enter(1);
     fail(fixture, fault_kind::restart, "@op=18");

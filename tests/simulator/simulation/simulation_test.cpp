@@ -27,7 +27,7 @@ bytes id_in(const sent_list& answers) {
     return {content.end() - 8, content.end()};
 }
 
-// What a small session sends out, all in one list; the clock moves in steps of the given size.
+// The output of a small session, all in one list; the clock moves in steps of the given size.
 sent_list session(std::uint64_t seed, std::int64_t step) {
     simulation_fixture fixture(seeded(seed));
     sent_list all;
@@ -84,7 +84,7 @@ TEST(time, has_nothing_due_ever_without_clients) {
     EXPECT_EQ(fixture.tested.next_due_ns(), std::numeric_limits<std::int64_t>::max());
 }
 
-TEST(time, brings_the_first_state_a_tick_behind_the_opening) {
+TEST(time, brings_the_first_state_a_tick_after_the_opening) {
     simulation_fixture fixture;
     fixture.enter(1);
     EXPECT_THAT(fixture.send(1, open_request(1, 1)), SizeIs(1));
@@ -102,7 +102,7 @@ TEST(time, that_passes_at_once_misses_no_state) {
     EXPECT_THAT(fixture.wait(10 * ns_per_second), SizeIs(1000));
 }
 
-TEST(time, forgets_a_silent_client_at_the_first_tick_behind_its_keep_alive_time) {
+TEST(time, forgets_a_silent_client_at_the_first_tick_after_its_keep_alive_time) {
     simulation_fixture fixture;
     fixture.enter(1, {}, 5 * ns_per_second);
     fixture.tested.advance_to(5 * ns_per_second);

@@ -1,4 +1,4 @@
-// What the verbs do to a simulation, and what is said about a wrong one.
+// The effects of the verbs on a simulation, and the messages about a wrong one.
 #include "simulator/simulation/verbs.hpp"
 
 #include "simulator/fixtures/simulation_fixture.hpp"
@@ -145,7 +145,7 @@ TEST(verbs, end_the_simulation_by_quit_alone) {
     EXPECT_TRUE(result.quit);
 }
 
-TEST(verbs, leave_waiting_to_who_reads_them) {
+TEST(verbs, leave_waiting_to_their_reader) {
     simulation_fixture fixture;
     EXPECT_EQ(shown_by(fixture.tested, "wait 250"), "");
     EXPECT_EQ(fixture.tested.now_ns(), 0);

@@ -217,7 +217,7 @@ class hand_served : public quiet {
     server tested{simulated, sockets, [this] { return now; }};
 };
 
-TEST_F(hand_served, nothing_comes_before_the_clock_is_moved_and_all_that_is_due_behind_it) {
+TEST_F(hand_served, nothing_comes_before_the_clock_is_moved_and_all_that_is_due_after_it) {
     test_client client("127.0.0.1", sockets.port());
     client.send(datagram({connect_operation(0)}));
     client.send(datagram({{0xFF, 0x12, 0x06, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}}));
@@ -227,7 +227,7 @@ TEST_F(hand_served, nothing_comes_before_the_clock_is_moved_and_all_that_is_due_
     EXPECT_EQ(simulated.counters().sent, 2U);
     now = 1'000'000'000;
     EXPECT_EQ(tested.serve_waiting(), 0U);
-    // The first at once, the last on the stroke of the second.
+    // The first at once, the last when the second is over.
     EXPECT_EQ(simulated.counters().sent, 103U);
     for (int i = 0; i < 101; ++i) {
         EXPECT_EQ(client.receive().at(7), 33);

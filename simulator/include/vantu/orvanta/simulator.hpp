@@ -27,7 +27,7 @@ namespace vantu::orvanta {
 
 class service_simulator {
   public:
-    // Where a client hears of the devices: in the datagram of its acceptance, ahead of it, or behind it.
+    // Where a client hears of the devices: in the datagram of its acceptance, before it, or after it.
     enum class announce : std::uint8_t { before, after };
 
     struct settings {
@@ -99,7 +99,7 @@ class service_simulator {
     void start();
 
     // Ends the thread, if there is one, and says goodbye to all clients. The port stays open until the
-    // destructor, so that start can follow. "silence 1000" ahead of it makes a service that dies without a
+    // destructor, so that start can follow. "silence 1000" before it makes a service that dies without a
     // word.
     void stop();
 
