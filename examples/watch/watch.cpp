@@ -1,4 +1,3 @@
-// Connects, opens, asks again, begins anew.
 #include "watch.hpp"
 
 #include <array>
@@ -11,9 +10,10 @@ namespace {
 
 constexpr std::uint64_t keep_alive_ns = 5'000'000'000;
 constexpr std::uint64_t reply_timeout_ns = 100'000'000;
-// A device that is silent for so long was not opened, or is gone, or we are forgotten: asking tells.
+// After such a silence the device was not opened, or is gone, or the service has forgotten this client:
+// asking tells.
 constexpr std::int64_t longest_silence_ns = 100'000'000;
-// What a service answers that was started anew and has forgotten us.
+// The answer of a service that was started anew and has forgotten this client.
 constexpr std::uint32_t client_is_not_connected = 176;
 
 std::int64_t now_ns() {
@@ -30,8 +30,9 @@ void watch::turn() {
         connect();
         return;
     }
-    take_events();
+    const std::int32_t code = take_events();
     if (lost_) {
+        client_->fail_requests(code); // no answer can come any more
         client_.reset();
         device_id_ = 0;
         return;
@@ -39,9 +40,20 @@ void watch::turn() {
     find_device();
     if (sees_a_device() && now_ns() - last_word_ns_ > longest_silence_ns) {
         last_word_ns_ = now_ns();
-        // The request or its answer may get lost, so it is repeated for as long as nothing comes. No handler
-        // waits for it, as each that is lost would wait for ever.
-        vantu_orvanta_device_open(client_->context(), device_id_, 0, 0);
+        // The request or its answer may get lost: it counts as lost by now, and is repeated.
+        client_->fail_requests(vantu_orvanta_timed_out);
+        open_device();
+    }
+}
+
+void watch::open_device() {
+    const auto count_answer = [this](orvanta::client&, const orvanta::reply<void>& answer) {
+        --waiting_;
+        lost_ = lost_ || (answer.result == orvanta::outcome::failed &&
+                          answer.error->status == client_is_not_connected);
+    };
+    if (client_->device_open(device_id_, 0, count_answer) == vantu_orvanta_success) {
+        ++waiting_;
     }
 }
 
@@ -56,7 +68,8 @@ void watch::connect() {
         device_id_ = id == device_id_ ? 0 : device_id_;
     };
     callbacks.on_error = [this](orvanta::client&, unsigned, const vantu_orvanta_error& error) {
-        lost_ = lost_ || error.status == client_is_not_connected;
+        lost_ =
+            lost_ || error.status == client_is_not_connected; // in answer to a request that counts as lost
     };
     callbacks.on_disconnected = [this](orvanta::client&) { lost_ = true; };
     auto fresh = std::make_unique<orvanta::client>(callbacks);
@@ -86,7 +99,7 @@ void watch::find_device() {
     }
 }
 
-void watch::take_events() {
+std::int32_t watch::take_events() {
     vantu_orvanta_event event{};
     do {
         const std::int32_t code = vantu_orvanta_poll(client_->context(), &event);
@@ -94,8 +107,9 @@ void watch::take_events() {
             // After bytes that make no sense polling goes on; a service that is gone is another matter.
             lost_ = lost_ || code == vantu_orvanta_disconnected_from_service ||
                     code == vantu_orvanta_invalid_connection_state;
-            return;
+            return code;
         }
         client_->dispatch(event);
     } while (event.event_type != vantu_orvanta_event_none);
+    return vantu_orvanta_disconnected_from_service;
 }

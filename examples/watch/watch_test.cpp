@@ -1,4 +1,4 @@
-// Proves that the watch survives what services do, beside a simulated one that is told to do it.
+// Shows that the watch survives the failures of services, beside a simulated one that is told to fail.
 #include "watch.hpp"
 
 #include <chrono>
@@ -65,6 +65,8 @@ int main() {
     seen = tested.states();
     service.command("silence 300");
     expect(tested, "it sits a silence out", sees_more);
+    expect(tested, "and its requests of that time do not wait for ever",
+           [&] { return tested.waiting() <= 1; });
 
     service.stop();
     expect(tested, "it hears the goodbye of a service that ends", [&] { return !tested.sees_a_device(); });

@@ -1,4 +1,3 @@
-// Dispatch: one event to the handler that waits for it, or to its callback.
 #include "client_implementation.hpp"
 #include "vantu/orvanta/communication/bodies.hpp"
 
@@ -71,7 +70,7 @@ bool complete(client& owner, const any_reply_handler& waiting, const vantu_orvan
         waiting);
 }
 
-// A reply: to the request that waits for it, else to the default callback.
+// Calls the handler that waits for an event; false when there is none, as for every event that is no answer.
 bool complete_request(client& owner, pending_requests& pending, const vantu_orvanta_event& event) {
     return event.tag != 0 && complete(owner, pending.take(event.event_type, event.tag), event);
 }
@@ -89,7 +88,7 @@ void call_on_device(const client::record_callback<vantu_orvanta_device>& callbac
 
 bool client::dispatch(const vantu_orvanta_event& event) {
     config& callbacks = self_->callbacks;
-    const auto route = [&](const auto& callback) {
+    const auto deliver = [&](const auto& callback) {
         if (complete_request(*this, self_->pending, event)) {
             return;
         }
@@ -100,7 +99,7 @@ bool client::dispatch(const vantu_orvanta_event& event) {
         }
     };
     if (event.event_type > vantu_orvanta_event_error) {
-        return true; // no type that has a name
+        return true; // a type without a name
     }
     switch (static_cast<vantu_orvanta_event_type>(event.event_type)) {
     case vantu_orvanta_event_none:
@@ -113,70 +112,70 @@ bool client::dispatch(const vantu_orvanta_event& event) {
         call_on_device(callbacks.on_device, *this, event);
         break;
     case vantu_orvanta_event_device_removed:
-        call(callbacks.on_device_removed, *this, event.device_id);
+        deliver(callbacks.on_device_removed);
         break;
     case vantu_orvanta_event_orvanta3_info:
-        call_with_record(callbacks.on_orvanta3_info, *this, event);
+        deliver(callbacks.on_orvanta3_info);
         break;
     case vantu_orvanta_event_palmetron_info:
-        call_with_record(callbacks.on_palmetron_info, *this, event);
+        deliver(callbacks.on_palmetron_info);
         break;
     case vantu_orvanta_event_cursor_state:
-        call_with_record(callbacks.on_cursor_state, *this, event);
+        deliver(callbacks.on_cursor_state);
         break;
     case vantu_orvanta_event_cursor_state_b:
-        call_with_record(callbacks.on_cursor_state_b, *this, event);
+        deliver(callbacks.on_cursor_state_b);
         break;
     case vantu_orvanta_event_palmetron_state:
-        call_with_record(callbacks.on_palmetron_state, *this, event);
+        deliver(callbacks.on_palmetron_state);
         break;
     case vantu_orvanta_event_service_stream_a:
         call(callbacks.on_service_stream_a, *this, record_of<vantu_orvanta_service_stream_a>(event));
         break;
     case vantu_orvanta_event_service_stream_b:
-        call_with_record(callbacks.on_service_stream_b, *this, event);
+        deliver(callbacks.on_service_stream_b);
         break;
     case vantu_orvanta_event_ack:
-        route(callbacks.on_ack);
+        deliver(callbacks.on_ack);
         break;
     case vantu_orvanta_event_device_opened:
-        route(callbacks.on_device_opened);
+        deliver(callbacks.on_device_opened);
         break;
     case vantu_orvanta_event_device_closed:
-        route(callbacks.on_device_closed);
+        deliver(callbacks.on_device_closed);
         break;
     case vantu_orvanta_event_device_block:
-        route(callbacks.on_device_block);
+        deliver(callbacks.on_device_block);
         break;
     case vantu_orvanta_event_orientation:
-        route(callbacks.on_orientation);
+        deliver(callbacks.on_orientation);
         break;
     case vantu_orvanta_event_config_save:
-        route(callbacks.on_config_save);
+        deliver(callbacks.on_config_save);
         break;
     case vantu_orvanta_event_config_gravity_compensation:
-        route(callbacks.on_config_gravity_compensation);
+        deliver(callbacks.on_config_gravity_compensation);
         break;
     case vantu_orvanta_event_config_torque_scaling:
-        route(callbacks.on_config_torque_scaling);
+        deliver(callbacks.on_config_torque_scaling);
         break;
     case vantu_orvanta_event_config_handedness:
-        route(callbacks.on_config_handedness);
+        deliver(callbacks.on_config_handedness);
         break;
     case vantu_orvanta_event_status_motor_current:
-        route(callbacks.on_status_motor_current);
+        deliver(callbacks.on_status_motor_current);
         break;
     case vantu_orvanta_event_status_power_supply:
-        route(callbacks.on_status_power_supply);
+        deliver(callbacks.on_status_power_supply);
         break;
     case vantu_orvanta_event_table_block_128:
-        route(callbacks.on_table_block_128);
+        deliver(callbacks.on_table_block_128);
         break;
     case vantu_orvanta_event_table_block_301:
-        route(callbacks.on_table_block_301);
+        deliver(callbacks.on_table_block_301);
         break;
     case vantu_orvanta_event_error:
-        route(callbacks.on_error);
+        deliver(callbacks.on_error);
         break;
     }
     return true;

@@ -1,4 +1,4 @@
-// The exception that carries an error code, and its text.
+// Errors of class client: their exception and their texts.
 #include "vantu/orvanta/client.hpp"
 
 #include <utility>
