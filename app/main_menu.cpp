@@ -1,3 +1,4 @@
+// The main menu and its actions.
 #include "app/menus.hpp"
 
 #include "app/discovery.hpp"

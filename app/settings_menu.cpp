@@ -1,3 +1,4 @@
+// The menu "Device Settings".
 #include "app/menus.hpp"
 
 #include "vantu/orvanta/orvanta.h"

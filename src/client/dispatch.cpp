@@ -1,3 +1,4 @@
+// The way of an event to the handler that waits for it, or to its callback.
 #include "client_implementation.hpp"
 #include "vantu/orvanta/communication/bodies.hpp"
 
