@@ -1,17 +1,22 @@
 #!/usr/bin/env bash
-# The rules that need no compiler: layout, file length, a first comment, no platform conditions, no test
-# that is left out.
+# The rules that need no compiler: layout, file length, a first comment, includes, no platform conditions, no
+# test that is left out. Files that are very short are told and not refused.
 #
-# usage: scripts/check_style.sh
+# usage: scripts/check_style.sh [FOLDER]     (a checkout; this one by default)
 set -euo pipefail
 . "$(dirname "$(readlink -f "$0")")/common.sh"
-cd "$root"
+cd "${1:-$root}"
 
-mapfile -d '' sources < <(find src app simulator tests bench examples \
+folders=()
+for folder in src app simulator tests bench examples fuzz; do
+    [ ! -d "$folder" ] || folders+=("$folder")
+done
+[ ${#folders[@]} -gt 0 ] || fail "no sources in $PWD"
+mapfile -d '' sources < <(find "${folders[@]}" \
     \( -name '*.cpp' -o -name '*.hpp' -o -name '*.h' -o -name '*.c' \) -print0 | sort -z)
-mapfile -d '' others < <(find src app simulator tests bench examples cmake scripts CMakeLists.txt run test \
-    -type f \( -name CMakeLists.txt -o -name '*.cmake' -o -name '*.cmake.in' -o -name '*.sh' -o -name run -o -name test \) -print0)
-[ ${#sources[@]} -gt 0 ] && [ ${#others[@]} -gt 0 ] || fail "no sources found"
+mapfile -d '' others < <(find . -path './build*' -prune -o -path './.*' -prune -o -type f \( -name CMakeLists.txt -o \
+    -name '*.cmake' -o -name '*.cmake.in' -o -name '*.sh' -o -name '*.py' -o -name run -o -name test \) -printf '%P\0')
+[ ${#sources[@]} -gt 0 ] || fail "no sources in $PWD"
 broken=0
 refuse() {
     printf '%s\n' "$*" >&2
@@ -28,15 +33,44 @@ for file in "${sources[@]}" "${others[@]}"; do
     [ "$lines" -le 400 ] || refuse "$file: $lines lines, at most 400 are allowed"
 done
 
+# Headers by their name without its end: beside their source, or in the include folder of a folder around it.
+declare -A headers
+for file in "${sources[@]}"; do
+    case $file in
+    *.h | *.hpp)
+        name=${file%.*}
+        headers[$name]=1
+        [[ $name != */include/* ]] || headers[${name%%/include/*}/${name##*/}]=1
+        ;;
+    esac
+done
+has_header() {
+    local folder=${1%/*} name=${1##*/}
+    while [ -z "${headers[$folder/${name%.*}]-}" ]; do
+        [[ $folder == */* ]] || return 1
+        folder=${folder%/*}
+    done
+}
+
+short=()
 for file in "${sources[@]}"; do
     read -r first <"$file" || true
     case $first in
     //* | /\**) ;;
-    *) refuse "$file:1: opens without a comment that says what the file is for" ;;
+    *) [[ $file == *.@(c|cpp) ]] && has_header "$file" || refuse "$file:1: opens without a comment that says what the file is for" ;;
+    esac
+    case $file in
+    *_posix.* | *_linux.* | *_windows.* | *_winsock.*) ;;
+    *) [ "$(wc -l <"$file")" -ge 25 ] || short+=("$file") ;;
     esac
 done
+[ ${#short[@]} = 0 ] || say "shorter than 25 lines, and perhaps part of a neighbour: ${short[*]}"
 
-"$root/scripts/check_platform_conditions.sh" || broken=1
+if [ -d src ] && grep -rnE '^[[:space:]]*#[[:space:]]*include[[:space:]]*[<"]([^<>"]*/)?\.\./' src >&2; then
+    refuse "an include names its file from the layer's folder, not by way of the folder above"
+fi
+
+"$root/scripts/check_platform_conditions.sh" "$PWD" || broken=1
 
 # C needs typedef; clang-tidy's own check does not know that orvanta.h and records.h are C as well.
 for file in "${sources[@]}"; do
