@@ -16,6 +16,7 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <winsock2.h>
 #include <ws2tcpip.h>
 
@@ -41,12 +42,37 @@ static_assert(sizeof(std::uint32_t) == sizeof(DWORD) && sizeof(std::int32_t) == 
 // One report of a closed port is taken by one call; more attempts than two only serve reports that
 // arrive in between.
 constexpr int attempts_past_closed_ports = 8;
-// Wine refuses a send while another thread sends on the socket, which the scheduler may put off for so long.
-constexpr std::int64_t longest_refusal_ns = 20 * ns_per_millisecond;
 constexpr WORD winsock_version = 0x0202;
 
 std::string last_error_text() {
     return winsock_error_text(static_cast<std::uint32_t>(WSAGetLastError()));
+}
+
+// Needs no start and no end, unlike std::mutex here: a thread may send while the program ends.
+class turn {
+  public:
+    void lock() { AcquireSRWLockExclusive(&lock_); }
+    void unlock() { ReleaseSRWLockExclusive(&lock_); }
+
+  private:
+    SRWLOCK lock_ = SRWLOCK_INIT;
+};
+
+// A socket's senders share one. Two sockets may share it as well, and then wait for each other.
+turn& turn_of(socket_handle socket) {
+    static constinit std::array<turn, 16> turns;
+    constexpr socket_handle step_of_handles = 4;
+    return turns[socket / step_of_handles % turns.size()];
+}
+
+// One call of the system: 0, or the error's number. Wine refuses a send for want of room while another
+// thread sends on the socket; in turn, such a refusal always means that there is no room.
+DWORD send_in_turn(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
+    const std::lock_guard in_turn(turn_of(socket));
+    const int sent =
+        sendto(socket, reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()), 0,
+               reinterpret_cast<const sockaddr*>(to.address.bytes), to.length);
+    return sent >= 0 ? 0 : static_cast<DWORD>(WSAGetLastError());
 }
 
 // A closed port has one name at Winsock and others where a receive's result is collected.
@@ -227,29 +253,23 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
 
 send_result try_send(socket_handle socket, std::span<const std::byte> bytes, const endpoint& to) {
     DWORD error = 0;
-    int closed_ports = 0;
-    std::int64_t deadline_ns = 0;
-    for (;;) {
-        if (sendto(socket, reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()), 0,
-                   reinterpret_cast<const sockaddr*>(to.address.bytes), to.length) >= 0) {
-            return {socket_status::ok, 0};
-        }
-        error = static_cast<DWORD>(WSAGetLastError());
-        if (error == WSAEWOULDBLOCK) {
-            const std::int64_t now_ns = platform::steady_now_ns();
-            deadline_ns = deadline_ns == 0 ? now_ns + longest_refusal_ns : deadline_ns;
-            if (now_ns >= deadline_ns) {
-                return {socket_status::would_block, 0};
-            }
-            SwitchToThread();
-        } else if (!is_port_closed(error) || ++closed_ports == attempts_past_closed_ports) {
+    for (int attempt = 0; attempt < attempts_past_closed_ports; ++attempt) {
+        error = send_in_turn(socket, bytes, to);
+        if (!is_port_closed(error)) {
             break;
         }
     }
-    if (error == WSAEAFNOSUPPORT || error == WSAEADDRINUSE) {
+    switch (error) {
+    case 0:
+        return {socket_status::ok, 0};
+    case WSAEWOULDBLOCK:
+        return {socket_status::would_block, 0};
+    case WSAEAFNOSUPPORT:
+    case WSAEADDRINUSE:
         return {socket_status::unavailable, 0};
+    default:
+        return {socket_status::os_error, static_cast<std::uint32_t>(error)};
     }
-    return {socket_status::os_error, static_cast<std::uint32_t>(error)};
 }
 
 void log_send_failure(std::uint32_t system_error) {

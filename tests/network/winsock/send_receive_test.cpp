@@ -4,6 +4,12 @@
 
 #include "network/error_text_winsock.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/platform.hpp"
+
+#include <atomic>
+#include <cstddef>
+#include <thread>
+#include <vector>
 
 namespace orvanta_tests {
 namespace {
@@ -48,21 +54,60 @@ TEST_F(winsock_send, delivers_an_empty_datagram) {
     EXPECT_EQ(record.buffer.read_len(), 0U);
 }
 
-TEST_F(winsock_send, without_room_for_20_ms_is_would_block_and_consumes_nothing) {
-    calls.fail(winsock_call::sendto, WSAEWOULDBLOCK, 1, scripted_winsock::always);
-    const std::int64_t before = platform::steady_now_ns();
+TEST_F(winsock_send, without_room_is_would_block_after_one_call_and_consumes_nothing) {
+    calls.fail(winsock_call::sendto, WSAEWOULDBLOCK);
     EXPECT_EQ(send(), socket_status::would_block);
-    EXPECT_GE(platform::steady_now_ns() - before, 20 * ns_per_millisecond);
+    EXPECT_EQ(calls.count(winsock_call::sendto), 1);
     EXPECT_EQ(packet.read_len(), 3U);
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(winsock_send, goes_out_behind_another_threads) {
-    calls.fail(winsock_call::sendto, WSAEWOULDBLOCK, 1, 100);
-    EXPECT_EQ(send(), socket_status::ok);
-    EXPECT_EQ(calls.count(winsock_call::sendto), 101);
-    EXPECT_TRUE(receiver.wait());
-    EXPECT_THAT(log.lines(), IsEmpty());
+// Threads that send on one socket without a pause; how many of their sends were not ok.
+int refused_sends_of(int thread_count, const loopback_socket& from, const loopback_socket& to) {
+    constexpr int sends_of_each = 1000;
+    std::atomic<int> refused{0};
+    std::atomic<int> missing{thread_count};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < thread_count; ++i) {
+        threads.emplace_back([&] {
+            const std::byte bytes[32]{};
+            for (--missing; missing > 0;) {
+                std::this_thread::yield();
+            }
+            for (int sent = 0; sent < sends_of_each; ++sent) {
+                refused += try_send(from.handle(), bytes, to.address()).status == socket_status::ok ? 0 : 1;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    return refused;
+}
+
+TEST(winsock_sends, of_several_threads_on_one_socket_all_go_out) {
+    const loopback_socket sender;
+    const loopback_socket receiver;
+    EXPECT_EQ(refused_sends_of(2, sender, receiver), 0);
+    EXPECT_EQ(refused_sends_of(8, sender, receiver), 0);
+}
+
+TEST(winsock_sends, on_one_socket_are_never_inside_the_system_together) {
+    const loopback_socket sender;
+    const loopback_socket receiver;
+    const std::byte bytes[1]{};
+    std::thread other;
+    scripted_winsock calls;
+    calls.before(winsock_call::sendto, 1, [&] {
+        other = std::thread([&] {
+            EXPECT_EQ(try_send(sender.handle(), bytes, receiver.address()).status, socket_status::ok);
+        });
+        platform::sleep_until_ns(platform::steady_now_ns() + 50 * ns_per_millisecond);
+        EXPECT_EQ(calls.count(winsock_call::sendto), 1);
+    });
+    EXPECT_EQ(try_send(sender.handle(), bytes, receiver.address()).status, socket_status::ok);
+    other.join();
+    EXPECT_EQ(calls.count(winsock_call::sendto), 2);
 }
 
 TEST_F(winsock_send, for_a_refused_family_or_address_is_unavailable) {

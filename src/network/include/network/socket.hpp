@@ -1,5 +1,6 @@
 // The UDP socket layer: moves the bytes of a byte buffer and reports small status values. It knows
-// nothing of the protocol, takes no lock and keeps no state beyond the records it is given.
+// nothing of the protocol and keeps no state beyond the records it is given. It takes no lock, except that
+// sends on Windows take turns.
 // One source file a platform implements it (socket_posix.cpp).
 //
 // A failure of the system is logged at level warning as "message: {} with code: {}" before os_error
@@ -90,7 +91,7 @@ struct send_result {
 };
 
 // Sends the bytes as one datagram and logs nothing, for callers that hold something while they send. Never
-// blocks; on Windows a refusal for want of room is tried again for 20 ms.
+// waits for room. On Windows the threads that send on one socket take turns, each for one system call.
 //   ok            the datagram went out, also when the system still held an error of an earlier one
 //   would_block   the system has no room for it now
 //   unavailable   the destination's address family or address is refused

@@ -16,8 +16,9 @@
  * send now.
  *
  * Threads. Any function but connect, disconnect and thread_stop may be called from any thread at any
- * time while the context lives. Requests take no lock and never wait; the table readers wait only
- * for one table update. Times are nanoseconds of the steady clock.
+ * time while the context lives. Requests take no lock and never wait on Linux. On Windows a request
+ * waits while other threads are inside the system's send call, and for nothing else: one call each.
+ * The table readers wait only for one table update. Times are nanoseconds of the steady clock.
  *
  * No function throws, but for vantu_orvanta_poll_thread_start and _stop, where it is said. */
 #ifndef VANTU_ORVANTA_ORVANTA_H
