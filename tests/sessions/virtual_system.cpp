@@ -1,6 +1,7 @@
 // The library's socket layer, clock and end of process, in terms of the virtual world.
 #include "network/socket.hpp"
 #include "network/socket_wait.hpp"
+#include "sessions/differences.hpp"
 #include "sessions/virtual_world.hpp"
 #include "vantu/orvanta/common/assume.hpp"
 #include "vantu/orvanta/common/log.hpp"
@@ -21,16 +22,12 @@ int port_of(socket_handle socket) {
 }
 
 socket_status take(int port, receive_record& record) {
-    std::deque<datagram>& waiting = virtual_world::current().waiting_for(port);
-    if (waiting.empty()) {
+    if (!virtual_world::current().has_datagram(port)) {
         return socket_status::would_block;
     }
-    const datagram bytes = std::move(waiting.front());
-    waiting.pop_front();
+    const datagram bytes = virtual_world::current().take_datagram(port);
     record.buffer.compact();
-    const bool fits = bytes.size() <= record.buffer.write_len();
-    virtual_world::current().note_delivery(bytes, fits);
-    if (!fits) {
+    if (bytes.size() > record.buffer.write_len()) {
         return socket_status::os_error;
     }
     if (!bytes.empty()) {
@@ -57,7 +54,7 @@ opened_socket open_bound_socket(const std::string&, const std::string& port) {
 }
 
 send_result try_send(socket_handle socket, std::span<const std::byte> bytes, const endpoint&) {
-    virtual_world::current().send(port_of(socket), bytes.data(), bytes.size());
+    virtual_world::current().send(port_of(socket), bytes);
     return {};
 }
 
@@ -73,18 +70,9 @@ socket_status recv_packet_overlapped(socket_handle, receive_record&) {
 
 socket_status get_overlapped_result(socket_handle socket, receive_record& record, std::int64_t timeout_ns) {
     virtual_world& world = virtual_world::current();
-    const std::int64_t deadline = world.now_ns() + timeout_ns;
-    for (;;) {
-        const socket_status status = take(port_of(socket), record);
-        if (status != socket_status::would_block) {
-            return status;
-        }
-        if (world.now_ns() >= deadline) {
-            return socket_status::timeout;
-        }
-        // A tick at the least, so that time goes on whatever is due.
-        world.advance_to(std::min(deadline, std::max(world.next_due_ns(), world.now_ns() + 100'000)));
-    }
+    world.await_datagram(port_of(socket), world.now_ns() + timeout_ns);
+    const socket_status status = take(port_of(socket), record);
+    return status == socket_status::would_block ? socket_status::timeout : status;
 }
 
 bool wait_for_packets(std::span<const socket_handle>, std::int64_t) {
@@ -107,11 +95,11 @@ void close_socket(socket_handle& socket) {
 }
 
 void assumption_failed() {
-    throw session_tests::end_of_process("an assumption of the library failed");
+    throw session_tests::failed_assumption("an assumption of the library failed");
 }
 
 void report_failed_assumption(const source_location&, const char* message) {
-    throw session_tests::end_of_process(message);
+    throw session_tests::failed_assumption(message);
 }
 
 namespace platform {

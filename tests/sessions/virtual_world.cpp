@@ -1,8 +1,8 @@
-// The queue and the number.
 #include "sessions/virtual_world.hpp"
 
 #include <algorithm>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 
 namespace session_tests {
@@ -53,14 +53,6 @@ void virtual_world::advance_to(std::int64_t when_ns) {
     collect();
 }
 
-std::int64_t virtual_world::next_due_ns() const {
-    return service_.next_due_ns();
-}
-
-std::vector<delivery> virtual_world::take_deliveries() {
-    return std::exchange(deliveries_, {});
-}
-
 int virtual_world::open(int port) {
     if (port == 0) {
         for (port = first_port; open_ports_.count(port) != 0;) {
@@ -74,17 +66,24 @@ void virtual_world::close(int port) {
     open_ports_.erase(port);
 }
 
-void virtual_world::send(int from_port, const std::byte* bytes, std::size_t length) {
-    service_.receive(peer_at(from_port), {bytes, length});
+void virtual_world::send(int from_port, octets bytes) {
+    sent_.emplace_back(bytes.begin(), bytes.end());
+    service_.receive(peer_at(from_port), bytes);
     collect();
 }
 
-std::deque<datagram>& virtual_world::waiting_for(int port) {
-    return open_ports_.at(port);
+void virtual_world::await_datagram(int port, std::int64_t deadline_ns) {
+    while (!has_datagram(port) && now_ns_ < deadline_ns) {
+        // A tick at the least, so that time goes on whatever is due.
+        advance_to(std::min(deadline_ns, std::max(service_.next_due_ns(), now_ns_ + simulator::tick_ns)));
+    }
 }
 
-void virtual_world::note_delivery(const datagram& bytes, bool fits) {
-    deliveries_.push_back({bytes, fits});
+datagram virtual_world::take_datagram(int port) {
+    std::deque<datagram>& waiting = open_ports_.at(port);
+    taken_.push_back(std::move(waiting.front()));
+    waiting.pop_front();
+    return taken_.back();
 }
 
 void virtual_world::collect() {

@@ -1,18 +1,18 @@
-// A session's steps.
-#include "sessions/random_session.hpp"
-
+// A session of class client over the flat API: its sockets and clock are the virtual world's, put in their
+// place when linking.
 #include "sessions/chance.hpp"
-#include "sessions/random_faults.hpp"
+#include "sessions/differences.hpp"
+#include "sessions/random_service.hpp"
+#include "sessions/random_session.hpp"
 #include "sessions/reference_reader.hpp"
 #include "sessions/virtual_world.hpp"
-#include "simulator/simulation/simulation.hpp"
 #include "vantu/orvanta/client.hpp"
 #include "vantu/orvanta/common/log.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/version.hpp"
 
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -24,39 +24,19 @@ using library_client = vantu::orvanta::client;
 
 constexpr std::uint64_t reply_timeout_ns = 100 * ns_per_millisecond;
 constexpr std::uint64_t keep_alive_ns = 5'000 * ns_per_millisecond;
+constexpr std::int64_t longest_goodbye_ns = 101 * ns_per_millisecond;
+constexpr std::uint32_t process_id = 4711; // of the virtual system
 constexpr int most_polls_in_a_row = 600;
-
-std::string text_of(const expected_poll& one) {
-    return "code " + std::to_string(one.code) + ", event " + std::to_string(one.event_type) + ", device " +
-           std::to_string(one.device_id) + ", tag " + std::to_string(one.tag);
-}
-
-simulator::simulation_settings random_settings(chance& choose) {
-    constexpr double rates[]{0, 20, 100, 1000};
-    simulator::simulation_settings settings;
-    settings.announce =
-        choose.one_in(2) ? simulator::announce_order::before : simulator::announce_order::after;
-    settings.single_client = choose.one_in(10);
-    settings.rate_hz = rates[choose.below(4)];
-    settings.seed = choose.any();
-    const std::uint64_t orvanta3_count = choose.below(choose.one_in(20) ? 60 : 4);
-    settings.devices = simulator::make_devices(orvanta3_count, choose.below(3));
-    return settings;
-}
 
 class session {
   public:
     explicit session(std::uint64_t seed) : choose_(seed), faults_(random_faults(choose_)) {}
 
-    [[nodiscard]] const std::vector<fault_text>& faults() const { return faults_; }
-
     session_counts run() {
         // Thousands of sessions have nothing to say to anybody.
         set_log_sink([](std::uint64_t, log_level, const std::string&, std::uint64_t, const std::string&) {});
         simulator::simulation service(random_settings(choose_));
-        for (const auto& [name, value] : faults_) {
-            service.add_fault(simulator::parse_fault(simulator::find_fault(name)->kind, value));
-        }
+        add_faults(service, faults_);
         service_ = &service;
         virtual_world world(service);
         world_ = &world;
@@ -67,8 +47,8 @@ class session {
                 take_step();
             }
             check_devices();
-            client_.reset();
-        } catch (const end_of_process&) {
+            say_goodbye();
+        } catch (const failed_assumption&) {
             client_.reset();
             if (!end_was_expected_) {
                 throw;
@@ -79,7 +59,7 @@ class session {
             throw;
         }
         if (world.open(0) != 40'000) {
-            throw std::runtime_error("a socket was left open");
+            throw difference("a socket was left open");
         }
         check_handlers();
         for (const simulator::fault_row& row : simulator::faults) {
@@ -116,55 +96,77 @@ class session {
             if (choose_.one_in(2)) {
                 check_devices();
             } else {
-                happen_to_service();
+                happen_to(*service_, choose_);
             }
         }
     }
 
     void connect() {
-        (void)world_->take_deliveries();
+        forget_traffic();
         std::optional<int> code;
         try {
-            code = vantu_orvanta_connect_ports(client_->context(), "0", "54320", "random", 0, 0,
+            code = vantu_orvanta_connect_ports(client_->context(), "0", "54320", "random", 12, 34,
                                                keep_alive_ns, reply_timeout_ns);
-        } catch (const end_of_process&) {
+        } catch (const failed_assumption&) {
         }
-        const std::vector<delivery> taken = world_->take_deliveries();
-        const expected_handshake expected =
-            reader_.connect(taken.empty() ? std::nullopt : std::optional(taken.front()));
+        compare_sent(world_->sent(),
+                     {reference_connect({12, 34, keep_alive_ns, process_id, "random", version.version_text})},
+                     "a connect");
+        const std::vector<datagram> taken = world_->taken();
+        const expected_handshake expected = taken.empty() ? reference_reader::connect_without_answer()
+                                                          : reader_.connect(taken.front(), world_->now_ns());
         if (taken.size() > 1 || expected.ends_the_process != !code || (code && *code != expected.code)) {
-            throw std::runtime_error("connect gave " + (code ? std::to_string(*code) : "the end") + " not " +
-                                     std::to_string(expected.code));
+            throw difference("connect gave " + (code ? std::to_string(*code) : "the end") + ", not " +
+                             std::to_string(expected.code));
         }
         ++counts_.connects;
         if (!code) {
             end_was_expected_ = true;
-            throw end_of_process("a body of the handshake was cut short");
+            throw failed_assumption("a body of the handshake was cut short");
         }
         ++counts_.connect_codes[*code];
     }
 
     // True while there may be more.
     bool poll_once() {
-        (void)world_->take_deliveries();
+        forget_traffic();
         vantu_orvanta_event event{};
         const int code = vantu_orvanta_poll(client_->context(), &event);
-        const std::vector<delivery> taken = world_->take_deliveries();
+        const std::vector<datagram> taken = world_->taken();
         const expected_poll expected =
-            reader_.poll(taken.empty() ? std::nullopt : std::optional(taken.front()));
-        expected_poll happened{code, event.event_type, event.device_id, event.tag};
-        if (code != 0) {
-            happened = {code, expected.event_type, expected.device_id, expected.tag};
+            taken.empty() ? reader_.poll(world_->now_ns()) : reader_.poll(world_->now_ns(), taken.front());
+        if (taken.size() > 1 || code != expected.code) {
+            throw difference("a poll gave " + said(code, expected.code));
         }
-        if (taken.size() > 1 || happened != expected) {
-            throw std::runtime_error("a poll gave " + text_of(happened) + " not " + text_of(expected));
+        if (expected.tells_event) {
+            compare_bytes(event, expected.event, "an event");
         }
+        compare_sent(world_->sent(),
+                     std::vector<datagram>(expected.keep_alive ? 1 : 0, reference_datagram(1, 0, {})),
+                     "a poll");
         ++counts_.polls;
         ++counts_.poll_codes[code];
         if (code == 0) {
             client_->dispatch(event);
         }
         return reader_.is_connected() && (code != 0 || event.event_type != 0);
+    }
+
+    void say_goodbye() {
+        forget_traffic();
+        const std::int64_t begin_ns = world_->now_ns();
+        client_.reset();
+        const std::size_t goodbyes = reader_.is_connected() ? 1 : 0;
+        compare_sent(world_->sent(), std::vector<datagram>(goodbyes, reference_datagram(5, 0, {})),
+                     "a goodbye");
+        if (world_->now_ns() - begin_ns > longest_goodbye_ns) {
+            throw difference("a goodbye took too long");
+        }
+    }
+
+    void forget_traffic() {
+        (void)world_->taken();
+        (void)world_->sent();
     }
 
     void poll_on() {
@@ -177,26 +179,6 @@ class session {
         const std::int64_t unit = ns_per_millisecond / 10;
         world_->advance_to(world_->now_ns() +
                            unit * static_cast<std::int64_t>(1 + choose_.below(1ULL << choose_.below(16))));
-    }
-
-    void happen_to_service() {
-        switch (choose_.below(4)) {
-        case 0:
-            (void)service_->unplug(static_cast<std::uint32_t>(choose_.between(1, 4)));
-            break;
-        case 1:
-            (void)service_->plug(static_cast<std::uint8_t>(choose_.between(1, 2)));
-            break;
-        case 2:
-            if (choose_.one_in(3)) {
-                service_->restart();
-            }
-            break;
-        default:
-            if (choose_.one_in(4)) {
-                service_->say_goodbye();
-            }
-        }
     }
 
     // A handler that counts its calls, and now and then asks for more.
@@ -214,83 +196,111 @@ class session {
         const auto device = static_cast<std::uint32_t>(choose_.one_in(8) ? 1001 : choose_.below(5));
         library_client& asked = *client_;
         const std::size_t index = calls_.size();
+        const auto value = static_cast<std::uint8_t>(choose_.below(4));
+        const vantu_orvanta_config_gravity_compensation gravity{1, 0.5F};
         int code = 0;
+        datagram expected; // with tag 0
+        (void)world_->sent();
         switch (choose_.below(10)) {
         case 0:
         case 1:
-            code = asked.device_open(device, 0, handler<void>());
+            code = asked.device_open(device, 0x0201, handler<void>());
+            expected = reference_datagram(18, 0, {{device, 4}, {0x0201, 2}});
             break;
         case 2:
             code = asked.device_close(device, handler<void>());
+            expected = reference_datagram(20, 0, {{device, 4}});
             break;
         case 3:
             code = asked.orientation_get(device, handler<vantu_orvanta_orientation>());
+            expected = reference_datagram(47, 0, {{device, 4}});
             break;
         case 4:
             code = asked.config_save(device, handler<vantu_orvanta_config_save>());
+            expected = reference_datagram(64, 0, {{device, 4}});
             break;
         case 5:
             code = asked.config_gravity_compensation_get(
                 device, handler<vantu_orvanta_config_gravity_compensation>());
+            expected = reference_datagram(66, 0, {{device, 4}});
             break;
         case 6:
             code = asked.config_gravity_compensation_set(
-                device, {1, 0.5F}, handler<vantu_orvanta_config_gravity_compensation>());
+                device, gravity, handler<vantu_orvanta_config_gravity_compensation>());
+            expected = reference_datagram(67, 0, {{device, 4}, {1, 1}, {0x3F000000, 4}});
             break;
         case 7:
             code = asked.config_torque_scaling_get(device, handler<vantu_orvanta_config_torque_scaling>());
+            expected = reference_datagram(68, 0, {{device, 4}});
             break;
         case 8:
-            code = asked.config_torque_scaling_set(device, {static_cast<std::uint8_t>(choose_.below(3))},
+            code = asked.config_torque_scaling_set(device, {value},
                                                    handler<vantu_orvanta_config_torque_scaling>());
+            expected = reference_datagram(69, 0, {{device, 4}, {value, 1}});
             break;
         default:
-            code = asked.config_handedness_set(device, static_cast<std::uint8_t>(choose_.below(4)),
-                                               handler<vantu_orvanta_config_handedness>());
+            code = asked.config_handedness_set(device, value, handler<vantu_orvanta_config_handedness>());
+            expected = reference_datagram(71, 0, {{device, 4}, {value, 1}});
         }
         calls_[index].sent = code == 0;
-        const bool refused_here = device == 0 || !reader_.is_connected();
-        if (refused_here && code == 0) {
-            throw std::runtime_error("a request that cannot be sent gave 0");
-        }
+        check_request(code, device, std::move(expected));
         ++counts_.requests;
     }
 
+    // What was sent has the tag that it chose.
+    void check_request(int code, std::uint32_t device, datagram expected) {
+        std::vector<datagram> sent = world_->sent();
+        if (code == 0 && (device == 0 || !reader_.is_connected())) {
+            throw difference("a request that cannot be sent gave 0");
+        }
+        if (code != 0) {
+            compare_sent(sent, {}, "a failed request");
+            return;
+        }
+        reader_.note_send(world_->now_ns());
+        constexpr std::size_t place_of_tag = 10;
+        if (sent.size() == 1 && sent[0].size() > place_of_tag) {
+            if (sent[0][place_of_tag] == std::byte{0}) {
+                throw difference("a request with a handler has no tag");
+            }
+            expected[place_of_tag] = sent[0][place_of_tag];
+        }
+        compare_sent(sent, {std::move(expected)}, "a request");
+    }
+
     void check_devices() {
-        std::uint32_t ids[512];
-        std::size_t count = 512;
-        const int code = vantu_orvanta_device_ids(client_->context(), ids, &count);
+        std::vector<std::uint32_t> ids(512);
+        std::size_t count = ids.size();
+        const int code = vantu_orvanta_device_ids(client_->context(), ids.data(), &count);
         if (!reader_.is_connected()) {
-            if (code != 3) {
-                throw std::runtime_error("device_ids gave " + std::to_string(code) + " when not connected");
+            if (code != vantu_orvanta_invalid_connection_state) {
+                throw difference("device_ids gave " + std::to_string(code) + " when not connected");
             }
             return;
         }
-        std::map<std::uint32_t, expected_device> table;
-        for (std::size_t i = 0; code == 0 && i < count; ++i) {
-            vantu_orvanta_device device{};
-            // Device 0 is in the table where somebody announced it, and cannot be asked for.
-            if (ids[i] != 0 && vantu_orvanta_device_info(client_->context(), ids[i], &device) != 0) {
-                throw std::runtime_error("a listed device has no record");
+        ids.resize(count);
+        if (code != 0 || ids != reader_.device_ids()) {
+            throw difference("the ids are others, or in another order");
+        }
+        for (const std::uint32_t id : ids) {
+            if (id == 0) {
+                continue; // in the table where it was announced, and cannot be asked for
             }
-            table[ids[i]] = {device.device_type, device.update_count};
-        }
-        auto expected = reader_.devices();
-        if (const auto nobody = expected.find(0); nobody != expected.end()) {
-            nobody->second = {};
-        }
-        if (code != 0 || table != expected) {
-            throw std::runtime_error("the device table is not what was delivered");
+            vantu_orvanta_device device{};
+            if (vantu_orvanta_device_info(client_->context(), id, &device) != 0) {
+                throw difference("a listed device has no record");
+            }
+            compare_bytes(device, *reader_.device(id), "a device's record");
         }
     }
 
     void check_handlers() {
         for (const one_shot& one : calls_) {
             if (one.calls > (one.sent ? 1 : 0)) {
-                throw std::runtime_error("a one-shot handler was called " + std::to_string(one.calls) +
-                                         " times, its request " + (one.sent ? "sent" : "not sent"));
+                throw difference("a one-shot handler was called " + std::to_string(one.calls) +
+                                 " times, its request " + (one.sent ? "sent" : "not sent"));
             }
-            counts_.handlers += static_cast<std::uint64_t>(one.calls);
+            counts_.answers += static_cast<std::uint64_t>(one.calls);
         }
     }
 
@@ -312,34 +322,8 @@ class session {
 
 } // namespace
 
-void session_counts::add(const session_counts& other) {
-    connects += other.connects;
-    polls += other.polls;
-    requests += other.requests;
-    handlers += other.handlers;
-    ends_of_process += other.ends_of_process;
-    for (const auto& [code, times] : other.connect_codes) {
-        connect_codes[code] += times;
-    }
-    for (const auto& [code, times] : other.poll_codes) {
-        poll_codes[code] += times;
-    }
-    for (std::size_t i = 0; i < faults.size(); ++i) {
-        faults[i] += other.faults[i];
-    }
-}
-
 session_counts run_random_session(std::uint64_t seed) {
     return session(seed).run();
-}
-
-std::string faults_of_session(std::uint64_t seed) {
-    std::string text;
-    const session named(seed);
-    for (const auto& [name, value] : named.faults()) {
-        text += "  " + name + ' ' + value + '\n';
-    }
-    return text.empty() ? "  none\n" : text;
 }
 
 } // namespace session_tests

@@ -1,5 +1,4 @@
-// One fault out of the table, an argument in its range and a selector.
-#include "sessions/random_faults.hpp"
+#include "sessions/random_service.hpp"
 
 #include "simulator/faults/faults.hpp"
 
@@ -76,6 +75,53 @@ std::vector<fault_text> random_faults(chance& choose) {
         one = {std::string(row.name), std::move(value)};
     }
     return chosen;
+}
+
+simulation_settings random_settings(chance& choose) {
+    constexpr std::array rates{0.0, 20.0, 100.0, 1000.0};
+    simulation_settings settings;
+    settings.announce = choose.one_in(2) ? announce_order::before : announce_order::after;
+    settings.single_client = choose.one_in(10);
+    settings.rate_hz = rates[choose.below(rates.size())];
+    settings.seed = choose.any();
+    const std::uint64_t orvanta3_count = choose.below(choose.one_in(20) ? 60 : 4);
+    settings.devices = make_devices(orvanta3_count, choose.below(3));
+    return settings;
+}
+
+void add_faults(simulation& service, const std::vector<fault_text>& faults) {
+    for (const auto& [name, value] : faults) {
+        service.add_fault(parse_fault(find_fault(name)->kind, value));
+    }
+}
+
+void happen_to(simulation& service, chance& choose) {
+    switch (choose.below(4)) {
+    case 0:
+        (void)service.unplug(static_cast<std::uint32_t>(choose.between(1, 4)));
+        break;
+    case 1:
+        (void)service.plug(static_cast<std::uint8_t>(choose.between(1, 2)));
+        break;
+    case 2:
+        if (choose.one_in(3)) {
+            service.restart();
+        }
+        break;
+    default:
+        if (choose.one_in(4)) {
+            service.say_goodbye();
+        }
+    }
+}
+
+std::string faults_of_session(std::uint64_t seed) {
+    chance choose(seed);
+    std::string text;
+    for (const auto& [name, value] : random_faults(choose)) {
+        text += "  " + name + ' ' + value + '\n';
+    }
+    return text.empty() ? "  none\n" : text;
 }
 
 } // namespace session_tests
