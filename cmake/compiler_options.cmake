@@ -47,6 +47,10 @@ if(ORVANTA_COVERAGE)
   add_link_options(-fprofile-instr-generate)
 endif()
 
+if(ORVANTA_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 if("address" IN_LIST ORVANTA_SANITIZE)
   target_sources(orvanta_options INTERFACE
     $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${PROJECT_SOURCE_DIR}/tests/support/sanitizer_options.cpp>)
