@@ -69,10 +69,10 @@ const std::string& with_sockets(const std::string& port) {
 class service_simulator::implementation {
   public:
     explicit implementation(settings wanted)
-        : wanted_(checked(std::move(wanted))), played_(scenario_of(wanted_.scenario_path)),
+        : wanted_(checked(std::move(wanted))), scenario_(scenario_of(wanted_.scenario_path)),
           state_(state_of(wanted_.state_path)), simulated_(simulated_settings()),
           sockets_(with_sockets(wanted_.port)),
-          runner_(simulated_, played_.steps, [this](std::string_view text) { tell(text); }),
+          runner_(simulated_, scenario_.steps, [this](std::string_view text) { tell(text); }),
           server_(
               simulated_, sockets_, [this] { return time_ns(); }, drive()) {}
 
@@ -173,9 +173,9 @@ class service_simulator::implementation {
         made.announce = wanted_.devices == announce::before ? announce_order::before : announce_order::after;
         made.single_client = wanted_.single_client;
         made.rate_hz = wanted_.rate_hz;
-        made.seed = wanted_.seed ? *wanted_.seed : played_.seed ? *played_.seed : random_seed();
+        made.seed = wanted_.seed ? *wanted_.seed : scenario_.seed ? *scenario_.seed : random_seed();
         made.devices =
-            played_.devices.value_or(make_devices(wanted_.orvanta3_count, wanted_.palmetron_count));
+            scenario_.devices.value_or(make_devices(wanted_.orvanta3_count, wanted_.palmetron_count));
         made.state = state_ ? &*state_ : nullptr;
         made.narrate = [this](std::string_view text) { tell(text); };
         made.warn = made.narrate;
@@ -245,7 +245,7 @@ class service_simulator::implementation {
     }
 
     settings wanted_;
-    scenario played_;
+    scenario scenario_;
     std::optional<saved_state> state_;
     simulation simulated_;
     listeners sockets_;

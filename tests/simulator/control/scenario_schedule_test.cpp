@@ -1,4 +1,4 @@
-// The player of scenarios, with times and operations made up by the test.
+// The schedule of a scenario, with times and operations made up by the test.
 #include "simulator/control/scenario_schedule.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
@@ -23,56 +23,56 @@ scenario_step after(scenario_trigger trigger, std::int64_t delay_ms, std::vector
 }
 
 TEST(scenario_schedule, hands_out_nothing_where_there_are_no_steps) {
-    scenario_schedule player;
-    EXPECT_TRUE(player.is_finished());
-    EXPECT_EQ(player.next_due_ns(), never_ns);
-    EXPECT_THAT(player.take_due(never_ns - 1), IsEmpty());
+    scenario_schedule schedule;
+    EXPECT_TRUE(schedule.is_finished());
+    EXPECT_EQ(schedule.next_due_ns(), never_ns);
+    EXPECT_THAT(schedule.take_due(never_ns - 1), IsEmpty());
 }
 
 TEST(scenario_schedule, hands_out_a_step_at_its_time_and_once) {
-    scenario_schedule player({at(20, {"heal"})});
-    EXPECT_EQ(player.next_due_ns(), 20 * ns_per_millisecond);
-    EXPECT_THAT(player.take_due(20 * ns_per_millisecond - 1), IsEmpty());
-    EXPECT_FALSE(player.is_finished());
-    EXPECT_THAT(player.take_due(20 * ns_per_millisecond), ElementsAre("heal"));
-    EXPECT_TRUE(player.is_finished());
-    EXPECT_THAT(player.take_due(30 * ns_per_millisecond), IsEmpty());
+    scenario_schedule schedule({at(20, {"heal"})});
+    EXPECT_EQ(schedule.next_due_ns(), 20 * ns_per_millisecond);
+    EXPECT_THAT(schedule.take_due(20 * ns_per_millisecond - 1), IsEmpty());
+    EXPECT_FALSE(schedule.is_finished());
+    EXPECT_THAT(schedule.take_due(20 * ns_per_millisecond), ElementsAre("heal"));
+    EXPECT_TRUE(schedule.is_finished());
+    EXPECT_THAT(schedule.take_due(30 * ns_per_millisecond), IsEmpty());
 }
 
 TEST(scenario_schedule, hands_out_late_steps_by_their_times_and_those_of_one_time_by_their_places) {
-    scenario_schedule player({at(30, {"third"}), at(10, {"first", "and on"}), at(20, {"second"}),
-                              at(10, {"first too"}), at(40, {"not yet"})});
-    EXPECT_EQ(player.next_due_ns(), 10 * ns_per_millisecond);
-    EXPECT_THAT(player.take_due(35 * ns_per_millisecond),
+    scenario_schedule schedule({at(30, {"third"}), at(10, {"first", "and on"}), at(20, {"second"}),
+                                at(10, {"first too"}), at(40, {"not yet"})});
+    EXPECT_EQ(schedule.next_due_ns(), 10 * ns_per_millisecond);
+    EXPECT_THAT(schedule.take_due(35 * ns_per_millisecond),
                 ElementsAre("first", "and on", "first too", "second", "third"));
-    EXPECT_EQ(player.next_due_ns(), 40 * ns_per_millisecond);
-    EXPECT_THAT(player.take_due(40 * ns_per_millisecond), ElementsAre("not yet"));
+    EXPECT_EQ(schedule.next_due_ns(), 40 * ns_per_millisecond);
+    EXPECT_THAT(schedule.take_due(40 * ns_per_millisecond), ElementsAre("not yet"));
 }
 
 TEST(scenario_schedule, waits_for_an_event_and_then_for_the_delay) {
-    scenario_schedule player({after({scenario_event::connect, 0, 1}, 5, {"unplug 1"})});
-    EXPECT_EQ(player.next_due_ns(), never_ns);
-    EXPECT_THAT(player.take_due(100 * ns_per_millisecond), IsEmpty());
-    player.observe({direction::to_client, 4}, 100 * ns_per_millisecond);
-    EXPECT_EQ(player.next_due_ns(), 105 * ns_per_millisecond);
-    EXPECT_THAT(player.take_due(104 * ns_per_millisecond), IsEmpty());
-    player.observe({direction::to_client, 4}, 104 * ns_per_millisecond);
-    EXPECT_THAT(player.take_due(105 * ns_per_millisecond), ElementsAre("unplug 1"));
-    player.observe({direction::to_client, 4}, 106 * ns_per_millisecond);
-    EXPECT_EQ(player.next_due_ns(), never_ns);
+    scenario_schedule schedule({after({scenario_event::connect, 0, 1}, 5, {"unplug 1"})});
+    EXPECT_EQ(schedule.next_due_ns(), never_ns);
+    EXPECT_THAT(schedule.take_due(100 * ns_per_millisecond), IsEmpty());
+    schedule.observe({direction::to_client, 4}, 100 * ns_per_millisecond);
+    EXPECT_EQ(schedule.next_due_ns(), 105 * ns_per_millisecond);
+    EXPECT_THAT(schedule.take_due(104 * ns_per_millisecond), IsEmpty());
+    schedule.observe({direction::to_client, 4}, 104 * ns_per_millisecond);
+    EXPECT_THAT(schedule.take_due(105 * ns_per_millisecond), ElementsAre("unplug 1"));
+    schedule.observe({direction::to_client, 4}, 106 * ns_per_millisecond);
+    EXPECT_EQ(schedule.next_due_ns(), never_ns);
 }
 
 TEST(scenario_schedule, counts_events_from_the_start) {
-    scenario_schedule player({after({scenario_event::request, 66, 3}, 0, {"third"}),
-                              after({scenario_event::request, 0, 4}, 0, {"fourth of any"})});
+    scenario_schedule schedule({after({scenario_event::request, 66, 3}, 0, {"third"}),
+                                after({scenario_event::request, 0, 4}, 0, {"fourth of any"})});
     const observed_operation get{direction::to_service, 66};
-    player.observe(get, 1);
-    player.observe({direction::to_service, 67}, 2);
-    player.observe(get, 3);
-    EXPECT_EQ(player.next_due_ns(), never_ns);
-    player.observe(get, 4);
-    EXPECT_EQ(player.next_due_ns(), 4);
-    EXPECT_THAT(player.take_due(4), ElementsAre("third", "fourth of any"));
+    schedule.observe(get, 1);
+    schedule.observe({direction::to_service, 67}, 2);
+    schedule.observe(get, 3);
+    EXPECT_EQ(schedule.next_due_ns(), never_ns);
+    schedule.observe(get, 4);
+    EXPECT_EQ(schedule.next_due_ns(), 4);
+    EXPECT_THAT(schedule.take_due(4), ElementsAre("third", "fourth of any"));
 }
 
 // Each event by the operation that it stands for, and the operation of that code that goes the other way.
