@@ -14,7 +14,7 @@ using testing::IsEmpty;
 using vantu::orvanta::ns_per_millisecond;
 using vantu::orvanta::communication::direction;
 
-scenario_step at(std::int64_t due_ms, std::vector<std::string> verbs) {
+scenario_step step_at(std::int64_t due_ms, std::vector<std::string> verbs) {
     return {std::nullopt, due_ms * ns_per_millisecond, std::move(verbs)};
 }
 
@@ -30,7 +30,7 @@ TEST(scenario_schedule, hands_out_nothing_where_there_are_no_steps) {
 }
 
 TEST(scenario_schedule, hands_out_a_step_at_its_time_and_once) {
-    scenario_schedule schedule({at(20, {"heal"})});
+    scenario_schedule schedule({step_at(20, {"heal"})});
     EXPECT_EQ(schedule.next_due_ns(), 20 * ns_per_millisecond);
     EXPECT_THAT(schedule.take_due(20 * ns_per_millisecond - 1), IsEmpty());
     EXPECT_FALSE(schedule.is_finished());
@@ -40,8 +40,9 @@ TEST(scenario_schedule, hands_out_a_step_at_its_time_and_once) {
 }
 
 TEST(scenario_schedule, hands_out_late_steps_by_their_times_and_those_of_one_time_by_their_places) {
-    scenario_schedule schedule({at(30, {"third"}), at(10, {"first", "and on"}), at(20, {"second"}),
-                                at(10, {"first too"}), at(40, {"not yet"})});
+    scenario_schedule schedule({step_at(30, {"third"}), step_at(10, {"first", "and on"}),
+                                step_at(20, {"second"}), step_at(10, {"first too"}),
+                                step_at(40, {"not yet"})});
     EXPECT_EQ(schedule.next_due_ns(), 10 * ns_per_millisecond);
     EXPECT_THAT(schedule.take_due(35 * ns_per_millisecond),
                 ElementsAre("first", "and on", "first too", "second", "third"));
