@@ -5,6 +5,7 @@
 #include "vantu/orvanta/common/platform.hpp"
 
 #include <cstdlib>
+#include <string>
 
 namespace vantu::orvanta {
 
@@ -14,7 +15,7 @@ void assumption_failed() {
 }
 
 void report_failed_assumption(const source_location& where, const char* message) {
-    log(log_level::error, where, message);
+    log_or_drop(log_level::error, where, [message] { return std::string(message); });
     assumption_failed();
 }
 

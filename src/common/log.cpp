@@ -4,10 +4,11 @@
 #include "file_name.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
+#include <cstddef>
 #include <cstdio>
 #include <mutex>
+#include <new>
 #include <string_view>
-#include <utility>
 
 namespace vantu::orvanta {
 namespace {
@@ -18,9 +19,10 @@ struct logger {
     std::mutex mutex;
 };
 
-// Never destroyed: other threads and static destructors may still log at exit.
+// Never destroyed: other threads and static destructors may still log at exit. Needs no memory of its own.
 logger& the_logger() {
-    static auto* instance = new logger;
+    alignas(logger) static std::byte place[sizeof(logger)];
+    static auto* instance = new (place) logger;
     return *instance;
 }
 
@@ -97,7 +99,7 @@ void log(log_level level, const source_location& where, const std::string& messa
 void set_log_sink(log_sink sink) {
     logger& target = the_logger();
     const std::lock_guard lock(target.mutex);
-    target.sink = std::move(sink);
+    target.sink.swap(sink);
 }
 
 } // namespace vantu::orvanta

@@ -23,7 +23,7 @@ std::int64_t time_left_ns(std::int64_t deadline_ns) noexcept {
 
 } // namespace
 
-waitable_timer::waitable_timer()
+waitable_timer::waitable_timer() noexcept
     : handle_(CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION,
                                      TIMER_MODIFY_STATE | SYNCHRONIZE)),
       precise_(handle_ != nullptr) {
@@ -50,8 +50,10 @@ bool waitable_timer::set(std::int64_t deadline_ns) const noexcept {
     return SetWaitableTimer(handle_, &due, 0, nullptr, nullptr, FALSE) != 0;
 }
 
-const waitable_timer& timer_of_this_thread() {
-    return of_this_thread<waitable_timer>();
+const waitable_timer& timer_of_this_thread() noexcept {
+    static const waitable_timer none(nullptr);
+    const waitable_timer* own = of_this_thread<waitable_timer>();
+    return own != nullptr ? *own : none;
 }
 
 std::uint32_t milliseconds_until(std::int64_t deadline_ns) noexcept {

@@ -157,8 +157,9 @@ resolved_endpoint resolve_address(const std::string& host, const std::string& po
     hints.ai_protocol = IPPROTO_UDP;
     addrinfo* list = nullptr;
     if (const int result = getaddrinfo(host.c_str(), port.c_str(), &hints, &list); result != 0) {
-        const std::string reason = resolver_text(result, errno);
-        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), reason));
+        const int error = errno;
+        log_here(log_level::warning,
+                 failure_text(unable_to_resolve(host, port), resolver_text(result, error)));
         return {{}, socket_status::os_error};
     }
     if (list == nullptr) {
@@ -181,8 +182,9 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
     hints.ai_protocol = IPPROTO_UDP;
     addrinfo* list = nullptr;
     if (const int result = getaddrinfo(host.c_str(), port.c_str(), &hints, &list); result != 0) {
-        const std::string reason = resolver_text(result, errno);
-        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), reason));
+        const int error = errno;
+        log_here(log_level::warning,
+                 failure_text(unable_to_resolve(host, port), resolver_text(result, error)));
         return {invalid_socket, socket_status::os_error};
     }
     const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owned_list(list, &freeaddrinfo);
@@ -193,8 +195,8 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
         }
         int on = 1;
         if (ioctl(descriptor, FIONBIO, &on) != 0) {
-            const std::string reason = error_text(errno);
-            log_here(log_level::warning, failure_text(unable_to_set_non_blocking, reason));
+            const int error = errno;
+            log_here(log_level::warning, failure_text(unable_to_set_non_blocking, error_text(error)));
             // The socket stays open on purpose.
             return {invalid_socket, socket_status::os_error};
         }
@@ -263,8 +265,8 @@ socket_status recv_packet_overlapped(socket_handle socket, receive_record& recor
     // The datagram waits in the socket until get_overlapped_result takes it; what is left to do here
     // is to drop errors of earlier datagrams, which also shows whether the socket can be used.
     if (!drain_error_queue(descriptor_of(socket))) {
-        const std::string reason = error_text(errno);
-        log_here(log_level::warning, failure_text(unable_to_receive, reason));
+        const int error = errno;
+        log_here(log_level::warning, failure_text(unable_to_receive, error_text(error)));
         return socket_status::os_error;
     }
     return socket_status::ok;

@@ -29,6 +29,7 @@ inline constexpr std::string_view unable_to_set_non_blocking = "unable to ioctl 
 inline constexpr std::string_view unable_to_send = "unable to send packet";
 inline constexpr std::string_view unable_to_receive = "unable to recv packet";
 inline constexpr std::string_view unable_to_get_result = "unable to get overlapped IO result";
+inline constexpr std::string_view unable_to_wait = "unable to wait for packets";
 inline constexpr std::string_view unable_to_stringify_address = "unable to stringify the addr";
 inline constexpr std::string_view unable_to_stringify_socket = "unable to stringify the handle/socket";
 

@@ -6,28 +6,40 @@
 #include "vantu/orvanta/common/nanoseconds.hpp"
 #include "vantu/orvanta/common/platform.hpp"
 
-#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <poll.h>
-#include <vector>
 
 namespace vantu::orvanta {
+namespace {
+
+using namespace socket_shared;
+
+bool fail(int error) {
+    log_here(log_level::warning, failure_text(unable_to_wait, one_line_of(strerrordesc_np(error))));
+    return false;
+}
+
+} // namespace
 
 bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadline_ns) {
-    std::vector<pollfd> entries;
-    entries.reserve(sockets.size());
-    for (const socket_handle socket : sockets) {
+    const std::unique_ptr<pollfd[]> entries(new (std::nothrow) pollfd[sockets.size()]);
+    if (entries == nullptr) {
+        return fail(ENOMEM);
+    }
+    for (std::size_t i = 0; i < sockets.size(); ++i) {
         // The invalid handle becomes a negative descriptor, which the system passes over.
-        entries.push_back({static_cast<int>(socket), POLLIN, 0});
+        entries[i] = {static_cast<int>(sockets[i]), POLLIN, 0};
     }
     const std::int64_t now = platform::steady_now_ns();
     const std::int64_t left = deadline_ns > now ? deadline_ns - now : 0;
     const timespec limit{static_cast<time_t>(left / ns_per_second), static_cast<long>(left % ns_per_second)};
-    const int ready = ppoll(entries.data(), entries.size(), &limit, nullptr);
+    const int ready = ppoll(entries.get(), sockets.size(), &limit, nullptr);
     if (ready < 0 && errno != EINTR) {
-        const std::string reason = socket_shared::one_line_of(strerrordesc_np(errno));
-        log_here(log_level::warning, socket_shared::failure_text("unable to wait for packets", reason));
+        return fail(errno);
     }
     return ready > 0;
 }

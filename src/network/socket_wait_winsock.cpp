@@ -15,6 +15,8 @@
 namespace vantu::orvanta {
 namespace {
 
+using namespace socket_shared;
+
 // An event that the calling thread keeps.
 class thread_event {
   public:
@@ -32,34 +34,36 @@ class thread_event {
     WSAEVENT handle_;
 };
 
-bool fail(int error) {
-    const std::string reason = winsock_error_text(static_cast<std::uint32_t>(error));
-    log_here(log_level::warning, socket_shared::failure_text("unable to wait for packets", reason));
+bool fail(std::uint32_t error) {
+    log_here(log_level::warning, failure_text(unable_to_wait, winsock_error_text(error)));
     return false;
 }
 
 } // namespace
 
 bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadline_ns) {
-    const auto& event = platform::of_this_thread<thread_event>();
-    WSAResetEvent(event.handle());
+    const auto* event = platform::of_this_thread<thread_event>();
+    if (event == nullptr) {
+        return fail(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    WSAResetEvent(event->handle());
     for (const socket_handle socket : sockets) {
         // The event is set at once when something waits already.
-        if (socket != invalid_socket && WSAEventSelect(socket, event.handle(), FD_READ) != 0) {
-            return fail(WSAGetLastError());
+        if (socket != invalid_socket && WSAEventSelect(socket, event->handle(), FD_READ) != 0) {
+            return fail(static_cast<std::uint32_t>(WSAGetLastError()));
         }
     }
     const platform::waitable_timer& timer = platform::timer_of_this_thread();
     // Timers may end a little ahead of the clock.
     for (;;) {
         const bool timed = timer.set(deadline_ns);
-        const std::array<HANDLE, 2> handles{event.handle(), timer.handle()};
+        const std::array<HANDLE, 2> handles{event->handle(), timer.handle()};
         // Of handles that are both set the first one counts.
         const DWORD ready =
             WaitForMultipleObjects(timed ? 2 : 1, handles.data(), FALSE,
                                    timed ? INFINITE : platform::milliseconds_until(deadline_ns));
         if (ready == WAIT_FAILED) {
-            return fail(static_cast<int>(GetLastError()));
+            return fail(GetLastError());
         }
         if (ready == WAIT_OBJECT_0) {
             return true;

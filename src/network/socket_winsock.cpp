@@ -44,8 +44,8 @@ static_assert(sizeof(std::uint32_t) == sizeof(DWORD) && sizeof(std::int32_t) == 
 constexpr int attempts_past_closed_ports = 8;
 constexpr WORD winsock_version = 0x0202;
 
-std::string last_error_text() {
-    return winsock_error_text(static_cast<std::uint32_t>(WSAGetLastError()));
+std::uint32_t last_error() {
+    return static_cast<std::uint32_t>(WSAGetLastError());
 }
 
 // Needs no start and no end, unlike std::mutex here: a thread may send while the program ends.
@@ -188,7 +188,8 @@ std::string text_of_address(const endpoint& address) {
 void socket_startup() {
     static WSADATA data;
     if (WSAStartup(winsock_version, &data) != 0) {
-        log_here(log_level::error, failure_text(unable_to_startup, last_error_text()));
+        const std::uint32_t error = last_error();
+        log_here(log_level::error, failure_text(unable_to_startup, winsock_error_text(error)));
         assumption_failed();
     }
 }
@@ -198,8 +199,8 @@ resolved_endpoint resolve_address(const std::string& host, const std::string& po
     hints.ai_protocol = IPPROTO_UDP;
     addrinfo* list = nullptr;
     if (getaddrinfo(host.c_str(), port.c_str(), &hints, &list) != 0) {
-        const std::string reason = last_error_text();
-        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), reason));
+        const std::uint32_t error = last_error();
+        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), winsock_error_text(error)));
         return {{}, socket_status::os_error};
     }
     if (list == nullptr) {
@@ -222,8 +223,8 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
     hints.ai_protocol = IPPROTO_UDP;
     addrinfo* list = nullptr;
     if (getaddrinfo(host.c_str(), port.c_str(), &hints, &list) != 0) {
-        const std::string reason = last_error_text();
-        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), reason));
+        const std::uint32_t error = last_error();
+        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), winsock_error_text(error)));
         return {invalid_socket, socket_status::os_error};
     }
     const auto release = [](addrinfo* owned) { freeaddrinfo(owned); };
@@ -236,8 +237,8 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
         }
         u_long on = 1;
         if (ioctlsocket(socket, static_cast<long>(FIONBIO), &on) != 0) {
-            const std::string reason = last_error_text();
-            log_here(log_level::warning, failure_text(unable_to_set_non_blocking, reason));
+            const std::uint32_t error = last_error();
+            log_here(log_level::warning, failure_text(unable_to_set_non_blocking, winsock_error_text(error)));
             // The socket stays open on purpose.
             return {invalid_socket, socket_status::os_error};
         }
@@ -357,7 +358,8 @@ socket_status get_overlapped_result(socket_handle socket, receive_record& record
 std::string stringify_addr(const endpoint& address) {
     std::string text = text_of_address(address);
     if (text.empty()) {
-        log_here(log_level::warning, failure_text(unable_to_stringify_address, last_error_text()));
+        const std::uint32_t error = last_error();
+        log_here(log_level::warning, failure_text(unable_to_stringify_address, winsock_error_text(error)));
     }
     return text;
 }
@@ -370,7 +372,8 @@ std::string stringify_socket(socket_handle socket) {
         text = text_of_address(local);
     }
     if (text.empty()) {
-        log_here(log_level::warning, failure_text(unable_to_stringify_socket, last_error_text()));
+        const std::uint32_t error = last_error();
+        log_here(log_level::warning, failure_text(unable_to_stringify_socket, winsock_error_text(error)));
     }
     return text;
 }

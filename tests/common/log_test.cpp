@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -158,6 +159,15 @@ TEST(log, passes_on_what_the_sink_throws_and_logs_on) {
     EXPECT_THROW(log(log_level::info, "lib", 1, "text"), std::runtime_error);
     set_log_sink(nullptr);
     EXPECT_EQ(printed("still here"), "still here");
+}
+
+TEST(log, lets_the_earlier_sink_log_when_it_ends) {
+    struct farewell {
+        ~farewell() { log(log_level::info, "lib", 1, "farewell"); }
+    };
+    set_log_sink([owned = std::make_shared<farewell>()](auto&&...) {});
+    const captured_log sink;
+    EXPECT_THAT(sink.lines(), testing::ElementsAre("INFO farewell"));
 }
 
 TEST(log, names_the_file_and_line_of_the_call) {

@@ -10,7 +10,8 @@ namespace vantu::orvanta {
 // Breaks into an attached debugger, then aborts.
 [[noreturn]] void assumption_failed();
 
-// Logs the message at level error with the given location, then ends through assumption_failed.
+// Logs the message at level error with the given location, then ends through assumption_failed; without
+// memory for the line it ends without it.
 [[noreturn]] void report_failed_assumption(const source_location& where, const char* message);
 
 } // namespace vantu::orvanta

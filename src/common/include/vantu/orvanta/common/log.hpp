@@ -27,7 +27,7 @@ using log_sink = std::function<void(std::uint64_t opaque, log_level level, const
 
 // Writes one line, or hands the call to the sink. The message is complete: nothing in it is expanded
 // but "%%", which prints one percent sign. Any thread. Throws std::system_error when the logger's
-// lock cannot be taken, and what the sink throws.
+// lock cannot be taken, std::bad_alloc when memory runs out, and what the sink throws.
 void log(log_level level, const std::string& path, std::uint64_t line, const std::string& message);
 
 // The same for a location that is part of the line's contract.
@@ -42,7 +42,8 @@ void log_or_drop(log_level level, const source_location& where, const Compose& c
     }
 }
 
-// Installs a sink for the whole process; an empty one brings the default writer back.
+// Installs a sink for the whole process; an empty one brings the default writer back. Any thread. The
+// earlier sink is destroyed after the logger's lock is released. Allocates nothing.
 void set_log_sink(log_sink sink);
 
 // The writer used while no sink is set: "LEVEL file line MSG message", where file is what follows

@@ -3,19 +3,21 @@
 
 #include "vantu/orvanta/common/assume.hpp"
 
+#include <memory>
+#include <new>
 #include <windows.h>
 
 namespace vantu::orvanta::platform {
 
-template <typename T> const T& of_this_thread() {
+// Null when there is no memory for it.
+template <typename T> const T* of_this_thread() noexcept {
     static const DWORD index = FlsAlloc([](void* object) { delete static_cast<T*>(object); });
     assume(index != FLS_OUT_OF_INDEXES);
-    auto* object = static_cast<T*>(FlsGetValue(index));
-    if (object == nullptr) {
-        object = new T;
-        FlsSetValue(index, object);
+    if (const auto* object = static_cast<const T*>(FlsGetValue(index)); object != nullptr) {
+        return object;
     }
-    return *object;
+    std::unique_ptr<T> made(new (std::nothrow) T);
+    return made != nullptr && FlsSetValue(index, made.get()) != 0 ? made.release() : nullptr;
 }
 
 } // namespace vantu::orvanta::platform

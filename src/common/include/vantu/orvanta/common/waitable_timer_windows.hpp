@@ -1,13 +1,16 @@
 // The most precise timer that Windows grants a thread, one a thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace vantu::orvanta::platform {
 
 class waitable_timer {
   public:
-    waitable_timer();
+    waitable_timer() noexcept;
+    // No timer: it cannot be set.
+    explicit waitable_timer(std::nullptr_t) noexcept : handle_(nullptr), precise_(false) {}
     ~waitable_timer();
     waitable_timer(const waitable_timer&) = delete;
     waitable_timer& operator=(const waitable_timer&) = delete;
@@ -27,8 +30,9 @@ class waitable_timer {
     bool precise_;
 };
 
-// The calling thread's own timer, made when it is first asked for.
-[[nodiscard]] const waitable_timer& timer_of_this_thread();
+// The calling thread's own timer, made when it is first asked for. One that cannot be set when there is no
+// memory for it.
+[[nodiscard]] const waitable_timer& timer_of_this_thread() noexcept;
 
 // How long a wait without a timer lasts at least until the deadline, in the system's milliseconds.
 [[nodiscard]] std::uint32_t milliseconds_until(std::int64_t deadline_ns) noexcept;
