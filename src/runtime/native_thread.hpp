@@ -14,7 +14,8 @@ struct native_thread {
     void* argument{nullptr};
 };
 
-// Starts a thread that runs body(argument) and takes none of the program's signals. Throws
+// Starts a thread that runs body(argument) and takes none of the program's signals; those of its own
+// faults and breakpoints stay open to the program's handlers and to a debugger. Throws
 // std::system_error (resource_unavailable_try_again) when the system starts none.
 void start_thread(native_thread& thread, void (*body)(void*), void* argument);
 

@@ -16,6 +16,17 @@ void* run(void* record) {
     return nullptr;
 }
 
+// All but those that a fault raises on the thread that makes it, and those of a breakpoint and a failed
+// check.
+sigset_t signals_of_the_program() {
+    sigset_t signals;
+    sigfillset(&signals);
+    for (const int of_a_fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT}) {
+        sigdelset(&signals, of_a_fault);
+    }
+    return signals;
+}
+
 [[noreturn]] void fail(std::errc error) {
     throw std::system_error(std::make_error_code(error));
 }
@@ -25,10 +36,9 @@ void* run(void* record) {
 void start_thread(native_thread& thread, void (*body)(void*), void* argument) {
     thread.body = body;
     thread.argument = argument;
-    sigset_t all;
+    const sigset_t programs = signals_of_the_program();
     sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
+    pthread_sigmask(SIG_SETMASK, &programs, &before);
     pthread_t started{};
     const int error = pthread_create(&started, nullptr, run, &thread);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
