@@ -15,6 +15,9 @@ using vantu::orvanta::log_level;
 using vantu::orvanta::set_log_sink;
 using vantu::orvanta::source_location;
 
+#define A_MACRO (1 + 1)
+#define A_CHECK(value) ((value) == A_MACRO)
+
 constexpr source_location somewhere{"some/folder/data", 45};
 
 void check_a_broken_length() {
@@ -41,6 +44,14 @@ TEST_F(assume_death_test, logs_the_expression_as_written_and_ends_the_process) {
 TEST_F(assume_death_test, reports_its_own_file_and_line) {
     const std::string line = std::to_string(__LINE__ + 1);
     EXPECT_TRAP(assume(1 + 1 == 3), "ERROR assume_test.cpp " + line + " MSG assumption failed: 1 + 1 == 3\n");
+}
+
+TEST_F(assume_death_test, leaves_the_macros_of_an_expression_as_written) {
+    const int one = 1;
+    EXPECT_TRAP(assume_at(somewhere, one == A_MACRO),
+                "ERROR data 45 MSG assumption failed: one == A_MACRO\n");
+    EXPECT_EXIT(assume(one == A_MACRO), ended_by_trap, testing::HasSubstr("failed: one == A_MACRO\n"));
+    EXPECT_EXIT(assume(A_CHECK(one)), ended_by_trap, testing::HasSubstr("failed: A_CHECK(one)\n"));
 }
 
 TEST_F(assume_death_test, keeps_the_commas_of_an_expression) {

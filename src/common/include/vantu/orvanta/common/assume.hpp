@@ -16,13 +16,19 @@ namespace vantu::orvanta {
 
 } // namespace vantu::orvanta
 
+// Checks an expression and reports a failure at the place of the check. The text of the report is the
+// expression as written: each of the two takes it before macros are expanded.
+#define assume(...)                                                                                          \
+    assume_with_text((::vantu::orvanta::source_location{__FILE__, __LINE__}),                                \
+                     "assumption failed: " #__VA_ARGS__, __VA_ARGS__)
+
 // Checks an expression and reports a failure at a location that is part of the check's contract.
-#define assume_at(where, ...)                                                                                \
+#define assume_at(where, ...) assume_with_text(where, "assumption failed: " #__VA_ARGS__, __VA_ARGS__)
+
+// For the two above.
+#define assume_with_text(where, text, ...)                                                                   \
     do {                                                                                                     \
         if (!(__VA_ARGS__)) [[unlikely]] {                                                                   \
-            ::vantu::orvanta::report_failed_assumption(where, "assumption failed: " #__VA_ARGS__);           \
+            ::vantu::orvanta::report_failed_assumption(where, text);                                         \
         }                                                                                                    \
     } while (false)
-
-// Checks an expression and reports a failure at the place of the check.
-#define assume(...) assume_at((::vantu::orvanta::source_location{__FILE__, __LINE__}), __VA_ARGS__)
