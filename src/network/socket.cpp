@@ -30,6 +30,14 @@ socket_status send_packet(socket_handle socket, byte_buffer& buffer, const endpo
     return status;
 }
 
+socket_status recv_packet(socket_handle socket, receive_record& record) {
+    const receive_result received = try_receive(socket, record);
+    if (received.status == socket_status::os_error) {
+        log_receive_failure(received.system_error);
+    }
+    return received.status;
+}
+
 namespace socket_shared {
 
 std::string failure_text(std::string_view operation, std::string_view system_text) {

@@ -243,21 +243,24 @@ void log_send_failure(std::uint32_t system_error) {
     log_here(log_level::warning, failure_text(unable_to_send, error_text(static_cast<int>(system_error))));
 }
 
-socket_status recv_packet(socket_handle socket, receive_record& record) {
+receive_result try_receive(socket_handle socket, receive_record& record) {
     prepare_receive(record);
     const int error = receive_once(descriptor_of(socket), record);
     if (error == 0) {
-        return socket_status::ok;
+        return {socket_status::ok, 0};
     }
     if (error == EAGAIN) {
-        return socket_status::would_block;
+        return {socket_status::would_block, 0};
     }
     (void)drain_error_queue(descriptor_of(socket));
     if (is_port_closed(error)) {
-        return socket_status::connection_reset;
+        return {socket_status::connection_reset, 0};
     }
-    log_here(log_level::warning, failure_text(unable_to_receive, error_text(error)));
-    return socket_status::os_error;
+    return {socket_status::os_error, static_cast<std::uint32_t>(error)};
+}
+
+void log_receive_failure(std::uint32_t system_error) {
+    log_here(log_level::warning, failure_text(unable_to_receive, error_text(static_cast<int>(system_error))));
 }
 
 socket_status recv_packet_overlapped(socket_handle socket, receive_record& record) {

@@ -277,7 +277,7 @@ void log_send_failure(std::uint32_t system_error) {
     log_here(log_level::warning, failure_text(unable_to_send, winsock_error_text(system_error)));
 }
 
-socket_status recv_packet(socket_handle socket, receive_record& record) {
+receive_result try_receive(socket_handle socket, receive_record& record) {
     prepare_receive(record);
     const int length =
         recvfrom(socket, reinterpret_cast<char*>(record.buffer.unwritten()),
@@ -285,18 +285,20 @@ socket_status recv_packet(socket_handle socket, receive_record& record) {
                  reinterpret_cast<sockaddr*>(record.from.bytes), reinterpret_cast<int*>(&record.from_length));
     if (length >= 0) {
         record.buffer.skip_write(static_cast<std::uint64_t>(length));
-        return socket_status::ok;
+        return {socket_status::ok, 0};
     }
     const int error = WSAGetLastError();
     if (error == WSAEWOULDBLOCK) {
-        return socket_status::would_block;
+        return {socket_status::would_block, 0};
     }
     if (error == WSAECONNRESET) {
-        return socket_status::connection_reset;
+        return {socket_status::connection_reset, 0};
     }
-    log_here(log_level::warning,
-             failure_text(unable_to_receive, winsock_error_text(static_cast<std::uint32_t>(error))));
-    return socket_status::os_error;
+    return {socket_status::os_error, static_cast<std::uint32_t>(error)};
+}
+
+void log_receive_failure(std::uint32_t system_error) {
+    log_here(log_level::warning, failure_text(unable_to_receive, winsock_error_text(system_error)));
 }
 
 socket_status recv_packet_overlapped(socket_handle socket, receive_record& record) {

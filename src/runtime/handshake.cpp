@@ -39,7 +39,7 @@ std::string without_final_zero(std::string text) {
     return text;
 }
 
-// Sends the request and waits for one datagram in answer.
+// Sends the request and waits for one datagram in answer, which comes into the emptied receive buffer.
 std::int32_t exchange_request(vantu_orvanta_context& context, socket_handle socket, const endpoint& service,
                               const introduction& client) {
     byte_buffer request(constants::mode_write);
@@ -48,6 +48,7 @@ std::int32_t exchange_request(vantu_orvanta_context& context, socket_handle sock
     if (status != socket_status::ok) {
         return client_code_from_socket_status(status);
     }
+    context.connection.receive_buffer().reset();
     status = recv_packet_overlapped(socket, context.receive);
     if (status == socket_status::ok) {
         constexpr std::uint64_t longest = std::numeric_limits<std::int64_t>::max();
@@ -89,20 +90,17 @@ std::int32_t attempt(vantu_orvanta_context& context, const std::string& client_p
     if (service.status != socket_status::ok) {
         return client_code_from_socket_status(service.status);
     }
-    byte_buffer& datagram = context.connection.receive_buffer();
-    datagram.reset();
-    std::int32_t code = exchange_request(context, socket.get(), service.address, client);
-    handshake_reply reply;
-    if (code == vantu_orvanta_success) {
-        code = read_handshake_reply(datagram, reply);
-        rejected = reply.rejected;
-    }
-    if (code != vantu_orvanta_success) {
-        datagram.reset();
+    if (const std::int32_t code = exchange_request(context, socket.get(), service.address, client);
+        code != vantu_orvanta_success) {
         return code;
     }
-    accept(context, socket, service.address, std::move(reply));
-    return vantu_orvanta_success;
+    handshake_reply reply;
+    const std::int32_t code = read_handshake_reply(context.connection.receive_buffer(), reply);
+    rejected = reply.rejected;
+    if (code == vantu_orvanta_success) {
+        accept(context, socket, service.address, std::move(reply));
+    }
+    return code;
 }
 
 } // namespace

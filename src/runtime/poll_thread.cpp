@@ -51,8 +51,13 @@ vantu_orvanta_poll_thread* vantu_orvanta_poll_thread_start(vantu_orvanta_context
     }
     std::unique_ptr<vantu_orvanta_poll_thread> thread(new (std::nothrow)
                                                           vantu_orvanta_poll_thread{context, handler, user});
-    if (thread != nullptr) {
+    if (thread == nullptr) {
+        return nullptr;
+    }
+    try {
         start_thread(thread->thread, run_polling_thread, thread.get());
+    } catch (const std::bad_alloc&) {
+        return nullptr; // no memory for the exception that says why
     }
     return thread.release();
 }

@@ -19,17 +19,23 @@ std::optional<send_result> send_under_lease(vantu_orvanta_context& context, cons
 
 } // namespace
 
-std::int32_t send(vantu_orvanta_context& context, const byte_buffer& datagram) {
-    const std::optional<send_result> sent = send_under_lease(context, datagram);
-    if (!sent) {
-        return vantu_orvanta_invalid_connection_state;
+sent send_unlogged(vantu_orvanta_context& context, const byte_buffer& datagram) {
+    const std::optional<send_result> result = send_under_lease(context, datagram);
+    if (!result) {
+        return {vantu_orvanta_invalid_connection_state, 0};
     }
-    if (sent->status == socket_status::ok) {
+    if (result->status == socket_status::ok) {
         context.connection.note_send(platform::steady_now_ns());
-    } else if (sent->status == socket_status::os_error) {
-        log_send_failure(sent->system_error);
     }
-    return client_code_from_socket_status(sent->status);
+    return {client_code_from_socket_status(result->status), result->system_error};
+}
+
+std::int32_t send(vantu_orvanta_context& context, const byte_buffer& datagram) {
+    const sent result = send_unlogged(context, datagram);
+    if (result.failure != 0) {
+        log_send_failure(result.failure);
+    }
+    return result.code;
 }
 
 } // namespace vantu::orvanta

@@ -8,9 +8,17 @@
 
 namespace vantu::orvanta {
 
-// Sends a datagram to the service and notes the time. A failure of the system is logged after the socket
-// is free to be closed. Returns vantu_orvanta_invalid_connection_state when the context is not connected,
-// else the code of the transport's status.
+struct sent {
+    std::int32_t code{0};
+    std::uint32_t failure{0}; // the system's number for log_send_failure; 0: there is nothing to log
+};
+
+// Sends a datagram to the service and notes the time. Logs nothing, for a caller that holds a lock. The code
+// is vantu_orvanta_invalid_connection_state when the context is not connected, else that of the transport's
+// status.
+[[nodiscard]] sent send_unlogged(vantu_orvanta_context& context, const byte_buffer& datagram);
+
+// The same with a failure of the system logged after the socket is free to be closed. Returns the code.
 [[nodiscard]] std::int32_t send(vantu_orvanta_context& context, const byte_buffer& datagram);
 
 // Composes a datagram of one operation on the stack and sends it.

@@ -60,9 +60,11 @@ send_result try_send(socket_handle socket, std::span<const std::byte> bytes, con
 
 void log_send_failure(std::uint32_t) {}
 
-socket_status recv_packet(socket_handle socket, receive_record& record) {
-    return take(port_of(socket), record);
+receive_result try_receive(socket_handle socket, receive_record& record) {
+    return {take(port_of(socket), record), 0};
 }
+
+void log_receive_failure(std::uint32_t) {}
 
 socket_status recv_packet_overlapped(socket_handle, receive_record&) {
     return socket_status::ok;

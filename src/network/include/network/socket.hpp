@@ -109,11 +109,24 @@ void log_send_failure(std::uint32_t system_error);
 // The same with the unread bytes of a buffer, which it consumes after they went out.
 [[nodiscard]] socket_status send_packet(socket_handle socket, byte_buffer& buffer, const endpoint& to);
 
-// Takes one waiting datagram into the record's buffer, behind what is unread there. Never blocks.
+struct receive_result {
+    socket_status status{socket_status::ok};
+    std::uint32_t system_error{0}; // of an os_error: the system's number
+};
+
+// Takes one waiting datagram into the record's buffer, after what is unread there. Never blocks; logs
+// nothing, for callers that hold something while they receive.
 //   ok               its bytes were appended (none, for an empty datagram)
 //   would_block      nothing is waiting
 //   connection_reset an earlier datagram met a closed port
-//   os_error         anything else; also a datagram larger than the room left, which is dropped
+//   os_error         anything else; also a datagram larger than the room left, which is dropped: to be
+//                    logged with log_receive_failure
+[[nodiscard]] receive_result try_receive(socket_handle socket, receive_record& record);
+
+// Logs the os_error of a try_receive.
+void log_receive_failure(std::uint32_t system_error);
+
+// The same as try_receive with an os_error logged at once.
 [[nodiscard]] socket_status recv_packet(socket_handle socket, receive_record& record);
 
 // Starts one overlapped receive into the record, which must stay in place until

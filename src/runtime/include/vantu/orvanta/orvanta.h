@@ -129,7 +129,8 @@ VANTU_ORVANTA_API uint32_t vantu_orvanta_poll_thread_result(const vantu_orvanta_
 /* Stops a polling thread, waits for its end (a handler that is running is waited for) and frees it.
  * Null is ignored. Throws std::system_error: resource_deadlock_would_occur when called from that
  * very thread, which then ends once its handler returns and is still to be stopped from another
- * thread; no_such_process when the thread cannot be joined. */
+ * thread; no_such_process when the thread cannot be joined; std::bad_alloc in place of either when there
+ * is no memory for it. */
 VANTU_ORVANTA_API void vantu_orvanta_poll_thread_stop(vantu_orvanta_poll_thread* thread);
 
 /* Says goodbye to the service if connected, waits up to 100 ms for its answer, closes the socket and
