@@ -8,6 +8,7 @@ namespace {
 
 thread_local bool armed = false;
 thread_local std::size_t counted = 0;
+thread_local std::ptrdiff_t kept = 0;
 thread_local std::size_t until_failure = 0; // 0: none is to fail
 thread_local bool failed = false;
 
@@ -51,13 +52,23 @@ bool is_to_fail() {
     return true;
 }
 
+void* counted_block(void* at) {
+    kept += armed && at != nullptr ? 1 : 0;
+    return at;
+}
+
 void* allocate(std::size_t size) {
-    return is_to_fail() ? nullptr : __real_malloc(size == 0 ? 1 : size);
+    return is_to_fail() ? nullptr : counted_block(__real_malloc(size == 0 ? 1 : size));
 }
 
 void* allocate(std::size_t size, std::align_val_t alignment) {
     const auto step = static_cast<std::size_t>(alignment);
-    return is_to_fail() ? nullptr : std::aligned_alloc(step, (size + step - 1) / step * step);
+    return is_to_fail() ? nullptr : counted_block(std::aligned_alloc(step, (size + step - 1) / step * step));
+}
+
+void release(void* at) {
+    kept -= armed && at != nullptr ? 1 : 0;
+    std::free(at);
 }
 
 void* or_throw(void* at) {
@@ -92,46 +103,47 @@ void* operator new[](std::size_t size, std::align_val_t alignment, const std::no
     return allocate(size, alignment);
 }
 void operator delete(void* at) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete[](void* at) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete(void* at, std::size_t) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete[](void* at, std::size_t) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete(void* at, std::align_val_t) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete[](void* at, std::align_val_t) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete(void* at, std::size_t, std::align_val_t) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete[](void* at, std::size_t, std::align_val_t) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete(void* at, const std::nothrow_t&) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete[](void* at, const std::nothrow_t&) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete(void* at, std::align_val_t, const std::nothrow_t&) noexcept {
-    std::free(at);
+    release(at);
 }
 void operator delete[](void* at, std::align_val_t, const std::nothrow_t&) noexcept {
-    std::free(at);
+    release(at);
 }
 
 namespace orvanta_tests {
 
 allocation_trap::allocation_trap() {
     counted = 0;
+    kept = 0;
     armed = true;
 }
 
@@ -141,6 +153,10 @@ allocation_trap::~allocation_trap() {
 
 std::size_t allocation_trap::allocations() {
     return counted;
+}
+
+std::ptrdiff_t allocation_trap::blocks_kept() {
+    return kept;
 }
 
 allocation_failure::allocation_failure(std::size_t nth) {

@@ -13,6 +13,9 @@ class allocation_trap {
     allocation_trap& operator=(const allocation_trap&) = delete;
 
     [[nodiscard]] static std::size_t allocations();
+
+    // How many blocks of operator new the thread has taken since, less those that it gave back.
+    [[nodiscard]] static std::ptrdiff_t blocks_kept();
 };
 
 // Lets one operator new of the calling thread fail while it lives: the nth from here (1: the next one).
