@@ -10,7 +10,7 @@
 namespace {
 
 using namespace orvanta_tests;
-using testing::UnorderedElementsAre;
+using testing::ElementsAre;
 
 class device_table : public testing::Test {
   protected:
@@ -197,11 +197,31 @@ TEST_F(device_table, lists_its_ids) {
     count = 4;
     EXPECT_EQ(vantu_orvanta_device_ids(session.context, ids.data(), &count), 0);
     EXPECT_EQ(count, 3U);
-    EXPECT_THAT(ids, UnorderedElementsAre(7U, 0xFFFFFFFFU, 9U, 99U));
-    EXPECT_EQ(ids[3], 99U) << "nothing is written behind the last id";
+    EXPECT_THAT(ids, ElementsAre(7U, 0xFFFFFFFFU, 9U, 99U)) << "in the order of announcement";
     count = 3;
     EXPECT_EQ(vantu_orvanta_device_ids(session.context, ids.data(), &count), 0) << "just enough room";
     EXPECT_EQ(count, 3U);
+}
+
+TEST_F(device_table, lists_exactly_256_devices_in_an_array_for_256_and_255_in_one_for_255) {
+    std::vector<std::uint32_t> announced;
+    for (std::uint32_t device = 1256; device > 1000; --device) {
+        announced.push_back(device);
+        ASSERT_EQ(receive(device_listed(device, 1)), vantu_orvanta_success);
+    }
+    std::vector<std::uint32_t> ids(256);
+    std::size_t count = 256;
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, ids.data(), &count), vantu_orvanta_success);
+    EXPECT_EQ(count, 256U);
+    EXPECT_EQ(ids, announced);
+    ids.back() = 99;
+    count = 255;
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, ids.data(), &count),
+              vantu_orvanta_buffer_full_or_empty);
+    EXPECT_EQ(count, 255U);
+    EXPECT_EQ(ids.back(), 99U);
+    announced.back() = 99;
+    EXPECT_EQ(ids, announced);
 }
 
 TEST_F(device_table, fills_an_array_that_is_too_small_and_says_9) {

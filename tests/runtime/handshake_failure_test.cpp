@@ -205,6 +205,22 @@ TEST_F(failing_handshake, keeps_nothing_of_the_failed_reply_for_the_next_polls) 
     service.expect(goodbye()).answer(goodbye_received());
 }
 
+TEST_F(failing_handshake, lists_nothing_of_what_came_before_the_refusal) {
+    const bytes devices = join({device_listed(5, 1), device_listed(6, 2)});
+    EXPECT_EQ(code_of_reply(datagram({devices, op(240, 0, {0, 0, 0, 0, 178})})),
+              vantu_orvanta_another_client_connected);
+    EXPECT_EQ(code_of_reply(datagram({devices, op(2, 0)})), vantu_orvanta_protocol_parse_failed);
+    EXPECT_EQ(code_of_reply(datagram({devices})), vantu_orvanta_protocol_parse_failed);
+    EXPECT_EQ(code_of_reply(datagram({devices, op(23, 0, join({u32(9), filled(9, 1)}))})),
+              vantu_orvanta_no_matching_device);
+    EXPECT_EQ(code_of_reply(acceptance()), vantu_orvanta_success);
+    std::uint32_t id = 99;
+    std::size_t count = 1;
+    EXPECT_EQ(vantu_orvanta_device_ids(context, &id, &count), vantu_orvanta_success);
+    EXPECT_EQ(count, 0U);
+    service.expect(goodbye()).answer(goodbye_received());
+}
+
 TEST_F(failing_handshake, leaves_the_context_unconnected) {
     EXPECT_EQ(code_of_reply(datagram({op(240, 0, {0, 0, 0, 0, 178})})), 178);
     EXPECT_EQ(poll_once(context).code, 3);

@@ -148,6 +148,31 @@ TEST_F(handshake, refuses_a_second_connect_and_sends_nothing_for_it) {
     EXPECT_EQ(vantu_orvanta_connect(context, "test client", 0, 0, keep_alive_ns, 1'000'000), 3);
 }
 
+TEST_F(handshake, looks_at_the_connection_before_it_looks_at_the_ports) {
+    service.expect(connect_request()).answer(acceptance());
+    connect();
+    const std::string too_long(257, '1');
+    EXPECT_EQ(vantu_orvanta_connect_ports(context, too_long.c_str(), too_long.c_str(), "test client", 0, 0,
+                                          keep_alive_ns, patient_timeout_ns),
+              vantu_orvanta_invalid_connection_state);
+}
+
+TEST_F(handshake, brings_the_devices_of_its_own_session_alone) {
+    const bytes first = datagram({device_listed(5, 1), device_listed(6, 2), op(4, 0, u64(1))});
+    service.expect(connect_request()).answer(first);
+    connect();
+    service.push(datagram({device_listed(7, 1), op(6, 0)}));
+    EXPECT_EQ(poll_until_something(context).event.event_type, +vantu_orvanta_event_device_added);
+    EXPECT_EQ(poll_until_something(context).event.event_type, +vantu_orvanta_event_disconnected);
+    service.expect(connect_request()).answer(datagram({device_listed(8, 1), op(4, 0, u64(2))}));
+    connect();
+    std::uint32_t ids[4]{};
+    std::size_t count = 4;
+    EXPECT_EQ(vantu_orvanta_device_ids(context, ids, &count), vantu_orvanta_success);
+    EXPECT_EQ(count, 1U);
+    EXPECT_EQ(ids[0], 8U);
+}
+
 TEST_F(handshake, works_again_after_the_service_said_goodbye) {
     service.expect(connect_request()).answer(acceptance());
     connect();
