@@ -1,0 +1,40 @@
+// The simulator's console: any lines, with a little time after each. Each line is answered once.
+#include "simulator/control/console.hpp"
+#include "script.hpp"
+#include "verb_runner.hpp"
+
+#include <cstdint>
+
+using namespace vantu::orvanta::simulator;
+using orvanta_fuzz::require;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    constexpr std::int64_t a_while_ns = 2'000'000;
+    orvanta_fuzz::script input(data, size);
+    simulation_settings settings;
+    settings.devices = make_devices(2, 1);
+    orvanta_fuzz::verb_runner target(std::move(settings));
+    std::size_t ran = 0;
+    std::string printed;
+    console lines([&](std::string_view line) { return ++ran, target.run(line); },
+                  [&](std::string_view text) { printed += text; }, input.byte() % 2 != 0);
+    std::int64_t now_ns = 0;
+    std::size_t taken = 0;
+    for (; !input.has_ended() && taken < 100 && !lines.has_quit(); ++taken) {
+        lines.take(std::string(input.line()));
+        lines.attend(now_ns);
+        require(lines.next_due_ns() == never_ns || lines.next_due_ns() > now_ns,
+                "a wait that is over waits on");
+        if (lines.next_due_ns() != never_ns) {
+            now_ns = lines.next_due_ns();
+            lines.attend(now_ns);
+        }
+        target.advance(a_while_ns);
+        now_ns += a_while_ns;
+        require(lines.has_quit() || ran == taken + 1, "a line was not run, or ran twice");
+    }
+    lines.end_of_input();
+    lines.attend(now_ns);
+    require(printed.empty() || taken > 0 || printed == "> ", "something was said without a line");
+    return 0;
+}

@@ -1,0 +1,43 @@
+// The simulator's command line, its arguments parted by line feeds: any gives settings that are in range, a
+// text to show, or one line that says what is wrong.
+#include "simulator/control/options.hpp"
+#include "script.hpp"
+#include "simulator/service/device.hpp"
+#include "text_checks.hpp"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+using namespace vantu::orvanta::simulator;
+using orvanta_fuzz::require;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    orvanta_fuzz::script input(data, size);
+    std::vector<std::string> texts{"orvanta-simulator"};
+    while (!input.has_ended() && texts.size() < 64) {
+        const std::string_view line = input.line();
+        texts.emplace_back(line.substr(0, line.find('\0')));
+    }
+    std::vector<const char*> arguments;
+    for (const std::string& text : texts) {
+        arguments.push_back(text.c_str());
+    }
+    const parse_outcome parsed = parse_options(static_cast<int>(arguments.size()), arguments.data());
+    switch (parsed.verdict) {
+    case parse_verdict::wrong:
+        require(!parsed.text.empty() && parsed.text.find('\n') == std::string::npos,
+                "what is wrong is not one line");
+        break;
+    case parse_verdict::show:
+        require(!parsed.text.empty() && parsed.text.back() == '\n', "what is to show is no lines");
+        break;
+    case parse_verdict::run:
+        require(parsed.chosen.rate_hz >= 0 && parsed.chosen.rate_hz <= 10'000, "a rate out of range");
+        require(parsed.chosen.orvanta3_count <= most_devices_of_a_type &&
+                    parsed.chosen.palmetron_count <= most_devices_of_a_type,
+                "too many devices");
+        break;
+    }
+    return 0;
+}

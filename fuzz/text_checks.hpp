@@ -1,0 +1,25 @@
+// What each harness of a reader of text asks of the messages it gets.
+#pragma once
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace orvanta_fuzz {
+
+inline void require(bool holds, const std::string& otherwise) {
+    if (!holds) {
+        throw std::runtime_error(otherwise);
+    }
+}
+
+// Without control characters, which a terminal would act on.
+inline void require_one_line(std::string_view text) {
+    const bool is_plain = std::none_of(text.begin(), text.end(), [](char letter) {
+        return (letter >= 0 && letter < ' ') || letter == '\x7F';
+    });
+    require(!text.empty() && is_plain, "a message is not one line of plain text");
+}
+
+} // namespace orvanta_fuzz

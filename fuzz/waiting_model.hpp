@@ -1,0 +1,76 @@
+// What class client must do with its waiting requests, said in another way: by tag, the event that answers
+// and the handler; and the tags that are free, the longest free first.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+namespace orvanta_fuzz {
+
+class waiting_model {
+  public:
+    struct entry {
+        std::uint32_t answer{0}; // the type of the event that answers; 0: the tag is free
+        std::uint64_t serial{0}; // of the request; counted from 1
+        bool has_handler{false};
+    };
+
+    waiting_model() {
+        for (int tag = 1; tag <= 255; ++tag) {
+            free_.push_back(static_cast<std::uint8_t>(tag));
+        }
+    }
+
+    [[nodiscard]] bool is_full() const { return free_.empty(); }
+
+    std::uint8_t enter(std::uint32_t answer, std::uint64_t serial, bool has_handler) {
+        const std::uint8_t tag = free_.front();
+        free_.pop_front();
+        entries_[tag] = {answer, serial, has_handler};
+        return tag;
+    }
+
+    // Frees the tag, if that request still waits under it.
+    bool withdraw(std::uint8_t tag, std::uint64_t serial) {
+        const bool waits = entries_[tag].answer != 0 && entries_[tag].serial == serial;
+        if (waits) {
+            (void)release(tag);
+        }
+        return waits;
+    }
+
+    // The request that an event ends: one that waits for it, or any for an acknowledgement or an error.
+    std::optional<entry> take(std::uint32_t event_type, std::uint8_t tag) {
+        const std::uint32_t answer = entries_[tag].answer;
+        if (answer == 0 || (event_type != answer && event_type != 1 && event_type != 255)) {
+            return std::nullopt;
+        }
+        return release(tag);
+    }
+
+    // The next request after a tag, as a goodbye ends them all.
+    std::optional<entry> take_next(std::uint8_t& tag) {
+        while (tag < 255) {
+            ++tag;
+            if (entries_[tag].answer != 0) {
+                return release(tag);
+            }
+        }
+        return std::nullopt;
+    }
+
+  private:
+    entry release(std::uint8_t tag) {
+        const entry taken = entries_[tag];
+        entries_[tag] = {};
+        free_.push_back(tag);
+        return taken;
+    }
+
+    std::array<entry, 256> entries_{};
+    std::deque<std::uint8_t> free_;
+};
+
+} // namespace orvanta_fuzz
