@@ -16,9 +16,8 @@
 namespace vantu::orvanta::platform {
 namespace {
 
-std::int64_t time_left_ns(std::int64_t deadline_ns) noexcept {
-    const std::int64_t now_ns = steady_now_ns();
-    return deadline_ns > now_ns ? deadline_ns - now_ns : 0;
+std::int64_t time_left_until(std::int64_t deadline_ns) noexcept {
+    return time_left_ns(steady_now_ns(), deadline_ns);
 }
 
 } // namespace
@@ -44,7 +43,7 @@ bool waitable_timer::set(std::int64_t deadline_ns) const noexcept {
         return false;
     }
     // Rounded up, so that the timer never ends just ahead of the deadline; negative is relative.
-    const std::int64_t left_ns = time_left_ns(deadline_ns);
+    const std::int64_t left_ns = time_left_until(deadline_ns);
     LARGE_INTEGER due;
     due.QuadPart = -(left_ns / ns_per_unit + (left_ns % ns_per_unit == 0 ? 0 : 1));
     return SetWaitableTimer(handle_, &due, 0, nullptr, nullptr, FALSE) != 0;
@@ -57,7 +56,7 @@ const waitable_timer& timer_of_this_thread() noexcept {
 }
 
 std::uint32_t milliseconds_until(std::int64_t deadline_ns) noexcept {
-    const std::int64_t left_ns = time_left_ns(deadline_ns);
+    const std::int64_t left_ns = time_left_until(deadline_ns);
     const std::int64_t left_ms = left_ns / ns_per_millisecond + (left_ns % ns_per_millisecond == 0 ? 0 : 1);
     return static_cast<std::uint32_t>(std::min<std::int64_t>(left_ms, INFINITE - 1));
 }

@@ -78,8 +78,13 @@ void prepare_overlapped_receive(receive_record& record) {
     record.overlapped = {};
 }
 
-wait_limit wait_limit_of(std::int64_t timeout_ns) {
-    return {timeout_ns == 0, std::max<std::int64_t>(timeout_ns / ns_per_millisecond, 0)};
+wait_limit wait_limit_of(std::int64_t timeout_ns, std::int64_t now_ns) {
+    if (timeout_ns == 0) {
+        return {true, false, latest_ns};
+    }
+    const std::int64_t milliseconds = std::max<std::int64_t>(timeout_ns / ns_per_millisecond, 0);
+    const auto whole_ns = static_cast<std::uint64_t>(milliseconds * ns_per_millisecond);
+    return {false, milliseconds == 0, time_after(now_ns, whole_ns)};
 }
 
 } // namespace socket_shared

@@ -86,11 +86,12 @@ int receive_once(int descriptor, receive_record& record) {
 }
 
 // Sleeps until something is to be received or the deadline is reached: 0, or the error's number.
-int sleep_on_socket(int descriptor, std::int64_t deadline_ns, bool without_end) {
-    const std::int64_t left = std::max<std::int64_t>(deadline_ns - platform::steady_now_ns(), 0);
-    const timespec limit{static_cast<time_t>(left / ns_per_second), static_cast<long>(left % ns_per_second)};
+int sleep_on_socket(int descriptor, const wait_limit& limit) {
+    const std::int64_t left_ns = time_left_ns(platform::steady_now_ns(), limit.deadline_ns);
+    const timespec left{static_cast<time_t>(left_ns / ns_per_second),
+                        static_cast<long>(left_ns % ns_per_second)};
     pollfd entry{descriptor, POLLIN, 0};
-    if (ppoll(&entry, 1, without_end ? nullptr : &limit, nullptr) < 0) {
+    if (ppoll(&entry, 1, limit.without_end ? nullptr : &left, nullptr) < 0) {
         return errno == EINTR ? 0 : errno;
     }
     if ((entry.revents & POLLERR) != 0 && !drain_error_queue(descriptor)) {
@@ -277,12 +278,10 @@ socket_status recv_packet_overlapped(socket_handle socket, receive_record& recor
 
 socket_status get_overlapped_result(socket_handle socket, receive_record& record, std::int64_t timeout_ns) {
     const int descriptor = descriptor_of(socket);
-    const wait_limit limit = wait_limit_of(timeout_ns);
-    const std::int64_t now = platform::steady_now_ns();
-    const std::int64_t deadline = now + std::min(limit.milliseconds * ns_per_millisecond, INT64_MAX - now);
+    const wait_limit limit = wait_limit_of(timeout_ns, platform::steady_now_ns());
     for (;;) {
         // The clock is read ahead of the look, so that the last look comes after the deadline.
-        const bool expired = !limit.without_end && platform::steady_now_ns() >= deadline;
+        const bool expired = !limit.without_end && platform::steady_now_ns() >= limit.deadline_ns;
         const std::uint64_t before = record.buffer.write_position;
         int error = receive_once(descriptor, record);
         if (error == 0) {
@@ -290,10 +289,10 @@ socket_status get_overlapped_result(socket_handle socket, receive_record& record
             return socket_status::ok;
         }
         if (error == EAGAIN && expired) {
-            return limit.milliseconds == 0 ? socket_status::would_block : socket_status::timeout;
+            return limit.single_look ? socket_status::would_block : socket_status::timeout;
         }
         if (error == EAGAIN) {
-            error = sleep_on_socket(descriptor, deadline, limit.without_end);
+            error = sleep_on_socket(descriptor, limit);
         } else if (is_port_closed(error)) {
             error = drain_error_queue(descriptor) ? 0 : errno;
         }

@@ -42,8 +42,9 @@ void prepare_overlapped_receive(receive_record& record);
 // How long get_overlapped_result waits: the whole milliseconds of its time-out.
 struct wait_limit {
     bool without_end;
-    std::int64_t milliseconds;
+    bool single_look;
+    std::int64_t deadline_ns; // the end of time for a wait without end
 };
-[[nodiscard]] wait_limit wait_limit_of(std::int64_t timeout_ns);
+[[nodiscard]] wait_limit wait_limit_of(std::int64_t timeout_ns, std::int64_t now_ns);
 
 } // namespace vantu::orvanta::socket_shared

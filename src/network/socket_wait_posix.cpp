@@ -34,8 +34,7 @@ bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadl
         // The invalid handle becomes a negative descriptor, which the system passes over.
         entries[i] = {static_cast<int>(sockets[i]), POLLIN, 0};
     }
-    const std::int64_t now = platform::steady_now_ns();
-    const std::int64_t left = deadline_ns > now ? deadline_ns - now : 0;
+    const std::int64_t left = time_left_ns(platform::steady_now_ns(), deadline_ns);
     const timespec limit{static_cast<time_t>(left / ns_per_second), static_cast<long>(left % ns_per_second)};
     const int ready = ppoll(entries.get(), sockets.size(), &limit, nullptr);
     if (ready < 0 && errno != EINTR) {

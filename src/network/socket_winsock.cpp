@@ -157,8 +157,8 @@ socket_status commit(receive_record& record, DWORD length) {
     return socket_status::ok;
 }
 
-DWORD milliseconds_left(const wait_limit& limit, std::int64_t deadline_ns) {
-    return limit.without_end ? INFINITE : platform::milliseconds_until(deadline_ns);
+DWORD milliseconds_left(const wait_limit& limit) {
+    return limit.without_end ? INFINITE : platform::milliseconds_until(limit.deadline_ns);
 }
 
 // All of these improve the socket and none is needed: a refusal is no failure. Without the second,
@@ -314,11 +314,7 @@ socket_status recv_packet_overlapped(socket_handle socket, receive_record& recor
 }
 
 socket_status get_overlapped_result(socket_handle socket, receive_record& record, std::int64_t timeout_ns) {
-    const wait_limit limit = wait_limit_of(timeout_ns);
-    const bool single_look = !limit.without_end && limit.milliseconds == 0;
-    const std::int64_t now = platform::steady_now_ns();
-    const std::int64_t deadline =
-        now + std::min(limit.milliseconds, (INT64_MAX - now) / ns_per_millisecond) * ns_per_millisecond;
+    const wait_limit limit = wait_limit_of(timeout_ns, platform::steady_now_ns());
     for (;;) {
         collected result{0, 0};
         // Not armed after an earlier look, and after the news of a closed port.
@@ -326,17 +322,17 @@ socket_status get_overlapped_result(socket_handle socket, receive_record& record
             result.error = arm(socket, record);
         }
         if (result.error == 0) {
-            const DWORD milliseconds = milliseconds_left(limit, deadline);
+            const DWORD milliseconds = milliseconds_left(limit);
             result = collect(socket, record, milliseconds);
             if (result.error == 0) {
                 return commit(record, result.length);
             }
-            const bool in_time = limit.without_end || platform::steady_now_ns() < deadline;
+            const bool in_time = limit.without_end || platform::steady_now_ns() < limit.deadline_ns;
             if (result.error == WAIT_TIMEOUT && in_time) {
                 continue; // the system's longest wait, or its clock ran ahead
             }
             if (result.error == WAIT_TIMEOUT || result.error == ERROR_IO_INCOMPLETE) {
-                const bool incomplete = single_look || (result.error == ERROR_IO_INCOMPLETE && in_time);
+                const bool incomplete = limit.single_look || (result.error == ERROR_IO_INCOMPLETE && in_time);
                 result = take_back(socket, record);
                 if (!incomplete) {
                     return socket_status::timeout;

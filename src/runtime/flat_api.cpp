@@ -7,11 +7,10 @@
 #include "network/socket.hpp"
 #include "poll.hpp"
 #include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 #include "vantu/orvanta/common/platform.hpp"
 #include "vantu/orvanta/common/version.hpp"
 
-#include <algorithm>
-#include <limits>
 #include <new>
 
 using namespace vantu::orvanta;
@@ -107,8 +106,6 @@ std::int32_t vantu_orvanta_device_info(vantu_orvanta_context* context, std::uint
 }
 
 std::int32_t vantu_orvanta_sleep(std::uint64_t duration_ns) {
-    const std::int64_t now_ns = platform::steady_now_ns();
-    const auto longest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max() - now_ns);
-    platform::sleep_until_ns(now_ns + static_cast<std::int64_t>(std::min(duration_ns, longest)));
+    platform::sleep_until_ns(time_after(platform::steady_now_ns(), duration_ns));
     return vantu_orvanta_success;
 }

@@ -2,6 +2,7 @@
 #include "support/captured_log.hpp"
 #include "vantu/orvanta/common/log.hpp"
 
+#include <atomic>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -210,6 +211,30 @@ TEST(log, writes_whole_lines_from_two_threads) {
     }
     EXPECT_EQ(found[0], count);
     EXPECT_EQ(found[1], count);
+}
+
+TEST(log, hands_each_line_to_one_of_the_sinks_that_are_set_meanwhile) {
+    constexpr int lines_of_each = 2000;
+    std::atomic<int> received{0};
+    std::atomic<int> loggers{2};
+    const std::string tag(100, 't'); // more than a sink holds without memory of its own
+    const auto count = [&received, tag](auto&&...) { received += tag.size() == 100 ? 1 : 0; };
+    set_log_sink(count);
+    const auto log_often = [&] {
+        for (int i = 0; i < lines_of_each; ++i) {
+            log(log_level::info, "lib", 1, "text");
+        }
+        --loggers;
+    };
+    std::thread first(log_often);
+    std::thread second(log_often);
+    while (loggers != 0) {
+        set_log_sink(count);
+    }
+    first.join();
+    second.join();
+    set_log_sink(nullptr);
+    EXPECT_EQ(received, 2 * lines_of_each);
 }
 
 TEST(log, never_enters_the_sink_twice_at_once) {

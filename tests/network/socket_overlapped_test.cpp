@@ -268,14 +268,21 @@ TEST_P(overlapped_receive, fails_on_a_socket_that_was_closed_meanwhile) {
 
 TEST(overlapped_limit, drops_what_is_less_than_a_millisecond) {
     using socket_shared::wait_limit_of;
-    EXPECT_EQ(wait_limit_of(999'999).milliseconds, 0);
-    EXPECT_EQ(wait_limit_of(1'000'000).milliseconds, 1);
-    EXPECT_EQ(wait_limit_of(1'500'000).milliseconds, 1);
-    EXPECT_EQ(wait_limit_of(1'999'999).milliseconds, 1);
-    EXPECT_EQ(wait_limit_of(-7'000'000).milliseconds, 0);
-    EXPECT_FALSE(wait_limit_of(1).without_end);
-    EXPECT_FALSE(wait_limit_of(-1).without_end);
-    EXPECT_TRUE(wait_limit_of(0).without_end);
+    constexpr std::int64_t now = 7'000'000'123;
+    EXPECT_EQ(wait_limit_of(999'999, now).deadline_ns, now);
+    EXPECT_EQ(wait_limit_of(1'000'000, now).deadline_ns, now + 1'000'000);
+    EXPECT_EQ(wait_limit_of(1'500'000, now).deadline_ns, now + 1'000'000);
+    EXPECT_EQ(wait_limit_of(1'999'999, now).deadline_ns, now + 1'000'000);
+    EXPECT_EQ(wait_limit_of(-7'000'000, now).deadline_ns, now);
+    EXPECT_EQ(wait_limit_of(latest_ns, now).deadline_ns, latest_ns);
+    for (const std::int64_t single_look : {std::int64_t{1}, std::int64_t{999'999}, std::int64_t{-1}}) {
+        EXPECT_TRUE(wait_limit_of(single_look, now).single_look);
+        EXPECT_FALSE(wait_limit_of(single_look, now).without_end);
+    }
+    EXPECT_FALSE(wait_limit_of(1'000'000, now).single_look);
+    EXPECT_FALSE(wait_limit_of(1'000'000, now).without_end);
+    EXPECT_TRUE(wait_limit_of(0, now).without_end);
+    EXPECT_FALSE(wait_limit_of(0, now).single_look);
 }
 
 } // namespace

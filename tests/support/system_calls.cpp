@@ -29,6 +29,7 @@ struct script {
     bool active{false};
     bool resolves_to_nothing{false};
     std::vector<std::string> hosts;
+    resolver_hints hints;
     std::vector<std::int64_t> poll_limits;
     std::array<call_script, system_call_count> calls;
 };
@@ -119,6 +120,11 @@ scripted_calls& scripted_calls::before(system_call call, int nth, std::function<
     return *this;
 }
 
+resolver_hints scripted_calls::hints() const {
+    const std::lock_guard lock(script_mutex);
+    return current.hints;
+}
+
 int scripted_calls::count(system_call call) const {
     const std::lock_guard lock(script_mutex);
     return script_of(call).made;
@@ -173,6 +179,10 @@ int __real_getnameinfo(const sockaddr* address, socklen_t length, char* host, so
                        socklen_t port_size, int flags);
 
 int __wrap_getaddrinfo(const char* host, const char* port, const addrinfo* hints, addrinfo** list) {
+    {
+        const std::lock_guard lock(orvanta_tests::script_mutex);
+        current.hints = {hints->ai_flags, hints->ai_family, hints->ai_socktype, hints->ai_protocol};
+    }
     if (const auto result = scripted_result(system_call::getaddrinfo)) {
         return *result;
     }

@@ -29,6 +29,15 @@ enum class system_call : std::size_t {
 };
 inline constexpr std::size_t system_call_count = 14;
 
+// The members of the same names of addrinfo.
+struct resolver_hints {
+    int flags{0};
+    int family{0};
+    int type{0};
+    int protocol{0};
+    bool operator==(const resolver_hints&) const = default;
+};
+
 // While one lives, the calls are counted from its beginning and fail as scripted; with its end they
 // are the system's own again. One at a time.
 class scripted_calls {
@@ -50,6 +59,9 @@ class scripted_calls {
     scripted_calls& resolve_to(std::vector<std::string> hosts);
     // Runs before the nth call (1: the next one).
     scripted_calls& before(system_call call, int nth, std::function<void()> action);
+
+    // What the last getaddrinfo was asked for.
+    [[nodiscard]] resolver_hints hints() const;
 
     [[nodiscard]] int count(system_call call) const;
 

@@ -26,6 +26,7 @@ struct script {
     bool active{false};
     bool resolves_to_nothing{false};
     std::vector<std::string> hosts;
+    resolver_hints hints;
     std::string message;
     std::vector<std::uint32_t> result_limits;
     std::uintptr_t last_closed{0};
@@ -144,6 +145,11 @@ scripted_winsock& scripted_winsock::before(winsock_call call, int nth, std::func
     return *this;
 }
 
+resolver_hints scripted_winsock::hints() const {
+    const std::lock_guard lock(script_mutex());
+    return current().hints;
+}
+
 int scripted_winsock::count(winsock_call call) const {
     const std::lock_guard lock(script_mutex());
     return script_of(call).made;
@@ -194,6 +200,10 @@ extern decltype(&FormatMessageA) __real___imp_FormatMessageA;
 
 static int WSAAPI scripted_getaddrinfo(const char* host, const char* port, const addrinfo* hints,
                                        addrinfo** list) {
+    {
+        const std::lock_guard lock(script_mutex());
+        current().hints = {hints->ai_flags, hints->ai_family, hints->ai_socktype, hints->ai_protocol};
+    }
     if (is_to_fail(winsock_call::getaddrinfo)) {
         return WSAGetLastError();
     }

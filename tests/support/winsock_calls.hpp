@@ -33,6 +33,15 @@ enum class winsock_call : std::size_t {
 };
 inline constexpr std::size_t winsock_call_count = 19;
 
+// The members of the same names of addrinfo.
+struct resolver_hints {
+    int flags{0};
+    int family{0};
+    int type{0};
+    int protocol{0};
+    bool operator==(const resolver_hints&) const = default;
+};
+
 // While one lives, the calls are counted from its beginning and fail as scripted; with its end they
 // are the system's own again. One at a time.
 class scripted_winsock {
@@ -55,6 +64,9 @@ class scripted_winsock {
     scripted_winsock& format_as(std::string text);
     // Runs before the nth call (1: the next one).
     scripted_winsock& before(winsock_call call, int nth, std::function<void()> action);
+
+    // What the last getaddrinfo was asked for.
+    [[nodiscard]] resolver_hints hints() const;
 
     [[nodiscard]] int count(winsock_call call) const;
 

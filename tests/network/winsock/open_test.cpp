@@ -157,6 +157,20 @@ TEST(winsock_resolver, takes_the_first_of_several_addresses_and_leaves_the_list)
     EXPECT_EQ(calls.count(winsock_call::freeaddrinfo), 0);
 }
 
+// The numbers of AI_PASSIVE, a datagram socket and UDP are the same on both systems.
+TEST(winsock_resolver, is_asked_for_addresses_to_bind_datagram_sockets_to) {
+    const scripted_winsock calls;
+    auto opened = open_bound_socket("127.0.0.1", "0");
+    close_socket(opened.socket);
+    EXPECT_EQ(calls.hints(), (resolver_hints{.flags = 1, .family = 0, .type = 2, .protocol = 17}));
+}
+
+TEST(winsock_resolver, is_asked_for_any_address_of_the_service_that_speaks_udp) {
+    const scripted_winsock calls;
+    EXPECT_EQ(resolve_address("127.0.0.1", "54320").status, socket_status::ok);
+    EXPECT_EQ(calls.hints(), (resolver_hints{.flags = 0, .family = 0, .type = 0, .protocol = 17}));
+}
+
 TEST(winsock_resolver, reports_its_failure_with_the_systems_text) {
     scripted_winsock calls;
     calls.fail(winsock_call::getaddrinfo, WSAHOST_NOT_FOUND, 1, 2);
