@@ -1,5 +1,7 @@
 #include "shared_socket.hpp"
 
+#include "vantu/orvanta/common/platform.hpp"
+
 namespace vantu::orvanta {
 
 void shared_socket::attach(socket_handle socket) {
@@ -9,12 +11,13 @@ void shared_socket::attach(socket_handle socket) {
 }
 
 void shared_socket::close() {
-    std::uint32_t seen = leases_.fetch_or(closed, std::memory_order_acquire);
-    if ((seen & closed) != 0) {
+    constexpr std::int64_t between_looks_ns = 50'000;
+    if ((leases_.fetch_or(closed, std::memory_order_acquire) & closed) != 0) {
         return;
     }
-    for (seen |= closed; seen != closed; seen = leases_.load(std::memory_order_acquire)) {
-        leases_.wait(seen, std::memory_order_acquire);
+    // Not by std::atomic::wait: on Windows libstdc++ 12 can miss the notification and wait for ever.
+    while (leases_.load(std::memory_order_acquire) != closed) {
+        platform::sleep_until_ns(platform::steady_now_ns() + between_looks_ns);
     }
     close_socket(socket_);
 }

@@ -28,8 +28,8 @@ class shared_socket {
     // Opens on a socket, which it now owns; closes a socket that it held before.
     void attach(socket_handle socket);
 
-    // Closes the socket after the sends under way have returned. They never wait, so neither does this
-    // for long; it sleeps meanwhile, so that they get a processor.
+    // Closes the socket after the sends under way have returned. None of them waits for room, so this does
+    // not last long; it sleeps meanwhile, so that they get a processor.
     void close();
 
     // Keeps the socket open while it lives. Costs two atomic operations.
@@ -68,8 +68,8 @@ inline shared_socket::lease::lease(shared_socket& owner) {
 }
 
 inline shared_socket::lease::~lease() {
-    if (owner_ != nullptr && owner_->leases_.fetch_sub(1, std::memory_order_release) == (closed | 1)) {
-        owner_->leases_.notify_all();
+    if (owner_ != nullptr) {
+        owner_->leases_.fetch_sub(1, std::memory_order_release);
     }
 }
 

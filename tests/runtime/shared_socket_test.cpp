@@ -93,6 +93,25 @@ TEST(closing_a_shared_socket, does_not_wait_for_those_that_it_refused) {
     closer.join();
 }
 
+// Handle 0 is one that closing only forgets.
+TEST(closing_a_shared_socket, ends_every_time_beside_a_thread_that_never_stops_sending) {
+    shared_socket subject;
+    std::atomic<bool> stop{false};
+    std::thread sender([&] {
+        while (!stop) {
+            const shared_socket::lease lease(subject);
+            std::this_thread::yield();
+        }
+    });
+    for (int round = 0; round < 2'000; ++round) {
+        subject.attach(0);
+        std::this_thread::yield();
+        subject.close();
+    }
+    stop = true;
+    sender.join();
+}
+
 // The goodbye of the service while threads call requests on the connection that is being closed.
 void close_against(int threads) {
     service_session session;
