@@ -40,7 +40,7 @@ CLI::Validator whole_numbers_to(std::size_t last) {
 
 std::string one_line(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
-    return text;
+    return without_control_characters(text);
 }
 
 std::uint64_t seed_of(const std::string& text) {

@@ -33,7 +33,7 @@ struct options {
 enum class parse_verdict : std::uint8_t {
     run,   // the options say what to simulate
     show,  // text is what was asked for: the help or the version
-    wrong, // text is one line that says what is wrong
+    wrong, // text is one line, without control characters, that says what is wrong
 };
 
 struct parse_outcome {

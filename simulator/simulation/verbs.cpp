@@ -1,6 +1,7 @@
 #include "simulator/simulation/verbs.hpp"
 
 #include "simulator/simulation/verb_syntax.hpp"
+#include "simulator/text/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -147,7 +148,7 @@ verb_result run_verb(simulation& target, std::string_view line) {
     try {
         return std::visit([&target](const auto& wanted) { return run(target, wanted); }, parse_verb(line));
     } catch (const std::invalid_argument& wrong) {
-        return bad(wrong.what());
+        return bad(without_control_characters(wrong.what()));
     }
 }
 
@@ -156,7 +157,7 @@ std::string check_verb(std::string_view line) {
         (void)parse_verb(line);
         return {};
     } catch (const std::invalid_argument& wrong) {
-        return wrong.what();
+        return without_control_characters(wrong.what());
     }
 }
 

@@ -10,7 +10,8 @@
 namespace vantu::orvanta::simulator {
 
 struct verb_result {
-    bool good{true};  // false: text is one line that says what is wrong and what would be right
+    bool good{true};  // false: text is one line, without control characters, that says what is
+                      // wrong and what would be right
     bool quit{false}; // the simulation is to end
     std::string text; // the output; empty, or lines that end in line feeds
 };

@@ -163,6 +163,12 @@ TEST(options, that_are_unknown_are_told_with_the_one_that_was_probably_meant) {
     EXPECT_EQ(parse({"desk.json"}).text, "'desk.json' belongs to no option; --help lists them all");
 }
 
+TEST(options, that_are_wrong_are_told_without_their_control_characters) {
+    EXPECT_EQ(parse({"a\x1B[1m\x7F"}).text, "'a?[1m?' belongs to no option; --help lists them all");
+    EXPECT_EQ(parse({"--help", "m\x01"}).text,
+              "--help: 'm?' is no topic; faults, scenario, console or a fault's name would be right");
+}
+
 std::string shown(const std::vector<const char*>& arguments) {
     const parse_outcome outcome = parse(arguments);
     EXPECT_EQ(outcome.verdict, parse_verdict::show) << outcome.text;

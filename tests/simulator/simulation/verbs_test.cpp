@@ -233,6 +233,15 @@ TEST(verbs, are_checked_without_being_done) {
     }
 }
 
+TEST(verbs, show_no_control_character_of_a_wrong_line) {
+    simulation_fixture fixture;
+    const char* const line = "dr\x1B[1mop\x7F 0.3";
+    constexpr auto complaint =
+        "there is no verb 'dr?[1mop?'; 'drop' would be right, and 'help' lists them all";
+    EXPECT_EQ(check_verb(line), complaint);
+    EXPECT_EQ(complaint_of(fixture.tested, line), complaint);
+}
+
 TEST(verbs, say_what_is_wrong_and_what_would_be_right) {
     const std::pair<const char*, const char*> wrongs[]{
         {"dorp 0.3", "there is no verb 'dorp'; 'drop' would be right, and 'help' lists them all"},
