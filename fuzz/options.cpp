@@ -26,8 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const parse_outcome parsed = parse_options(static_cast<int>(arguments.size()), arguments.data());
     switch (parsed.verdict) {
     case parse_verdict::wrong:
-        require(!parsed.text.empty() && parsed.text.find('\n') == std::string::npos,
-                "what is wrong is not one line");
+        orvanta_fuzz::require_one_line(parsed.text);
         break;
     case parse_verdict::show:
         require(!parsed.text.empty() && parsed.text.back() == '\n', "what is to show is no lines");

@@ -14,11 +14,14 @@ inline void require(bool holds, const std::string& otherwise) {
     }
 }
 
-// Without control characters, which a terminal would act on.
+// Without control characters, which a terminal would act on: U+0000 to U+001F and U+007F to U+009F.
 inline void require_one_line(std::string_view text) {
-    const bool is_plain = std::none_of(text.begin(), text.end(), [](char letter) {
+    bool is_plain = std::none_of(text.begin(), text.end(), [](char letter) {
         return (letter >= 0 && letter < ' ') || letter == '\x7F';
     });
+    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+        is_plain = is_plain && !(text[i] == '\xC2' && text[i + 1] >= '\x80' && text[i + 1] < '\xA0');
+    }
     require(!text.empty() && is_plain, "a message is not one line of plain text");
 }
 
