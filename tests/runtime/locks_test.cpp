@@ -127,6 +127,18 @@ TEST(a_poll, waits_while_a_connect_waits_for_its_answer) {
     vantu_orvanta_disconnect(context);
 }
 
+TEST(an_acceptance, waits_for_a_reader_of_the_devices_of_the_session_before) {
+    vantu_orvanta_init();
+    scripted_service service;
+    service.expect(connect_request()).answer(acceptance());
+    vantu_orvanta_context* context = vantu_orvanta_context_create();
+    std::int32_t code = -1;
+    EXPECT_TRUE(waits_for(context->devices_mutex, [&] { code = connect_to(service, context); }));
+    EXPECT_EQ(code, vantu_orvanta_success);
+    service.expect(goodbye()).answer(goodbye_received());
+    vantu_orvanta_disconnect(context);
+}
+
 TEST(polls_of_several_threads, take_each_operation_once) {
     constexpr std::uint32_t datagrams = 40;
     constexpr std::uint32_t operations = 50;
