@@ -1,21 +1,14 @@
 // The one-shot handlers that wait for an answer, by request tag.
 #pragma once
 
-#include "vantu/orvanta/client.hpp"
+#include "reply_handlers.hpp"
 
 #include <array>
 #include <cstdint>
 #include <mutex>
 #include <utility>
-#include <variant>
 
 namespace vantu::orvanta {
-
-// A handler of any reply; monostate when there is none.
-using any_reply_handler = std::variant<
-    std::monostate, reply_handler<void>, reply_handler<vantu_orvanta_orientation>,
-    reply_handler<vantu_orvanta_config_save>, reply_handler<vantu_orvanta_config_gravity_compensation>,
-    reply_handler<vantu_orvanta_config_torque_scaling>, reply_handler<vantu_orvanta_config_handedness>>;
 
 // One request waits under a tag, for its reply's event type, an acknowledgement or an error. All
 // functions are safe on any thread; none allocates or calls a handler.
