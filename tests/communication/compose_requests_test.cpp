@@ -1,4 +1,5 @@
-// Every operation that goes to the service, as the bytes of its datagram.
+// Operations that go to the service, as the bytes of their datagrams: those of a connection, and a request of
+// each shape. Each request of the flat API is held to its bytes in tests/runtime.
 #include "communication/composed_datagram.hpp"
 #include "vantu/orvanta/common/text_field.hpp"
 
@@ -54,21 +55,10 @@ const std::vector<composed_row>& rows() {
                 {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 18, 6, 0, 9, 4, 3, 2, 1, 0x0B, 0x0A}),
         row<20>("device_close", 255, {0x01020304},
                 {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 20, 4, 0, 255, 4, 3, 2, 1}),
-        row<47>("orientation_get", 1, {0xFFFFFFFE},
-                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 47, 4, 0, 1, 0xFE, 0xFF, 0xFF, 0xFF}),
-        row<64>("config_save", 2, {7}, {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 64, 4, 0, 2, 7, 0, 0, 0}),
-        row<66>("config_gravity_compensation_get", 3, {7},
-                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 66, 4, 0, 3, 7, 0, 0, 0}),
         // 0.75 is 0x3F400000.
         row<67>(
             "config_gravity_compensation_set", 0, {7, {1, 0.75F}},
             {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 67, 9, 0, 0, 7, 0, 0, 0, 1, 0x00, 0x00, 0x40, 0x3F}),
-        row<68>("config_torque_scaling_get", 4, {7},
-                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 68, 4, 0, 4, 7, 0, 0, 0}),
-        row<69>("config_torque_scaling_set", 5, {7, {1}},
-                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 69, 5, 0, 5, 7, 0, 0, 0, 1}),
-        row<71>("config_handedness_set", 6, {7, {2}},
-                {0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 71, 5, 0, 6, 7, 0, 0, 0, 2}),
     };
     return all;
 }
@@ -82,13 +72,17 @@ TEST_P(request_bytes_of, are_those_of_the_protocol) {
 INSTANTIATE_TEST_SUITE_P(each, request_bytes_of, testing::ValuesIn(rows()),
                          [](const auto& row) { return row.param.name; });
 
-TEST(request_bytes, have_a_row_for_every_operation_to_the_service) {
+TEST(request_bytes, have_a_row_for_every_operation_of_a_connection) {
     std::set<int> covered;
     for (const composed_row& row : rows()) {
         covered.insert(row.code);
     }
     for (const operation& operation : operations) {
-        EXPECT_TRUE(operation.way == direction::to_client || covered.count(operation.code) == 1)
+        const bool is_request_of_a_device = operation.answered_by != op_code::none &&
+                                            operation.code != op_code::connect &&
+                                            operation.code != op_code::disconnect;
+        EXPECT_TRUE(operation.way == direction::to_client || is_request_of_a_device ||
+                    covered.count(operation.code) == 1)
             << "rows() has no row for " << operation.name;
     }
 }
