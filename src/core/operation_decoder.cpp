@@ -59,18 +59,21 @@ template <std::uint8_t code> std::int32_t decode_body(byte_buffer& buffer, vantu
     if constexpr (code == op_code::ack) {
         // Nobody waits for an acknowledgement of tag 0: no event.
         event.event_type = event.tag != 0 ? vantu_orvanta_event_ack : vantu_orvanta_event_none;
+        return vantu_orvanta_success;
     } else if constexpr (code == op_code::service_error) {
         const auto& body = buffer.read<body_type>();
         fill_event(
             proto::addressed<vantu_orvanta_error>{body.device_id,
                                                   {client_code_from_service_status(body.record.status)}},
             event);
-    } else if constexpr (!std::is_same_v<body_type, proto::empty_body>) {
+        return vantu_orvanta_success;
+    } else if constexpr (std::is_same_v<body_type, proto::empty_body>) {
+        return vantu_orvanta_success;
+    } else {
         const auto& body = buffer.read<body_type>();
         fill_event(body, event);
         return finish<code>(body, buffer, event);
     }
-    return vantu_orvanta_success;
 }
 
 struct decoder {
@@ -80,7 +83,7 @@ struct decoder {
     std::uint8_t tag_mask{0}; // 0xFF where the event copies the tag
 };
 
-template <std::size_t row> constexpr void add_decoder(std::array<decoder, 256>& table) {
+template <std::size_t row> consteval void add_decoder(std::array<decoder, 256>& table) {
     constexpr const operation& operation = operations[row];
     if constexpr (operation.way == direction::to_client && operation.code != op_code::connected) {
         table[operation.code] = {decode_body<operation.code>, operation.body_size,
@@ -90,7 +93,7 @@ template <std::size_t row> constexpr void add_decoder(std::array<decoder, 256>& 
 }
 
 template <std::size_t... rows>
-constexpr std::array<decoder, 256> make_decoders(std::index_sequence<rows...>) {
+consteval std::array<decoder, 256> make_decoders(std::index_sequence<rows...>) {
     std::array<decoder, 256> table{};
     (add_decoder<rows>(table), ...);
     return table;

@@ -33,7 +33,7 @@ class socket_guard {
 
 // An address text without the zero character that counts as part of it.
 std::string without_final_zero(std::string text) {
-    if (!text.empty() && text.back() == '\0') {
+    if (!text.empty()) {
         text.pop_back();
     }
     return text;

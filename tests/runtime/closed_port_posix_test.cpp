@@ -37,11 +37,12 @@ TEST(a_closed_service, gives_8_and_leaves_the_context_connected) {
     service_session session;
     log_capture log;
     session.service.close();
-    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), 0);
-    EXPECT_EQ(poll_until_something(session.context).code, 8);
-    EXPECT_EQ(poll_once(session.context).code, 0);
-    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), 0) << "an old error stops no send";
-    EXPECT_EQ(poll_until_something(session.context).code, 8);
+    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), vantu_orvanta_success);
+    EXPECT_EQ(poll_until_something(session.context).code, vantu_orvanta_disconnected_from_service);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_success);
+    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), vantu_orvanta_success)
+        << "an old error stops no send";
+    EXPECT_EQ(poll_until_something(session.context).code, vantu_orvanta_disconnected_from_service);
     EXPECT_THAT(log.take_messages(), testing::IsEmpty());
 }
 
@@ -49,7 +50,7 @@ TEST(poll_thread_without_a_service, ends_with_8) {
     service_session session;
     auto* thread = vantu_orvanta_poll_thread_start(session.context, ignore_event, nullptr);
     session.service.close();
-    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), 0);
+    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 0), vantu_orvanta_success);
     EXPECT_TRUE(wait_until([&] { return vantu_orvanta_poll_thread_result(thread) == 8; }));
     vantu_orvanta_poll_thread_stop(thread);
 }

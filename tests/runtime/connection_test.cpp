@@ -20,7 +20,7 @@ template <typename Condition> void poll_until(vantu_orvanta_context* context, Co
     const auto deadline = clock::now() + seconds(30);
     while (!condition()) {
         ASSERT_LT(clock::now(), deadline);
-        ASSERT_EQ(poll_once(context).code, 0);
+        ASSERT_EQ(poll_once(context).code, vantu_orvanta_success);
         vantu_orvanta_sleep(tick_ns);
     }
 }
@@ -37,9 +37,9 @@ TEST(keep_alive, goes_out_once_a_second_and_no_more) {
 TEST(keep_alive, goes_out_at_once_when_a_second_passed_without_a_poll) {
     service_session session;
     vantu_orvanta_sleep(1'000'000'000);
-    EXPECT_EQ(poll_once(session.context).code, 0);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_success);
     EXPECT_TRUE(wait_until([&] { return session.service.keep_alives().size() == 1; }));
-    EXPECT_EQ(poll_once(session.context).code, 0);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_success);
     EXPECT_EQ(session.service.keep_alives().size(), 1U);
 }
 
@@ -50,8 +50,8 @@ TEST(keep_alive, is_put_off_by_a_request_for_a_full_second) {
     while (clock::now() - start < milliseconds(1600)) {
         session.service.expect(datagram({op(64, 1, {5, 0, 0, 0})}));
         last_request = clock::now();
-        ASSERT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), 0);
-        ASSERT_EQ(poll_once(session.context).code, 0);
+        ASSERT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), vantu_orvanta_success);
+        ASSERT_EQ(poll_once(session.context).code, vantu_orvanta_success);
         vantu_orvanta_sleep(50'000'000);
     }
     EXPECT_EQ(session.service.keep_alives().size(), 0U);
@@ -62,8 +62,8 @@ TEST(keep_alive, is_put_off_by_a_request_for_a_full_second) {
 TEST(keep_alive, is_put_off_by_no_failed_request) {
     service_session session;
     vantu_orvanta_sleep(1'000'000'000);
-    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 0, 1), 2);
-    EXPECT_EQ(poll_once(session.context).code, 0);
+    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 0, 1), vantu_orvanta_invalid_argument);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_success);
     EXPECT_TRUE(wait_until([&] { return session.service.keep_alives().size() == 1; }));
 }
 
@@ -71,30 +71,30 @@ TEST(goodbye_of_the_service, is_event_2_once_and_then_3_for_every_call) {
     service_session session;
     session.service.push(datagram({op(6, 9), op(2, 1)}));
     const polled last = poll_until_something(session.context);
-    EXPECT_EQ(last.code, 0);
+    EXPECT_EQ(last.code, vantu_orvanta_success);
     EXPECT_EQ(hex(bytes_of(last.event)), hex(join({u32(2), filled(306, 0)})));
-    EXPECT_EQ(poll_once(session.context).code, 3);
-    EXPECT_EQ(poll_once(session.context).code, 3);
-    EXPECT_EQ(vantu_orvanta_device_open(session.context, 5, 0, 0), 3);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_invalid_connection_state);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_invalid_connection_state);
+    EXPECT_EQ(vantu_orvanta_device_open(session.context, 5, 0, 0), vantu_orvanta_invalid_connection_state);
     std::uint32_t id = 0;
     std::size_t count = 1;
-    EXPECT_EQ(vantu_orvanta_device_ids(session.context, &id, &count), 3);
+    EXPECT_EQ(vantu_orvanta_device_ids(session.context, &id, &count), vantu_orvanta_invalid_connection_state);
     vantu_orvanta_device device{};
-    EXPECT_EQ(vantu_orvanta_device_info(session.context, 5, &device), 3);
+    EXPECT_EQ(vantu_orvanta_device_info(session.context, 5, &device), vantu_orvanta_invalid_connection_state);
 }
 
 TEST(goodbye_of_the_service, drops_what_followed_it_before_the_next_connect) {
     service_session session;
     session.service.push(datagram({op(6, 0), op(2, 1)}));
-    EXPECT_EQ(poll_until_something(session.context).event.event_type, 2U);
+    EXPECT_EQ(poll_until_something(session.context).event.event_type, +vantu_orvanta_event_disconnected);
     session.service.expect(connect_request()).answer(acceptance());
-    ASSERT_EQ(connect_to(session.service, session.context), 0);
-    EXPECT_EQ(poll_once(session.context).event.event_type, 0U);
+    ASSERT_EQ(connect_to(session.service, session.context), vantu_orvanta_success);
+    EXPECT_EQ(poll_once(session.context).event.event_type, +vantu_orvanta_event_none);
 }
 
 TEST(an_unconnected_context, answers_a_poll_with_3) {
     vantu_orvanta_context* context = vantu_orvanta_context_create();
-    EXPECT_EQ(poll_once(context).code, 3);
+    EXPECT_EQ(poll_once(context).code, vantu_orvanta_invalid_connection_state);
     vantu_orvanta_disconnect(context);
 }
 
@@ -127,7 +127,7 @@ TEST(disconnect, does_not_wait_once_an_answer_makes_no_sense) {
 TEST(disconnect, says_nothing_after_the_goodbye_of_the_service) {
     service_session session;
     session.service.push(goodbye_received());
-    EXPECT_EQ(poll_until_something(session.context).event.event_type, 2U);
+    EXPECT_EQ(poll_until_something(session.context).event.event_type, +vantu_orvanta_event_disconnected);
     vantu_orvanta_disconnect(session.context);
     session.context = nullptr;
 }

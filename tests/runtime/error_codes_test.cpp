@@ -93,13 +93,13 @@ TEST(error_code, names_the_codes_of_the_flat_api) {
 TEST(exception, says_the_text_of_its_code) {
     const exception failure(8);
     EXPECT_STREQ(failure.what(), "disconnected from the service");
-    EXPECT_EQ(failure.code(), 8U);
+    EXPECT_EQ(failure.code(), vantu_orvanta_disconnected_from_service);
 }
 
 TEST(exception, says_its_label_ahead_of_the_text) {
     const exception failure(7, "client.device_open");
     EXPECT_STREQ(failure.what(), "client.device_open: no device matches given type or id");
-    EXPECT_EQ(failure.code(), 7U);
+    EXPECT_EQ(failure.code(), vantu_orvanta_no_matching_device);
 }
 
 TEST(exception, keeps_the_separator_of_an_empty_label) {
@@ -111,14 +111,14 @@ TEST(exception, copies_code_and_text) {
     const exception copy(*original);
     delete original;
     EXPECT_STREQ(copy.what(), "client.connect: operation timed out");
-    EXPECT_EQ(copy.code(), 4U);
+    EXPECT_EQ(copy.code(), vantu_orvanta_timed_out);
 }
 
 TEST(exception, assigns_code_and_text) {
     exception target(1);
     target = exception(5, "client.connect");
     EXPECT_STREQ(target.what(), "client.connect: unable to bind the client socket");
-    EXPECT_EQ(target.code(), 5U);
+    EXPECT_EQ(target.code(), vantu_orvanta_socket_bind_failed);
 }
 
 TEST(exception, calls_a_code_past_the_signed_range_unknown) {
@@ -138,7 +138,7 @@ TEST(check_result, throws_an_exception_that_a_handler_for_the_standard_one_catch
     } catch (const std::exception& failure) {
         EXPECT_STREQ(failure.what(), "client.connect: another client is already connected");
         ASSERT_NE(dynamic_cast<const exception*>(&failure), nullptr);
-        EXPECT_EQ(dynamic_cast<const exception&>(failure).code(), 178U);
+        EXPECT_EQ(dynamic_cast<const exception&>(failure).code(), vantu_orvanta_another_client_connected);
     }
 }
 

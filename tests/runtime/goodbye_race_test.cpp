@@ -36,16 +36,17 @@ void race_once() {
         senders.emplace_back([&] {
             std::int32_t code = 0;
             // The system may have no room while another thread sends.
-            for (int sent = 0; code == 0 || code == 254; ++sent) {
+            for (int sent = 0; code == vantu_orvanta_success || code == vantu_orvanta_os_socket_error;
+                 ++sent) {
                 code = vantu_orvanta_config_save_request(session.context, 5, 0);
                 sending += sent == 0 ? 1 : 0;
             }
-            wrong_code = code == 3 ? wrong_code.load() : code;
+            wrong_code = code == vantu_orvanta_invalid_connection_state ? wrong_code.load() : code;
         });
     }
     EXPECT_TRUE(wait_until([&] { return sending.load() == 3; }));
     session.service.push(goodbye_received());
-    EXPECT_EQ(poll_until_something(session.context).event.event_type, 2U);
+    EXPECT_EQ(poll_until_something(session.context).event.event_type, +vantu_orvanta_event_disconnected);
     {
         const descriptor_squatter squatter;
         for (std::thread& sender : senders) {
@@ -65,25 +66,26 @@ TEST(table_readers_that_race_with_the_goodbye, answer_0_and_then_3) {
     for (int round = 0; round < 20; ++round) {
         service_session session;
         session.service.push(datagram({device_listed(5, 1)}));
-        EXPECT_EQ(poll_until_something(session.context).event.event_type, 16U);
+        EXPECT_EQ(poll_until_something(session.context).event.event_type, +vantu_orvanta_event_device_added);
         std::atomic<bool> reading{false};
         std::thread reader([&] {
             std::int32_t code = 0;
-            while (code == 0) {
+            while (code == vantu_orvanta_success) {
                 vantu_orvanta_device device{};
                 code = vantu_orvanta_device_info(session.context, 5, &device);
-                EXPECT_EQ(code == 0 ? device.device_type : 1, 1);
+                EXPECT_EQ(code == vantu_orvanta_success ? device.device_type : 1, 1);
                 reading = true;
             }
-            EXPECT_EQ(code, 3);
+            EXPECT_EQ(code, vantu_orvanta_invalid_connection_state);
         });
         EXPECT_TRUE(wait_until([&] { return reading.load(); }));
         for (std::uint8_t i = 0; i < 20; ++i) {
             session.service.push(datagram({op(33, 0, join({u32(5), counting(i, 24)}))}));
-            EXPECT_EQ(poll_until_something(session.context).event.event_type, 48U);
+            EXPECT_EQ(poll_until_something(session.context).event.event_type,
+                      +vantu_orvanta_event_cursor_state);
         }
         session.service.push(goodbye_received());
-        EXPECT_EQ(poll_until_something(session.context).event.event_type, 2U);
+        EXPECT_EQ(poll_until_something(session.context).event.event_type, +vantu_orvanta_event_disconnected);
         reader.join();
     }
 }

@@ -17,14 +17,14 @@ class handshake : public testing::Test {
     ~handshake() override {
         std::uint32_t id = 0;
         std::size_t count = 0;
-        if (vantu_orvanta_device_ids(context, &id, &count) != 3) {
+        if (vantu_orvanta_device_ids(context, &id, &count) != vantu_orvanta_invalid_connection_state) {
             service.expect(goodbye()).answer(goodbye_received());
         }
         vantu_orvanta_disconnect(context);
     }
 
     void connect() {
-        ASSERT_EQ(connect_to(service, context), 0);
+        ASSERT_EQ(connect_to(service, context), vantu_orvanta_success);
         service.await_script();
     }
 
@@ -49,7 +49,7 @@ TEST_F(handshake, sends_one_request_of_123_bytes) {
         .answer(acceptance());
     EXPECT_EQ(vantu_orvanta_connect_ports(context, "0", service.port().c_str(), "Device Config", 0x1234,
                                           0x5678, 0x0123456789ABCDEF, patient_timeout_ns),
-              0);
+              vantu_orvanta_success);
     service.await_script();
     EXPECT_EQ(service.last_datagram().size(), 123U);
 }
@@ -65,7 +65,7 @@ TEST_F(handshake, takes_a_name_of_31_characters_and_an_empty_one) {
             .answer(datagram({op(240, 0, {0, 0, 0, 0, 178})}));
         EXPECT_EQ(vantu_orvanta_connect_ports(context, "0", service.port().c_str(), name.c_str(), 0, 0, 0,
                                               patient_timeout_ns),
-                  178);
+                  vantu_orvanta_another_client_connected);
     }
 }
 
@@ -78,7 +78,7 @@ TEST_F(handshake, connects_from_the_local_port_that_was_asked_for) {
     service.expect(connect_request()).answer(acceptance());
     ASSERT_EQ(vantu_orvanta_connect_ports(context, port.c_str(), service.port().c_str(), "test client", 0, 0,
                                           keep_alive_ns, patient_timeout_ns),
-              0);
+              vantu_orvanta_success);
     const std::string sender = service.last_sender();
     EXPECT_EQ(sender.substr(sender.rfind(':') + 1), port);
 }
@@ -102,14 +102,15 @@ TEST_F(handshake, takes_device_notices_ahead_of_the_acceptance_into_the_device_t
                       device_listed(6, 2), op(24, 0, join({u32(6), counting(0x40, 8)})), op(4, 0, u64(1))}));
     connect();
     vantu_orvanta_device device{};
-    ASSERT_EQ(vantu_orvanta_device_info(context, 5, &device), 0);
+    ASSERT_EQ(vantu_orvanta_device_info(context, 5, &device), vantu_orvanta_success);
     EXPECT_EQ(
         hex(bytes_of(device)),
         hex(join({u64(1), {1, 7, 0xEF, 0xBE}, counting(0x60, 16), counting(0x30, 8), {2}, filled(41, 0)})));
-    ASSERT_EQ(vantu_orvanta_device_info(context, 6, &device), 0);
+    ASSERT_EQ(vantu_orvanta_device_info(context, 6, &device), vantu_orvanta_success);
     EXPECT_EQ(hex(bytes_of(device)),
               hex(join({u64(1), {2, 7, 0xEF, 0xBE}, counting(0x60, 16), counting(0x40, 8), filled(42, 0)})));
-    EXPECT_EQ(poll_once(context).event.event_type, 0U) << "a notice of the handshake is no event";
+    EXPECT_EQ(poll_once(context).event.event_type, +vantu_orvanta_event_none)
+        << "a notice of the handshake is no event";
 }
 
 TEST_F(handshake, leaves_what_follows_the_acceptance_to_the_polls) {
@@ -117,15 +118,15 @@ TEST_F(handshake, leaves_what_follows_the_acceptance_to_the_polls) {
         .answer(datagram({op(4, 0, u64(1)), device_listed(5, 1), op(81, 3, join({u32(5), {9}}))}));
     connect();
     const polled listed = poll_once(context);
-    EXPECT_EQ(listed.code, 0);
+    EXPECT_EQ(listed.code, vantu_orvanta_success);
     EXPECT_EQ(hex(bytes_of(listed.event)),
               hex(join({u32(16), u32(5), {0}, {1, 7, 0xEF, 0xBE}, counting(0x60, 16), filled(281, 0)})));
     const polled power = poll_once(context);
-    EXPECT_EQ(power.code, 0);
+    EXPECT_EQ(power.code, vantu_orvanta_success);
     EXPECT_EQ(hex(bytes_of(power.event)), hex(join({u32(81), u32(5), {3, 9}, filled(300, 0)})));
     const polled nothing = poll_once(context);
-    EXPECT_EQ(nothing.code, 0);
-    EXPECT_EQ(nothing.event.event_type, 0U);
+    EXPECT_EQ(nothing.code, vantu_orvanta_success);
+    EXPECT_EQ(nothing.event.event_type, +vantu_orvanta_event_none);
 }
 
 TEST_F(handshake, ignores_the_reserved_field_the_lengths_and_the_tag_of_the_reply) {
@@ -138,14 +139,15 @@ TEST_F(handshake, waits_without_limit_for_a_time_out_of_zero) {
     service.expect(connect_request()).answer(acceptance());
     EXPECT_EQ(vantu_orvanta_connect_ports(context, "0", service.port().c_str(), "test client", 0, 0,
                                           keep_alive_ns, 0),
-              0);
+              vantu_orvanta_success);
 }
 
 TEST_F(handshake, refuses_a_second_connect_and_sends_nothing_for_it) {
     service.expect(connect_request()).answer(acceptance());
     connect();
-    EXPECT_EQ(connect_to(service, context), 3);
-    EXPECT_EQ(vantu_orvanta_connect(context, "test client", 0, 0, keep_alive_ns, 1'000'000), 3);
+    EXPECT_EQ(connect_to(service, context), vantu_orvanta_invalid_connection_state);
+    EXPECT_EQ(vantu_orvanta_connect(context, "test client", 0, 0, keep_alive_ns, 1'000'000),
+              vantu_orvanta_invalid_connection_state);
 }
 
 TEST_F(handshake, looks_at_the_connection_before_it_looks_at_the_ports) {
@@ -177,11 +179,11 @@ TEST_F(handshake, works_again_after_the_service_said_goodbye) {
     service.expect(connect_request()).answer(acceptance());
     connect();
     service.push(goodbye_received());
-    EXPECT_EQ(poll_until_something(context).event.event_type, 2U);
+    EXPECT_EQ(poll_until_something(context).event.event_type, +vantu_orvanta_event_disconnected);
     service.expect(connect_request()).answer(acceptance());
     connect();
     service.push(datagram({op(81, 0, join({u32(5), {9}}))}));
-    EXPECT_EQ(poll_until_something(context).event.event_type, 81U);
+    EXPECT_EQ(poll_until_something(context).event.event_type, +vantu_orvanta_event_status_power_supply);
 }
 
 } // namespace

@@ -39,23 +39,24 @@ class received : public testing::TestWithParam<received_operation> {
     void list_device() {
         if (!GetParam().listing.empty()) {
             session.service.push(datagram({GetParam().listing}));
-            EXPECT_EQ(poll_until_something(session.context).event.event_type, 16U);
+            EXPECT_EQ(poll_until_something(session.context).event.event_type,
+                      +vantu_orvanta_event_device_added);
         }
     }
 
     void expect_event(std::uint8_t tag) {
         const polled result = poll_once(session.context);
-        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.code, vantu_orvanta_success);
         EXPECT_EQ(hex(bytes_of(result.event)), hex(GetParam().event(tag)));
     }
 
     void expect_nothing_more() {
         const polled result = poll_once(session.context);
         if (GetParam().code == 6) {
-            EXPECT_EQ(result.code, 3);
+            EXPECT_EQ(result.code, vantu_orvanta_invalid_connection_state);
             return;
         }
-        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.code, vantu_orvanta_success);
         EXPECT_EQ(hex(bytes_of(result.event)), hex(filled(310, 0)));
     }
 
@@ -104,7 +105,7 @@ TEST_P(received, takes_5_spare_bytes_for_the_next_operation) {
     session.service.push(datagram({op(GetParam().code, 255, join({GetParam().body, filled(5, 0)}))}));
     expect_event(255);
     log_capture log;
-    EXPECT_EQ(poll_once(session.context).code, 6);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_protocol_parse_failed);
     EXPECT_THAT(log.take_messages(),
                 ElementsAre("vantu_orvanta_poll: communication::proto::op magic mismatch"));
     expect_nothing_more();
@@ -128,7 +129,7 @@ TEST_P(received_with_body, is_refused_one_byte_short_and_the_buffer_is_emptied) 
     const bytes& body = GetParam().body;
     const log_capture silent;
     session.service.push(datagram({op(GetParam().code, 255, bytes(body.begin(), body.end() - 1))}));
-    EXPECT_EQ(poll_once(session.context).code, 6);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_protocol_parse_failed);
     expect_nothing_more();
 }
 
@@ -136,7 +137,7 @@ TEST_P(received_with_body, is_refused_with_no_body_at_all) {
     list_device();
     log_capture log;
     session.service.push(datagram({op_of_length(GetParam().code, 255, 400, {})}));
-    EXPECT_EQ(poll_once(session.context).code, 6);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_protocol_parse_failed);
     EXPECT_THAT(log.take(), IsEmpty());
     expect_nothing_more();
 }
@@ -146,7 +147,7 @@ TEST_P(received_with_body, is_not_understood_cut_short_but_the_next_datagram_is)
     const bytes& body = GetParam().body;
     session.service.push(datagram({op(GetParam().code, 1, bytes(body.begin(), body.end() - 1))}));
     session.service.push(datagram({op(GetParam().code, 2, body)}));
-    EXPECT_EQ(poll_once(session.context).code, 6);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_protocol_parse_failed);
     expect_event(2);
 }
 

@@ -21,20 +21,20 @@ class poll_parsing : public testing::Test {
         session.service.push(datagram);
         const std::int32_t code = poll_once(session.context).code;
         const polled after = poll_once(session.context);
-        EXPECT_EQ(after.code, 0);
-        EXPECT_EQ(after.event.event_type, 0U);
+        EXPECT_EQ(after.code, vantu_orvanta_success);
+        EXPECT_EQ(after.event.event_type, +vantu_orvanta_event_none);
         return code;
     }
 
     void expect_rejected(const bytes& datagram, std::uint64_t line, const char* message) {
-        EXPECT_EQ(code_of(datagram), 6);
+        EXPECT_EQ(code_of(datagram), vantu_orvanta_protocol_parse_failed);
         EXPECT_THAT(log.take(),
                     ElementsAre(log_line{info_level, "hardware-api-service/src/runtime/lib", line, message}));
     }
 
     void expect_event(std::uint32_t type) {
         const polled result = poll_once(session.context);
-        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.code, vantu_orvanta_success);
         EXPECT_EQ(result.event.event_type, type);
     }
 
@@ -44,7 +44,7 @@ class poll_parsing : public testing::Test {
 
 TEST_F(poll_parsing, finds_nothing_and_logs_nothing_on_a_quiet_connection) {
     const polled result = poll_once(session.context);
-    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.code, vantu_orvanta_success);
     EXPECT_EQ(hex(bytes_of(result.event)), hex(filled(310, 0)));
     EXPECT_THAT(log.take(), IsEmpty());
 }
@@ -52,19 +52,19 @@ TEST_F(poll_parsing, finds_nothing_and_logs_nothing_on_a_quiet_connection) {
 TEST_F(poll_parsing, zeroes_the_event_it_is_given) {
     vantu_orvanta_event event;
     std::memset(&event, 0xAA, sizeof(event));
-    EXPECT_EQ(vantu_orvanta_poll(session.context, &event), 0);
+    EXPECT_EQ(vantu_orvanta_poll(session.context, &event), vantu_orvanta_success);
     EXPECT_EQ(hex(bytes_of(event)), hex(filled(310, 0)));
     std::memset(&event, 0xAA, sizeof(event));
     session.service.push(datagram({op(64, 1, join({id_5, {1}}))}));
-    EXPECT_EQ(vantu_orvanta_poll(session.context, &event), 0);
+    EXPECT_EQ(vantu_orvanta_poll(session.context, &event), vantu_orvanta_success);
     EXPECT_EQ(hex(bytes_of(event)), hex(join({u32(64), id_5, {1, 1}, filled(300, 0)})));
 }
 
 TEST_F(poll_parsing, refuses_null_arguments) {
     vantu_orvanta_event event;
-    EXPECT_EQ(vantu_orvanta_poll(nullptr, &event), 2);
-    EXPECT_EQ(vantu_orvanta_poll(session.context, nullptr), 2);
-    EXPECT_EQ(vantu_orvanta_poll(nullptr, nullptr), 2);
+    EXPECT_EQ(vantu_orvanta_poll(nullptr, &event), vantu_orvanta_invalid_argument);
+    EXPECT_EQ(vantu_orvanta_poll(session.context, nullptr), vantu_orvanta_invalid_argument);
+    EXPECT_EQ(vantu_orvanta_poll(nullptr, nullptr), vantu_orvanta_invalid_argument);
 }
 
 TEST_F(poll_parsing, cannot_read_a_header_of_less_than_6_bytes) {
@@ -92,7 +92,7 @@ TEST_F(poll_parsing, refuses_another_version) {
 
 TEST_F(poll_parsing, takes_any_value_in_the_reserved_field) {
     session.service.push({0xE9, 0x9E, 1, 0, 0xFF, 0xFF, 0xFF, 2, 0, 0, 1});
-    expect_event(1);
+    expect_event(vantu_orvanta_event_ack);
 }
 
 TEST_F(poll_parsing, cannot_read_an_operation_of_less_than_5_bytes) {
@@ -115,8 +115,8 @@ TEST_F(poll_parsing, checks_the_header_of_each_datagram_once) {
     session.service.push(datagram({op(2, 4)}));
     for (std::uint8_t tag = 1; tag <= 4; ++tag) {
         const polled result = poll_once(session.context);
-        EXPECT_EQ(result.code, 0);
-        EXPECT_EQ(result.event.event_type, 1U);
+        EXPECT_EQ(result.code, vantu_orvanta_success);
+        EXPECT_EQ(result.event.event_type, +vantu_orvanta_event_ack);
         EXPECT_EQ(result.event.tag, tag);
     }
 }
@@ -129,8 +129,8 @@ TEST_F(poll_parsing, skips_each_unknown_operation_and_delivers_the_next) {
     for (int code = 0; code < 256; ++code) {
         if (known.count(code) == 0) {
             session.service.push(datagram({op(static_cast<std::uint8_t>(code), 1, {0xFF, 2, 0}), op(2, 1)}));
-            EXPECT_EQ(poll_once(session.context).code, 6) << code;
-            expect_event(1);
+            EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_protocol_parse_failed) << code;
+            expect_event(vantu_orvanta_event_ack);
         }
     }
     EXPECT_THAT(log.take(), IsEmpty());
@@ -138,33 +138,36 @@ TEST_F(poll_parsing, skips_each_unknown_operation_and_delivers_the_next) {
 
 TEST_F(poll_parsing, skips_an_unknown_operation_without_a_body) {
     session.service.push(datagram({op(241, 1), op(2, 1)}));
-    EXPECT_EQ(poll_once(session.context).code, 6);
-    expect_event(1);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_protocol_parse_failed);
+    expect_event(vantu_orvanta_event_ack);
 }
 
 TEST_F(poll_parsing, drops_the_datagram_of_an_unknown_operation_that_is_cut_short) {
-    EXPECT_EQ(code_of(datagram({op_of_length(241, 1, 11, {1, 2, 3, 4, 5}), op(2, 1)})), 6);
-    EXPECT_EQ(code_of(datagram({op_of_length(241, 1, 0xFFFF, {}), op(2, 1)})), 6);
+    EXPECT_EQ(code_of(datagram({op_of_length(241, 1, 11, {1, 2, 3, 4, 5}), op(2, 1)})),
+              vantu_orvanta_protocol_parse_failed);
+    EXPECT_EQ(code_of(datagram({op_of_length(241, 1, 0xFFFF, {}), op(2, 1)})),
+              vantu_orvanta_protocol_parse_failed);
     session.service.push(datagram({op_of_length(241, 1, 10, {1, 2, 3, 4, 5}), op(2, 1)}));
-    EXPECT_EQ(poll_once(session.context).code, 6) << "the length covers all of it";
-    expect_event(0);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_protocol_parse_failed)
+        << "the length covers all of it";
+    expect_event(vantu_orvanta_event_none);
 }
 
 TEST_F(poll_parsing, does_not_take_an_acceptance_outside_the_handshake) {
-    EXPECT_EQ(code_of(datagram({op(4, 0, u64(1))})), 6);
+    EXPECT_EQ(code_of(datagram({op(4, 0, u64(1))})), vantu_orvanta_protocol_parse_failed);
 }
 
 TEST_F(poll_parsing, yields_no_event_for_an_acknowledgement_with_tag_0_and_goes_on_behind_it) {
     session.service.push(datagram({op(2, 0), op(2, 7)}));
-    expect_event(0);
-    expect_event(1);
+    expect_event(vantu_orvanta_event_none);
+    expect_event(vantu_orvanta_event_ack);
 }
 
 TEST_F(poll_parsing, refuses_a_handedness_of_0_but_not_what_follows) {
     session.service.push(datagram({op(70, 1, join({id_5, {0}})), op(70, 1, join({id_5, {255}}))}));
-    EXPECT_EQ(poll_once(session.context).code, 2);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_invalid_argument);
     const polled next = poll_once(session.context);
-    EXPECT_EQ(next.code, 0);
+    EXPECT_EQ(next.code, vantu_orvanta_success);
     EXPECT_EQ(hex(bytes_of(next.event)), hex(join({u32(67), id_5, {1, 255}, filled(300, 0)})));
 }
 
@@ -175,7 +178,7 @@ TEST_F(poll_parsing, maps_every_service_status_of_an_error) {
         expected = status == 179 ? 9 : status == 180 ? 10 : status == 181 ? 11 : expected;
         session.service.push(datagram({op(240, 4, join({id_5, {static_cast<std::uint8_t>(status)}}))}));
         const polled result = poll_once(session.context);
-        EXPECT_EQ(result.code, 0);
+        EXPECT_EQ(result.code, vantu_orvanta_success);
         EXPECT_EQ(hex(bytes_of(result.event)),
                   hex(join({u32(255), id_5, {4}, u32(expected), filled(297, 0)})))
             << status;
@@ -187,7 +190,7 @@ TEST_F(poll_parsing, takes_a_grip_state_without_a_tail_as_exactly_22_bytes) {
     const polled result = poll_once(session.context);
     EXPECT_EQ(hex(bytes_of(result.event)),
               hex(join({u32(50), id_5, {0, 9}, counting(1, 16), filled(284, 0)})));
-    expect_event(1);
+    expect_event(vantu_orvanta_event_ack);
 }
 
 TEST_F(poll_parsing, takes_a_grip_state_with_the_longest_tail) {
@@ -196,13 +199,16 @@ TEST_F(poll_parsing, takes_a_grip_state_with_the_longest_tail) {
     const polled result = poll_once(session.context);
     EXPECT_EQ(hex(bytes_of(result.event)),
               hex(join({u32(50), id_5, {0, 9}, counting(1, 16), {255}, counting(1, 255), filled(28, 0)})));
-    expect_event(1);
+    expect_event(vantu_orvanta_event_ack);
 }
 
 TEST_F(poll_parsing, refuses_a_grip_state_with_less_tail_than_it_counts) {
-    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16), {6}, counting(1, 5)}))})), 6);
-    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16), {255}, counting(1, 254)}))})), 6);
-    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16)}))})), 6);
+    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16), {6}, counting(1, 5)}))})),
+              vantu_orvanta_protocol_parse_failed);
+    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16), {255}, counting(1, 254)}))})),
+              vantu_orvanta_protocol_parse_failed);
+    EXPECT_EQ(code_of(datagram({op(40, 1, join({id_5, {9}, counting(1, 16)}))})),
+              vantu_orvanta_protocol_parse_failed);
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
@@ -210,21 +216,22 @@ TEST_F(poll_parsing, takes_a_datagram_of_2048_bytes) {
     bytes longest = datagram({op(2, 1), op(241, 0, filled(2032, 1))});
     ASSERT_EQ(longest.size(), 2048U);
     session.service.push(longest);
-    expect_event(1);
-    EXPECT_EQ(poll_once(session.context).code, 6);
+    expect_event(vantu_orvanta_event_ack);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_protocol_parse_failed);
     EXPECT_THAT(log.take(), IsEmpty());
 }
 
 TEST_F(poll_parsing, gives_1_and_a_warning_for_a_larger_datagram_and_drops_it) {
     for (const std::size_t spare : {2033U, 9000U, 60000U}) {
-        EXPECT_EQ(code_of(datagram({op(2, 1), op(241, 0, filled(spare, 1))})), 1) << spare;
+        EXPECT_EQ(code_of(datagram({op(2, 1), op(241, 0, filled(spare, 1))})), vantu_orvanta_unexpected_error)
+            << spare;
         const auto lines = log.take();
         ASSERT_EQ(lines.size(), 1U);
         EXPECT_EQ(lines[0].level, warning_level);
         EXPECT_THAT(lines[0].message, testing::StartsWith("message: unable to recv packet with code: "));
     }
     session.service.push(datagram({op(2, 1)}));
-    expect_event(1);
+    expect_event(vantu_orvanta_event_ack);
 }
 
 } // namespace

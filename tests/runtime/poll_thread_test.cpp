@@ -1,6 +1,7 @@
 // The polling thread: what it hands on, when it ends, and how it is stopped.
-#include "support/client_session.hpp"
+#include "runtime/native_thread.hpp"
 #include "support/log_capture.hpp"
+#include "support/service_session.hpp"
 
 #include <atomic>
 #include <functional>
@@ -78,10 +79,10 @@ TEST_F(poll_thread, hands_on_a_burst_in_order) {
     }
     ASSERT_TRUE(recorded.has(20 * 61));
     for (std::uint32_t i = 0; i < number; ++i) {
-        EXPECT_EQ(+recorded.events[i].event_type, 17U);
+        EXPECT_EQ(+recorded.events[i].event_type, +vantu_orvanta_event_device_removed);
         EXPECT_EQ(+recorded.events[i].device_id, i);
     }
-    EXPECT_EQ(vantu_orvanta_poll_thread_result(thread), 0U) << "it still runs";
+    EXPECT_EQ(vantu_orvanta_poll_thread_result(thread), +vantu_orvanta_success) << "it still runs";
 }
 
 TEST_F(poll_thread, hands_on_whole_events_but_no_empty_ones) {
@@ -102,37 +103,39 @@ TEST_F(poll_thread, ends_with_6_on_a_datagram_that_is_not_understood) {
     const log_capture quiet;
     start();
     session.service.push({1, 2, 3});
-    EXPECT_TRUE(ends_with(6));
+    EXPECT_TRUE(ends_with(vantu_orvanta_protocol_parse_failed));
     session.service.push(datagram({op(2, 1)}));
-    EXPECT_EQ(poll_until_something(session.context).event.event_type, 1U) << "the context goes on";
+    EXPECT_EQ(poll_until_something(session.context).event.event_type, +vantu_orvanta_event_ack)
+        << "the context goes on";
     EXPECT_EQ(recorded.events.size(), 0U);
 }
 
 TEST_F(poll_thread, ends_with_7_on_details_of_an_unlisted_device) {
     start();
     session.service.push(datagram({op(23, 0, join({u32(5), filled(9, 0)}))}));
-    EXPECT_TRUE(ends_with(7));
+    EXPECT_TRUE(ends_with(vantu_orvanta_no_matching_device));
 }
 
 TEST_F(poll_thread, ends_with_2_on_a_handedness_of_0) {
     start();
     session.service.push(datagram({op(70, 0, {5, 0, 0, 0, 0})}));
-    EXPECT_TRUE(ends_with(2));
+    EXPECT_TRUE(ends_with(vantu_orvanta_invalid_argument));
 }
 
 TEST_F(poll_thread, hands_on_the_goodbye_of_the_service_and_ends_with_3) {
     start();
     session.service.push(datagram({op(6, 0)}));
-    EXPECT_TRUE(ends_with(3));
+    EXPECT_TRUE(ends_with(vantu_orvanta_invalid_connection_state));
     ASSERT_EQ(recorded.events.size(), 1U);
-    EXPECT_EQ(+recorded.events[0].event_type, 2U);
+    EXPECT_EQ(+recorded.events[0].event_type, +vantu_orvanta_event_disconnected);
 }
 
 TEST(poll_thread_start, ends_with_3_at_once_on_a_context_that_never_connected) {
     vantu_orvanta_context* context = vantu_orvanta_context_create();
     recorder unused;
     auto* thread = vantu_orvanta_poll_thread_start(context, recorder::handle, &unused);
-    EXPECT_TRUE(wait_until([&] { return vantu_orvanta_poll_thread_result(thread) == 3; }));
+    EXPECT_TRUE(wait_until(
+        [&] { return vantu_orvanta_poll_thread_result(thread) == vantu_orvanta_invalid_connection_state; }));
     vantu_orvanta_poll_thread_stop(thread);
     vantu_orvanta_disconnect(context);
 }
@@ -144,7 +147,17 @@ TEST_F(poll_thread, is_not_started_for_a_null_context_or_handler) {
 
 TEST_F(poll_thread, leaves_a_null_handle_alone) {
     vantu_orvanta_poll_thread_stop(nullptr);
-    EXPECT_EQ(vantu_orvanta_poll_thread_result(nullptr), 0U);
+    EXPECT_EQ(vantu_orvanta_poll_thread_result(nullptr), +vantu_orvanta_success);
+}
+
+TEST(joining_a_thread, is_refused_where_none_is_attached) {
+    vantu::orvanta::native_thread none;
+    try {
+        vantu::orvanta::join_thread(none);
+        FAIL() << "nothing was thrown";
+    } catch (const std::system_error& failure) {
+        EXPECT_EQ(failure.code(), std::errc::invalid_argument);
+    }
 }
 
 TEST_F(poll_thread, can_be_stopped_and_started_again) {

@@ -83,7 +83,7 @@ class a_request : public testing::TestWithParam<request> {};
 TEST_P(a_request, sends_its_bytes) {
     service_session session;
     session.service.expect(GetParam().expected);
-    EXPECT_EQ(GetParam().send(session.context, 0xA1B2C3D4, 0x7B), 0);
+    EXPECT_EQ(GetParam().send(session.context, 0xA1B2C3D4, 0x7B), vantu_orvanta_success);
     session.service.await_script();
 }
 
@@ -93,33 +93,33 @@ TEST_P(a_request, carries_the_tags_0_and_255) {
         bytes expected = GetParam().expected;
         expected[10] = tag;
         session.service.expect(expected);
-        EXPECT_EQ(GetParam().send(session.context, 0xA1B2C3D4, tag), 0);
+        EXPECT_EQ(GetParam().send(session.context, 0xA1B2C3D4, tag), vantu_orvanta_success);
         session.service.await_script();
     }
 }
 
 TEST_P(a_request, refuses_a_null_context) {
-    EXPECT_EQ(GetParam().send(nullptr, 5, 1), 2);
+    EXPECT_EQ(GetParam().send(nullptr, 5, 1), vantu_orvanta_invalid_argument);
 }
 
 TEST_P(a_request, refuses_device_0_before_it_looks_at_the_connection) {
     vantu_orvanta_context* unconnected = vantu_orvanta_context_create();
-    EXPECT_EQ(GetParam().send(unconnected, 0, 1), 2);
-    EXPECT_EQ(GetParam().send(unconnected, 5, 1), 3);
+    EXPECT_EQ(GetParam().send(unconnected, 0, 1), vantu_orvanta_invalid_argument);
+    EXPECT_EQ(GetParam().send(unconnected, 5, 1), vantu_orvanta_invalid_connection_state);
     vantu_orvanta_disconnect(unconnected);
 }
 
 TEST_P(a_request, refuses_device_0_on_a_connection_and_sends_nothing) {
     service_session session;
-    EXPECT_EQ(GetParam().send(session.context, 0, 1), 2);
+    EXPECT_EQ(GetParam().send(session.context, 0, 1), vantu_orvanta_invalid_argument);
 }
 
 TEST_P(a_request, returns_3_after_the_goodbye_of_the_service) {
     service_session session;
     session.service.push(goodbye_received());
-    EXPECT_EQ(poll_until_something(session.context).event.event_type, 2U);
-    EXPECT_EQ(GetParam().send(session.context, 5, 1), 3);
-    EXPECT_EQ(GetParam().send(session.context, 0, 1), 2);
+    EXPECT_EQ(poll_until_something(session.context).event.event_type, +vantu_orvanta_event_disconnected);
+    EXPECT_EQ(GetParam().send(session.context, 5, 1), vantu_orvanta_invalid_connection_state);
+    EXPECT_EQ(GetParam().send(session.context, 0, 1), vantu_orvanta_invalid_argument);
 }
 
 INSTANTIATE_TEST_SUITE_P(each, a_request, testing::ValuesIn(requests()),
@@ -127,19 +127,23 @@ INSTANTIATE_TEST_SUITE_P(each, a_request, testing::ValuesIn(requests()),
 
 TEST(a_request_with_a_record, refuses_a_null_record_before_it_looks_at_the_connection) {
     vantu_orvanta_context* unconnected = vantu_orvanta_context_create();
-    EXPECT_EQ(vantu_orvanta_config_gravity_compensation_set(unconnected, 5, 1, nullptr), 2);
-    EXPECT_EQ(vantu_orvanta_config_torque_scaling_set(unconnected, 5, 1, nullptr), 2);
-    EXPECT_EQ(vantu_orvanta_config_handedness_set(unconnected, 5, 1, nullptr), 2);
+    EXPECT_EQ(vantu_orvanta_config_gravity_compensation_set(unconnected, 5, 1, nullptr),
+              vantu_orvanta_invalid_argument);
+    EXPECT_EQ(vantu_orvanta_config_torque_scaling_set(unconnected, 5, 1, nullptr),
+              vantu_orvanta_invalid_argument);
+    EXPECT_EQ(vantu_orvanta_config_handedness_set(unconnected, 5, 1, nullptr),
+              vantu_orvanta_invalid_argument);
     vantu_orvanta_disconnect(unconnected);
 }
 
 TEST(a_handedness_request, refuses_0_and_hands_on_everything_else) {
     service_session session;
     std::uint8_t handedness = 0;
-    EXPECT_EQ(vantu_orvanta_config_handedness_set(session.context, 5, 1, &handedness), 2);
+    EXPECT_EQ(vantu_orvanta_config_handedness_set(session.context, 5, 1, &handedness),
+              vantu_orvanta_invalid_argument);
     for (const std::uint8_t value : {std::uint8_t{1}, std::uint8_t{3}, std::uint8_t{255}}) {
         session.service.expect(datagram({op(71, 1, {5, 0, 0, 0, value})}));
-        EXPECT_EQ(vantu_orvanta_config_handedness_set(session.context, 5, 1, &value), 0);
+        EXPECT_EQ(vantu_orvanta_config_handedness_set(session.context, 5, 1, &value), vantu_orvanta_success);
     }
 }
 
@@ -147,10 +151,12 @@ TEST(a_gravity_compensation_request, hands_on_every_value) {
     service_session session;
     const vantu_orvanta_config_gravity_compensation odd{255, -1.0F};
     session.service.expect(datagram({op(67, 1, {5, 0, 0, 0, 255, 0x00, 0x00, 0x80, 0xBF})}));
-    EXPECT_EQ(vantu_orvanta_config_gravity_compensation_set(session.context, 5, 1, &odd), 0);
+    EXPECT_EQ(vantu_orvanta_config_gravity_compensation_set(session.context, 5, 1, &odd),
+              vantu_orvanta_success);
     const vantu_orvanta_config_gravity_compensation off{0, 0.0F};
     session.service.expect(datagram({op(67, 0, {5, 0, 0, 0, 0, 0, 0, 0, 0})}));
-    EXPECT_EQ(vantu_orvanta_config_gravity_compensation_set(session.context, 5, 0, &off), 0);
+    EXPECT_EQ(vantu_orvanta_config_gravity_compensation_set(session.context, 5, 0, &off),
+              vantu_orvanta_success);
 }
 
 TEST(requests, go_out_in_the_order_of_the_calls) {
@@ -159,7 +165,7 @@ TEST(requests, go_out_in_the_order_of_the_calls) {
         session.service.expect(datagram({op(64, tag, {5, 0, 0, 0})}));
     }
     for (std::uint8_t tag = 1; tag <= 100; ++tag) {
-        ASSERT_EQ(vantu_orvanta_config_save_request(session.context, 5, tag), 0);
+        ASSERT_EQ(vantu_orvanta_config_save_request(session.context, 5, tag), vantu_orvanta_success);
     }
     session.service.await_script();
 }

@@ -66,22 +66,25 @@ TEST(client_codes, follow_the_status_table_for_every_byte) {
 TEST(a_refused_send, gives_a_request_the_code_of_its_status_and_the_next_one_goes_out) {
     service_session session;
     log_capture log;
-    for (const auto& [error, code] : std::map<int, int>{
-             {EAGAIN, 254}, {EAFNOSUPPORT, 5}, {EADDRINUSE, 5}, {ENETUNREACH, 1}, {EPERM, 1}}) {
+    for (const auto& [error, code] : std::map<int, int>{{EAGAIN, vantu_orvanta_os_socket_error},
+                                                        {EAFNOSUPPORT, vantu_orvanta_socket_bind_failed},
+                                                        {EADDRINUSE, vantu_orvanta_socket_bind_failed},
+                                                        {ENETUNREACH, vantu_orvanta_unexpected_error},
+                                                        {EPERM, vantu_orvanta_unexpected_error}}) {
         const std::vector<std::string> earlier = log.take_messages();
         {
             scripted_calls calls;
             calls.fail(system_call::sendto, error, 1, scripted_calls::always);
             EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), code) << error;
         }
-        if (code == 1) {
+        if (code == vantu_orvanta_unexpected_error) {
             EXPECT_THAT(log.take_messages(),
                         ElementsAre(StartsWith("message: unable to send packet with code: ")));
         } else {
             EXPECT_THAT(log.take_messages(), IsEmpty());
         }
         session.service.expect(datagram({op(64, 1, {5, 0, 0, 0})}));
-        EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), 0);
+        EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), vantu_orvanta_success);
         session.service.await_script();
     }
 }
@@ -92,10 +95,10 @@ TEST(a_refused_keep_alive, is_the_code_of_its_poll_and_goes_out_with_the_next) {
     {
         scripted_calls calls;
         calls.fail(system_call::sendto, EAGAIN, 1, scripted_calls::always);
-        EXPECT_EQ(poll_once(session.context).code, 254);
-        EXPECT_EQ(poll_once(session.context).code, 254) << "it is still due";
+        EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_os_socket_error);
+        EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_os_socket_error) << "it is still due";
     }
-    EXPECT_EQ(poll_once(session.context).code, 0);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_success);
     EXPECT_TRUE(wait_until([&] { return session.service.keep_alives().size() == 1; }));
 }
 
@@ -106,7 +109,7 @@ TEST(a_refused_receive, is_the_code_of_its_poll_and_the_datagram_comes_with_the_
     {
         scripted_calls calls;
         calls.fail(system_call::recvfrom, EIO);
-        EXPECT_EQ(poll_once(session.context).code, 1);
+        EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_unexpected_error);
     }
     EXPECT_THAT(log.take_messages(), ElementsAre(StartsWith("message: unable to recv packet with code: ")));
     EXPECT_EQ(poll_once(session.context).event.tag, 7);
@@ -127,7 +130,7 @@ class a_refused_connect : public testing::Test {
                                                keep_alive_ns, 20'000'000);
         }
         EXPECT_EQ(open_descriptors(), before);
-        EXPECT_EQ(poll_once(context).code, 3);
+        EXPECT_EQ(poll_once(context).code, vantu_orvanta_invalid_connection_state);
         return code;
     }
 
@@ -137,14 +140,14 @@ class a_refused_connect : public testing::Test {
 };
 
 TEST_F(a_refused_connect, gives_5_when_no_socket_can_be_made_or_bound) {
-    EXPECT_EQ(connect_without(system_call::socket, EMFILE), 5);
-    EXPECT_EQ(connect_without(system_call::bind, EACCES), 5);
+    EXPECT_EQ(connect_without(system_call::socket, EMFILE), vantu_orvanta_socket_bind_failed);
+    EXPECT_EQ(connect_without(system_call::bind, EACCES), vantu_orvanta_socket_bind_failed);
 }
 
 TEST_F(a_refused_connect, gives_the_code_of_its_send) {
-    EXPECT_EQ(connect_without(system_call::sendto, EAGAIN), 254);
-    EXPECT_EQ(connect_without(system_call::sendto, EAFNOSUPPORT), 5);
-    EXPECT_EQ(connect_without(system_call::sendto, ENETUNREACH), 1);
+    EXPECT_EQ(connect_without(system_call::sendto, EAGAIN), vantu_orvanta_os_socket_error);
+    EXPECT_EQ(connect_without(system_call::sendto, EAFNOSUPPORT), vantu_orvanta_socket_bind_failed);
+    EXPECT_EQ(connect_without(system_call::sendto, ENETUNREACH), vantu_orvanta_unexpected_error);
 }
 
 TEST(a_connection_without_an_address_text, is_a_connection_all_the_same) {
@@ -155,7 +158,7 @@ TEST(a_connection_without_an_address_text, is_a_connection_all_the_same) {
     {
         scripted_calls calls;
         calls.fail(system_call::getsockname, ENOBUFS, 1, scripted_calls::always);
-        EXPECT_EQ(connect_to(service, context), 0);
+        EXPECT_EQ(connect_to(service, context), vantu_orvanta_success);
     }
     EXPECT_THAT(log.take_messages(),
                 testing::Contains(testing::HasSubstr("client addr:[] -> service addr:")));
@@ -183,7 +186,7 @@ TEST(poll_thread_start, throws_when_the_system_starts_no_thread) {
     } catch (const std::system_error& failure) {
         EXPECT_EQ(failure.code(), std::errc::resource_unavailable_try_again);
     }
-    EXPECT_EQ(poll_once(session.context).code, 0);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_success);
 }
 
 TEST(poll_thread_stop, throws_when_the_thread_cannot_be_joined_and_can_be_called_again) {

@@ -23,25 +23,25 @@ void ignore_event(void*, const vantu_orvanta_event*) {}
 TEST(a_refused_send, gives_a_request_the_code_of_its_status_and_the_next_one_goes_out) {
     service_session session;
     log_capture log;
-    for (const auto& [error, code] : std::map<int, int>{{WSAEWOULDBLOCK, 254},
-                                                        {WSAEAFNOSUPPORT, 5},
-                                                        {WSAEADDRINUSE, 5},
-                                                        {WSAENETUNREACH, 1},
-                                                        {WSAEACCES, 1}}) {
+    for (const auto& [error, code] : std::map<int, int>{{WSAEWOULDBLOCK, vantu_orvanta_os_socket_error},
+                                                        {WSAEAFNOSUPPORT, vantu_orvanta_socket_bind_failed},
+                                                        {WSAEADDRINUSE, vantu_orvanta_socket_bind_failed},
+                                                        {WSAENETUNREACH, vantu_orvanta_unexpected_error},
+                                                        {WSAEACCES, vantu_orvanta_unexpected_error}}) {
         const std::vector<std::string> earlier = log.take_messages();
         {
             scripted_winsock calls;
             calls.fail(winsock_call::sendto, error, 1, scripted_winsock::always);
             EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), code) << error;
         }
-        if (code == 1) {
+        if (code == vantu_orvanta_unexpected_error) {
             EXPECT_THAT(log.take_messages(),
                         ElementsAre(StartsWith("message: unable to send packet with code: ")));
         } else {
             EXPECT_THAT(log.take_messages(), IsEmpty());
         }
         session.service.expect(datagram({op(64, 1, {5, 0, 0, 0})}));
-        EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), 0);
+        EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), vantu_orvanta_success);
         session.service.await_script();
     }
 }
@@ -50,7 +50,9 @@ TEST(a_refused_receive, is_the_code_of_its_poll_and_the_datagram_comes_with_the_
     service_session session;
     log_capture log;
     session.service.push(datagram({op(2, 7)}));
-    for (const auto& [error, code] : std::map<int, int>{{WSAENETDOWN, 1}, {WSAECONNRESET, 8}}) {
+    for (const auto& [error, code] :
+         std::map<int, int>{{WSAENETDOWN, vantu_orvanta_unexpected_error},
+                            {WSAECONNRESET, vantu_orvanta_disconnected_from_service}}) {
         scripted_winsock calls;
         calls.fail(winsock_call::recvfrom, error);
         EXPECT_EQ(poll_once(session.context).code, code);
@@ -78,7 +80,7 @@ class a_connect : public testing::Test {
             code = connect(20'000'000);
         };
         EXPECT_EQ(handles_left_by(connect_once), 0);
-        EXPECT_EQ(poll_once(context).code, 3);
+        EXPECT_EQ(poll_once(context).code, vantu_orvanta_invalid_connection_state);
         return code;
     }
 
@@ -88,16 +90,16 @@ class a_connect : public testing::Test {
 };
 
 TEST_F(a_connect, gives_5_when_no_socket_can_be_made_or_bound) {
-    EXPECT_EQ(connect_without(winsock_call::open, WSAEMFILE), 5);
-    EXPECT_EQ(connect_without(winsock_call::bind, WSAEACCES), 5);
+    EXPECT_EQ(connect_without(winsock_call::open, WSAEMFILE), vantu_orvanta_socket_bind_failed);
+    EXPECT_EQ(connect_without(winsock_call::bind, WSAEACCES), vantu_orvanta_socket_bind_failed);
 }
 
 TEST_F(a_connect, gives_the_code_of_its_send_and_of_its_receive) {
-    EXPECT_EQ(connect_without(winsock_call::sendto, WSAEWOULDBLOCK), 254);
-    EXPECT_EQ(connect_without(winsock_call::sendto, WSAEAFNOSUPPORT), 5);
-    EXPECT_EQ(connect_without(winsock_call::sendto, WSAENETUNREACH), 1);
+    EXPECT_EQ(connect_without(winsock_call::sendto, WSAEWOULDBLOCK), vantu_orvanta_os_socket_error);
+    EXPECT_EQ(connect_without(winsock_call::sendto, WSAEAFNOSUPPORT), vantu_orvanta_socket_bind_failed);
+    EXPECT_EQ(connect_without(winsock_call::sendto, WSAENETUNREACH), vantu_orvanta_unexpected_error);
     service.respond_with([](const bytes&) { return std::vector<bytes>{}; });
-    EXPECT_EQ(connect_without(winsock_call::start_receive, WSAENOBUFS), 1);
+    EXPECT_EQ(connect_without(winsock_call::start_receive, WSAENOBUFS), vantu_orvanta_unexpected_error);
 }
 
 // What Windows says of a port on which nobody listens is no answer of the service.
@@ -108,7 +110,7 @@ TEST_F(a_connect, takes_no_report_of_a_closed_port_for_an_answer) {
         scripted_winsock calls;
         calls.fail(call, static_cast<int>(error));
         const auto before = std::chrono::steady_clock::now();
-        EXPECT_EQ(connect(30'000'000), 4);
+        EXPECT_EQ(connect(30'000'000), vantu_orvanta_timed_out);
         EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(30));
     }
     EXPECT_THAT(log.take_messages(), IsEmpty());
@@ -119,7 +121,7 @@ TEST_F(a_connect, takes_the_answer_that_follows_the_report_of_a_closed_port) {
     {
         scripted_winsock calls;
         calls.fail(winsock_call::start_receive, WSAECONNRESET);
-        EXPECT_EQ(connect(patient_timeout_ns), 0);
+        EXPECT_EQ(connect(patient_timeout_ns), vantu_orvanta_success);
     }
     service.expect(goodbye()).answer(goodbye_received());
 }
@@ -129,7 +131,7 @@ TEST_F(a_connect, that_times_out_takes_its_receive_back_ahead_of_closing_its_soc
     scripted_winsock calls;
     bool closed_first = false;
     calls.before(winsock_call::cancel, 1, [&] { closed_first = calls.count(winsock_call::close) != 0; });
-    EXPECT_EQ(connect(5'000'000), 4);
+    EXPECT_EQ(connect(5'000'000), vantu_orvanta_timed_out);
     EXPECT_EQ(calls.count(winsock_call::cancel), 1);
     EXPECT_EQ(calls.count(winsock_call::close), 1);
     EXPECT_FALSE(closed_first);
@@ -138,7 +140,7 @@ TEST_F(a_connect, that_times_out_takes_its_receive_back_ahead_of_closing_its_soc
 TEST_F(a_connect, that_only_looks_takes_its_receive_back_as_well) {
     service.respond_with([](const bytes&) { return std::vector<bytes>{}; });
     scripted_winsock calls;
-    EXPECT_EQ(connect(1), 254);
+    EXPECT_EQ(connect(1), vantu_orvanta_os_socket_error);
     EXPECT_EQ(calls.count(winsock_call::cancel), 1);
 }
 
@@ -152,7 +154,7 @@ TEST(poll_thread_start, throws_when_the_system_starts_no_thread) {
     } catch (const std::system_error& failure) {
         EXPECT_EQ(failure.code(), std::errc::resource_unavailable_try_again);
     }
-    EXPECT_EQ(poll_once(session.context).code, 0);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_success);
 }
 
 TEST(poll_thread_without_a_service, ends_with_8) {
@@ -161,7 +163,9 @@ TEST(poll_thread_without_a_service, ends_with_8) {
     {
         scripted_winsock calls;
         calls.fail(winsock_call::recvfrom, WSAECONNRESET);
-        EXPECT_TRUE(wait_until([&] { return vantu_orvanta_poll_thread_result(thread) == 8; }));
+        EXPECT_TRUE(wait_until([&] {
+            return vantu_orvanta_poll_thread_result(thread) == vantu_orvanta_disconnected_from_service;
+        }));
     }
     vantu_orvanta_poll_thread_stop(thread);
 }
