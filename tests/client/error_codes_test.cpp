@@ -96,7 +96,7 @@ TEST(exception, says_the_text_of_its_code) {
     EXPECT_EQ(failure.code(), vantu_orvanta_disconnected_from_service);
 }
 
-TEST(exception, says_its_label_ahead_of_the_text) {
+TEST(exception, says_its_label_before_the_text) {
     const exception failure(7, "client.device_open");
     EXPECT_STREQ(failure.what(), "client.device_open: no device matches given type or id");
     EXPECT_EQ(failure.code(), vantu_orvanta_no_matching_device);
