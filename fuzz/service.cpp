@@ -184,7 +184,7 @@ class run {
         }
     }
 
-    // What the service has to send, read by the protocol's rules.
+    // The service's datagrams, read by the protocol's rules.
     std::vector<sent_operation> take_sent() {
         std::vector<sent_operation> all;
         for (const outgoing_datagram& one : service_.take_outgoing()) {

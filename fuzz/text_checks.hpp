@@ -1,4 +1,4 @@
-// What each harness of a reader of text asks of the messages it gets.
+// The demands of each harness of a reader of text on the messages that it gets.
 #pragma once
 
 #include <algorithm>
@@ -20,7 +20,8 @@ inline void require_one_line(std::string_view text) {
         return (letter >= 0 && letter < ' ') || letter == '\x7F';
     });
     for (std::size_t i = 0; i + 1 < text.size(); ++i) {
-        is_plain = is_plain && !(text[i] == '\xC2' && text[i + 1] >= '\x80' && text[i + 1] < '\xA0');
+        const auto follower = static_cast<unsigned char>(text[i + 1]);
+        is_plain = is_plain && !(text[i] == '\xC2' && follower >= 0x80 && follower < 0xA0);
     }
     require(!text.empty() && is_plain, "a message is not one line of plain text");
 }

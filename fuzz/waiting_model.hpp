@@ -1,4 +1,4 @@
-// What class client must do with its waiting requests, said in another way: by tag, the event that answers
+// The waiting requests of class client, modelled in another way: by tag, the event that answers
 // and the handler; and the tags that are free, the longest free first.
 #pragma once
 

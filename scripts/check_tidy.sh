@@ -42,7 +42,7 @@ check_naming_rules
 if [ $# -gt 0 ]; then
     mapfile -t sources < <(realpath -- "$@")
 else
-    # Of what the build itself wrote only the files that gather several sources.
+    # The build's own files count only where they gather several sources.
     mapfile -t sources < <(sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$build/compile_commands.json" |
         grep -E "^$root/(src|app|simulator|tests|bench)/.*\.cpp\$|^$build/.*/Unity/.*\.cxx\$" | sort -u)
 fi

@@ -1,4 +1,4 @@
-# What the scripts share: the checkout's root, and how they speak. To be sourced.
+# The part that the scripts share: the checkout's root, and how they speak. To be sourced.
 # shellcheck shell=bash
 root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 script=$(basename "$0")

@@ -4,7 +4,7 @@
 usage: coverage_report.py ROOT LINES BRANCHES FOLDER[:LINES:BRANCHES]...
 
 ROOT is the checkout, LINES what "llvm-cov export -format=lcov" says and BRANCHES what "llvm-cov export" says.
-A FOLDER has the least percentages of its lines and branches behind it, or none. A branch is one outcome of one
+A FOLDER has the least percentages of its lines and branches after it, or none. A branch is one outcome of one
 condition of the source, a macro's included. It counts as reached when one instance of a template reaches it.
 """
 import collections

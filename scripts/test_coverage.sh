@@ -20,7 +20,7 @@ build=$root/build/coverage
 
 say "building coverage"
 configure coverage || fail "configuring coverage failed: see the messages above"
-# What is compiled holds the paths of this checkout: none is taken from another.
+# The objects hold the paths of this checkout: none is taken from another.
 export CCACHE_BASEDIR='' CCACHE_HASHDIR=1
 unset CCACHE_NOHASHDIR
 cmake --build "$build" >&2 || fail "building coverage failed: see the messages above"

@@ -27,7 +27,7 @@ changed_files() {
     printf '%s\n' "$differing" "$new" | sed -nE '\,^(src|app|simulator|tests|bench)/.*\.(cpp|hpp|h)$,p' | sort -u
 }
 
-# Of those on standard input each source by itself, and for a header one source that includes it: its own, or
+# Reads names from standard input: a source stands for itself, a header for one source that includes it: its own, or
 # one that is held to all rules, or a test. What the release build read says which.
 sources_to_read() {
     awk -v root="$root" '

@@ -14,7 +14,7 @@ cmake --build "$root/build/windows" >&2 || fail "building windows failed: see th
 # One server for all tests: each would wait for a new one to start, and for the old one to end.
 export WINEPREFIX=$root/build/windows/wine WINEDEBUG=-all
 mkdir -p "$WINEPREFIX"
-# What it says at its end of programs that still ran would stand behind the summary.
+# Its last words, about programs that still ran, would stand after the summary.
 wineserver -p 2>"$root/build/windows/wineserver.log" || fail "Wine's server does not start in $WINEPREFIX: end the programs that use it, then try again"
 # Waits for its end: the next run starts one of its own.
 trap 'wineserver -k && wineserver -w || true' EXIT

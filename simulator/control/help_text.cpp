@@ -17,7 +17,7 @@ std::string option_with_example(const fault_row& row) {
 
 // All faults in two columns, one above the other.
 std::string faults_help() {
-    std::string text = "A fault is an option, a verb of the console or a verb of a scenario. Behind its\n"
+    std::string text = "A fault is an option, a verb of the console or a verb of a scenario. After its\n"
                        "name stands ARGUMENT@SELECTOR,..., each part where it is wanted. Selectors:\n"
                        "  op=CODE  datagrams with this operation   p=P  happens with this probability\n"
                        "  dir=in   those from clients; out: to     n=N  happens once, to the Nth of them\n"

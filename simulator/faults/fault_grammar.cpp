@@ -94,7 +94,7 @@ class fault_reader {
     void read_argument(std::string_view text) {
         if (text.empty()) {
             if (!argument_may_be_left_out()) {
-                refuse("it lacks its argument; say it ahead of any '@'");
+                refuse("it lacks its argument; say it before any '@'");
             }
             return;
         }

@@ -35,7 +35,7 @@ constexpr auto all_names = [] {
 
 void expect_end(std::string_view verb, std::string_view rest) {
     if (!rest.empty()) {
-        refuse(formatted("{}: '{}' is too much; the line ends ahead of it", verb, rest));
+        refuse(formatted("{}: '{}' is too much; the line ends before it", verb, rest));
     }
 }
 

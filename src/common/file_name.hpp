@@ -5,7 +5,7 @@
 
 namespace vantu::orvanta {
 
-// What follows the last "/" or "\"; all of a path that has neither. Throws std::system_error for a path
+// The part after the last "/" or "\"; all of a path that has neither. Throws std::system_error for a path
 // longer than the largest 32-bit signed number, and where the platform cannot convert the path.
 [[nodiscard]] std::string file_name_of(const std::string& path);
 

@@ -42,7 +42,7 @@ bool waitable_timer::set(std::int64_t deadline_ns) const noexcept {
     if (handle_ == nullptr) {
         return false;
     }
-    // Rounded up, so that the timer never ends just ahead of the deadline; negative is relative.
+    // Rounded up, so that the timer never ends just before the deadline; negative is relative.
     const std::int64_t left_ns = time_left_until(deadline_ns);
     LARGE_INTEGER due;
     due.QuadPart = -(left_ns / ns_per_unit + (left_ns % ns_per_unit == 0 ? 0 : 1));

@@ -15,7 +15,7 @@ struct own_text {
     const char* text;
 };
 
-// What a socket of this library can meet.
+// The errors that a socket of this library can meet.
 constexpr std::array own_texts{
     own_text{WSAEINTR, "The call was interrupted."},
     own_text{WSAEACCES, "Access to the address is not allowed."},

@@ -63,7 +63,7 @@ std::optional<int> drain_error_queue(int descriptor) {
     }
 }
 
-// One non-blocking receive into the room behind the unread bytes: 0, or the error's number.
+// One non-blocking receive into the room after the unread bytes: 0, or the error's number.
 int receive_once(int descriptor, receive_record& record) {
     for (;;) {
         socklen_t from_length = address_room;
@@ -280,7 +280,7 @@ socket_status get_overlapped_result(socket_handle socket, receive_record& record
     const int descriptor = descriptor_of(socket);
     const wait_limit limit = wait_limit_of(timeout_ns, platform::steady_now_ns());
     for (;;) {
-        // The clock is read ahead of the look, so that the last look comes after the deadline.
+        // The clock is read before the look, so that the last look comes after the deadline.
         const bool expired = !limit.without_end && platform::steady_now_ns() >= limit.deadline_ns;
         const std::uint64_t before = record.buffer.write_position;
         int error = receive_once(descriptor, record);

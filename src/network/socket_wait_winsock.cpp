@@ -54,11 +54,11 @@ bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadl
         }
     }
     const platform::waitable_timer& timer = platform::timer_of_this_thread();
-    // Timers may end a little ahead of the clock.
+    // Timers may end a little before the clock.
     for (;;) {
         const bool timed = timer.set(deadline_ns);
         const std::array<HANDLE, 2> handles{event->handle(), timer.handle()};
-        // Of handles that are both set the first one counts.
+        // The first of two handles that are both set counts.
         const DWORD ready =
             WaitForMultipleObjects(timed ? 2 : 1, handles.data(), FALSE,
                                    timed ? INFINITE : platform::milliseconds_until(deadline_ns));

@@ -142,7 +142,7 @@ collected collect(socket_handle socket, receive_record& record, DWORD millisecon
 }
 
 // Takes the record back from the system, which has let go of it when this returns. A datagram that came
-// ahead of the cancellation is the result.
+// before the cancellation is the result.
 collected take_back(socket_handle socket, receive_record& record) {
     CancelIoEx(handle_of(socket), overlapped_of(record));
     const collected result = collect(socket, record, INFINITE);

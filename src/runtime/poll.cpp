@@ -20,7 +20,8 @@ bool has_come(std::int64_t due_ns) {
            platform::steady_now_ns() >= due_ns;
 }
 
-// What a poll logs after it has let go of the mutex: errors of the system are its numbers, 0 for none.
+// The log lines of a poll, written after it has let go of the mutex: errors of the system are its numbers,
+// 0 for none.
 struct failures {
     rejection rejected;
     std::uint32_t send{0};

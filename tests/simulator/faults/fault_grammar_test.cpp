@@ -137,7 +137,7 @@ TEST(fault_grammar, says_what_is_wrong_and_what_would_be_right) {
         {fault_kind::refuse, "178@dir=out",
          "refuse: it can only happen to datagrams from clients; dir takes in, as in 'refuse 0xB2'"},
         {fault_kind::truncate, "",
-         "truncate: it lacks its argument; say it ahead of any '@', as in 'truncate 17@op=66'"},
+         "truncate: it lacks its argument; say it before any '@', as in 'truncate 17@op=66'"},
         {fault_kind::truncate, "65508",
          "truncate: '65508' is no number of bytes; it takes a whole number from 0 to 65507, as in 'truncate "
          "17@op=66'"},

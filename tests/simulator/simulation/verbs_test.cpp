@@ -247,14 +247,14 @@ TEST(verbs, say_what_is_wrong_and_what_would_be_right) {
         {"dorp 0.3", "there is no verb 'dorp'; 'drop' would be right, and 'help' lists them all"},
         {"statsu", "there is no verb 'statsu'; 'status' would be right, and 'help' lists them all"},
         {"drop 3", "drop: '3' is no probability; it takes a number from 0 to 1, as in 'drop 0.05'"},
-        {"plug", "plug: it lacks its argument; say it ahead of any '@', as in 'plug orvanta3@n=9'"},
+        {"plug", "plug: it lacks its argument; say it before any '@', as in 'plug orvanta3@n=9'"},
         {"set", "set: '' is no device id; a whole number would be right, as in 'set 1 gravity on 0.5'"},
         {"set 1 gravty on", "set: 'gravty' is no setting; gravity, torque or handedness would be right, as "
                             "in 'set 1 torque off'"},
         {"set 1 gravity", "gravity: '' is neither on nor off, as in 'set 1 gravity off'"},
         {"set 1 gravity on 1.5",
          "gravity: '1.5' is no scaling factor; it takes a number from 0 to 1, as in 'set 1 gravity on 0.5'"},
-        {"set 1 gravity on 0.5 now", "gravity: 'now' is too much; the line ends ahead of it"},
+        {"set 1 gravity on 0.5 now", "gravity: 'now' is too much; the line ends before it"},
         {"set 1 torque maybe", "torque: 'maybe' is neither on nor off, as in 'set 1 torque off'"},
         {"set 1 handedness both",
          "handedness: 'both' is neither left nor right, as in 'set 1 handedness left'"},
@@ -263,7 +263,7 @@ TEST(verbs, say_what_is_wrong_and_what_would_be_right) {
         {"wait 86400001",
          "wait: '86400001' is no time; it takes milliseconds from 0 to 86400000, as in 'wait 250'"},
         {"help me", "help: 'me' is no verb; 'help set' or 'help' alone would be right"},
-        {"quit now", "quit: 'now' is too much; the line ends ahead of it"},
+        {"quit now", "quit: 'now' is too much; the line ends before it"},
     };
     for (const auto& [line, complaint] : wrongs) {
         EXPECT_EQ(check_verb(line), complaint) << line;

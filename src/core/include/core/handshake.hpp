@@ -11,7 +11,7 @@
 
 namespace vantu::orvanta {
 
-// What a client says of itself and asks for when it connects; the same on every port.
+// A client's words about itself and its wishes when it connects; the same on every port.
 struct introduction {
     std::string name; // at most 31 characters; a longer one ends the process
     std::uint16_t value_a;
@@ -24,7 +24,7 @@ struct introduction {
 void compose_connect(byte_buffer& datagram, const introduction& client, std::uint32_t process_id,
                      std::string_view version_text);
 
-// What an answer told.
+// The contents of an answer.
 struct handshake_reply {
     std::uint64_t client_id{0};
     device_table devices; // listed before the acceptance

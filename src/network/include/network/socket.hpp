@@ -39,7 +39,7 @@ struct endpoint {
     socket_address address;
 };
 
-// What a receive fills. The last four members belong to the overlapped receive and have the layout
+// The record that a receive fills. The last four members belong to the overlapped receive and have the layout
 // of the Windows records of these names; elsewhere they are used as far as they make sense.
 struct receive_record {
     explicit receive_record(byte_buffer& filled) : buffer(filled) {}

@@ -17,7 +17,7 @@ inline constexpr std::uint32_t mode_write = 2;
 inline constexpr std::size_t buffer_capacity = 2048;
 } // namespace constants
 
-// What byte_buffer::read hands out: a view in place for types that may stand at any address, a copy
+// The result of byte_buffer::read: a view in place for types that may stand at any address, a copy
 // for those that may not.
 template <typename T> using read_result = std::conditional_t<alignof(T) == 1, const T&, T>;
 
@@ -56,7 +56,7 @@ struct byte_buffer {
         write_position = 0;
     }
 
-    // Moves the unread bytes to the front, so that the room behind them is as large as it can be.
+    // Moves the unread bytes to the front, so that the room after them is as large as it can be.
     void compact() {
         if (read_position == 0) {
             return;

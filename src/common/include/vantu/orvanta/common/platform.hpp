@@ -1,4 +1,4 @@
-// What the library takes from the operating system besides sockets and threads: clocks, precise
+// The library's needs of the operating system besides sockets and threads: clocks, precise
 // sleeping, the process id and the debugger. One source file a platform implements it.
 #pragma once
 
@@ -9,8 +9,8 @@ namespace vantu::orvanta::platform {
 // The steady clock, in nanoseconds from an arbitrary start. About 20 ns a call.
 [[nodiscard]] std::int64_t steady_now_ns() noexcept;
 
-// The steady clock as of the last timer interrupt, at a quarter of the cost: never ahead of
-// steady_now_ns, and behind it by less than coarse_clock_lag_ns.
+// The steady clock as of the last timer interrupt, at a quarter of the cost: never later than
+// steady_now_ns, and earlier by less than coarse_clock_lag_ns.
 [[nodiscard]] std::int64_t coarse_now_ns() noexcept;
 inline constexpr std::int64_t coarse_clock_lag_ns = 50'000'000;
 

@@ -52,7 +52,7 @@ struct open_argument {
 };
 static_assert(sizeof(open_argument) == 2);
 
-// What the service tells of a device when it lists it: bytes 8 to 27 of vantu_orvanta_device.
+// The listing of a device: bytes 8 to 27 of vantu_orvanta_device.
 struct device_description {
     std::uint8_t device_type;
     std::uint8_t second_byte;
@@ -65,7 +65,7 @@ static_assert(offsetof(device_description, second_byte) == 1);
 static_assert(offsetof(device_description, short_id) == 2);
 static_assert(offsetof(device_description, uuid) == 4);
 
-// The part of a grip's state ahead of its tail.
+// The part of a grip's state before its tail.
 struct palmetron_head {
     std::uint8_t first;
     std::uint8_t block[16];

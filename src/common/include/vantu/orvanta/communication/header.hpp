@@ -1,4 +1,4 @@
-// The two records that frame every datagram: its header, and the record ahead of each operation.
+// The two records that frame every datagram: its header, and the record before each operation.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ static_assert(offsetof(header, magic) == 0);
 static_assert(offsetof(header, version) == 2);
 static_assert(offsetof(header, reserved) == 4);
 
-// Stands ahead of each operation's body.
+// Stands before each operation's body.
 struct op {
     std::uint8_t magic;
     std::uint8_t code;

@@ -59,7 +59,7 @@ enum vantu_orvanta_handedness {
 
 #pragma pack(push, 1)
 
-/* What one poll yields. */
+/* The event of one poll. */
 typedef struct vantu_orvanta_event {
     uint32_t event_type; /* enum vantu_orvanta_event_type; 0: nothing happened */
     uint32_t device_id;  /* 0 where the event concerns no device */
@@ -184,8 +184,8 @@ typedef struct vantu_orvanta_table_block_301 {
 } vantu_orvanta_table_block_301;
 VANTU_ORVANTA_STATIC_ASSERT(sizeof(vantu_orvanta_table_block_301) == 301);
 
-/* What the library keeps of a device. The two kinds share the bytes of detail: read the member that
- * goes with device_type. A device whose listing has not come yet has device_type 0. */
+/* The record that the library keeps of a device. The two kinds share the bytes of detail: read the member
+ * that goes with device_type. A device whose listing has not come yet has device_type 0. */
 typedef struct vantu_orvanta_device {
     uint64_t update_count; /* 1 with the listing, one more with every state */
     uint8_t device_type;   /* enum vantu_orvanta_device_type */
