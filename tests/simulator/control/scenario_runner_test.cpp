@@ -31,12 +31,12 @@ class a_scenario_runner : public testing::Test {
     const scenario_runner::print_function print{[this](std::string_view text) { shown.emplace_back(text); }};
 };
 
-scenario_step step_at(std::int64_t due_ms, std::vector<std::string> verbs) {
+scenario_step timed_step(std::int64_t due_ms, std::vector<std::string> verbs) {
     return {std::nullopt, due_ms * ns_per_millisecond, std::move(verbs)};
 }
 
 TEST_F(a_scenario_runner, does_each_verb_at_its_time_however_far_the_clock_jumps) {
-    scenario_runner tested(target, {step_at(10, {"status"}), step_at(1500, {"status"})}, print);
+    scenario_runner tested(target, {timed_step(10, {"status"}), timed_step(1500, {"status"})}, print);
     tested.advance_to(2 * ns_per_second);
     ASSERT_EQ(shown.size(), 2U);
     EXPECT_THAT(shown[0], HasSubstr("tick 100, 0.010 s\n"));
@@ -45,7 +45,7 @@ TEST_F(a_scenario_runner, does_each_verb_at_its_time_however_far_the_clock_jumps
 }
 
 TEST_F(a_scenario_runner, says_when_there_is_something_to_do) {
-    scenario_runner tested(target, {step_at(10, {"heal"})}, print);
+    scenario_runner tested(target, {timed_step(10, {"heal"})}, print);
     EXPECT_EQ(tested.next_due_ns(), 10 * ns_per_millisecond);
     tested.advance_to(9 * ns_per_millisecond);
     EXPECT_EQ(tested.next_due_ns(), 10 * ns_per_millisecond);
@@ -71,7 +71,7 @@ TEST_F(a_scenario_runner, does_what_waited_for_a_datagram_right_after_it) {
 TEST_F(a_scenario_runner, sees_events_on_the_way_of_a_jump) {
     scenario_runner tested(
         target,
-        {step_at(0, {"delay 300"}),
+        {timed_step(0, {"delay 300"}),
          {scenario_trigger{scenario_event::connect, 0, 1}, 200 * ns_per_millisecond, {"status"}}},
         print);
     tested.advance_to(0);
@@ -82,7 +82,7 @@ TEST_F(a_scenario_runner, sees_events_on_the_way_of_a_jump) {
 }
 
 TEST_F(a_scenario_runner, stops_at_quit) {
-    scenario_runner tested(target, {step_at(10, {"quit", "status"}), step_at(20, {"status"})}, print);
+    scenario_runner tested(target, {timed_step(10, {"quit", "status"}), timed_step(20, {"status"})}, print);
     tested.advance_to(ns_per_second);
     EXPECT_TRUE(tested.has_quit());
     EXPECT_EQ(target.now_ns(), 10 * ns_per_millisecond);
@@ -91,7 +91,7 @@ TEST_F(a_scenario_runner, stops_at_quit) {
 }
 
 TEST_F(a_scenario_runner, shows_why_a_verb_cannot_be_done_now) {
-    scenario_runner tested(target, {step_at(1, {"unplug 7", "status"})}, print);
+    scenario_runner tested(target, {timed_step(1, {"unplug 7", "status"})}, print);
     tested.advance_to(ns_per_millisecond);
     ASSERT_EQ(shown.size(), 2U);
     EXPECT_THAT(shown[0], testing::StartsWith("unplug 7: there is no device 7; "));
