@@ -1,7 +1,7 @@
 // The simulator as a class for programs of other people.
 #include "vantu/orvanta/simulator.hpp"
 
-#include "network/socket_wait.hpp"
+#include "network/socket.hpp"
 #include "simulator/control/scenario.hpp"
 #include "simulator/control/scenario_runner.hpp"
 #include "simulator/service/streams.hpp"

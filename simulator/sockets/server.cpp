@@ -1,6 +1,6 @@
 #include "simulator/sockets/server.hpp"
 
-#include "network/socket_wait.hpp"
+#include "network/socket.hpp"
 
 #include <algorithm>
 #include <span>

@@ -1,12 +1,12 @@
 // File names on systems whose separators are bytes that no other character holds.
-#include "file_name.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <system_error>
 
-namespace vantu::orvanta {
+namespace vantu::orvanta::platform {
 
 std::string file_name_of(const std::string& path) {
     if (path.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
@@ -16,4 +16,4 @@ std::string file_name_of(const std::string& path) {
     return separator == std::string::npos ? path : path.substr(separator + 1);
 }
 
-} // namespace vantu::orvanta
+} // namespace vantu::orvanta::platform

@@ -1,13 +1,13 @@
 // File names on Windows. In some of its code pages the byte of "\" is also half of another character, so
 // the path is looked at as wide characters.
-#include "file_name.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <climits>
 #include <string_view>
 #include <system_error>
 #include <windows.h>
 
-namespace vantu::orvanta {
+namespace vantu::orvanta::platform {
 namespace {
 
 [[noreturn]] void fail() {
@@ -59,4 +59,4 @@ std::string file_name_of(const std::string& path) {
     return name.empty() ? std::string() : narrow_text_of(name);
 }
 
-} // namespace vantu::orvanta
+} // namespace vantu::orvanta::platform

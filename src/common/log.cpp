@@ -1,8 +1,10 @@
 // The logger and its default writer.
+#define FMT_HEADER_ONLY 1 // the one place where fmt's code is compiled
+
 #include "vantu/orvanta/common/log.hpp"
 
-#include "file_name.hpp"
 #include "vantu/orvanta/common/format.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <cstddef>
 #include <cstdio>
@@ -59,10 +61,14 @@ std::string harmless_format(std::string_view text) {
 
 } // namespace
 
+std::string formatted_arguments(fmt::string_view text, fmt::format_args arguments) {
+    return fmt::vformat(text, arguments);
+}
+
 void write_default_log_line(log_level level, const std::string& path, std::uint64_t line,
                             const std::string& message) {
-    const std::string text =
-        harmless_format(formatted("{} {} {} MSG {}\n", prefix_of(level), file_name_of(path), line, message));
+    const std::string text = harmless_format(
+        formatted("{} {} {} MSG {}\n", prefix_of(level), platform::file_name_of(path), line, message));
     const bool to_output = level == log_level::debug || level == log_level::info;
     if (!to_output) {
         std::fflush(stdout);

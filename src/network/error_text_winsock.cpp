@@ -1,13 +1,11 @@
 // Winsock's error numbers as text: the system's message table first, then one of our own.
-#include "error_text_winsock.hpp"
-
 #include "socket_shared.hpp"
 
 #include <algorithm>
 #include <array>
 #include <winsock2.h>
 
-namespace vantu::orvanta {
+namespace vantu::orvanta::socket_shared {
 namespace {
 
 struct own_text {
@@ -56,11 +54,12 @@ const char* own_text_of(std::uint32_t error) {
 
 } // namespace
 
-std::string winsock_error_text(std::uint32_t error) {
+std::string error_text(std::int64_t error) {
+    const auto number = static_cast<DWORD>(error);
     std::array<char, 256> text{};
     const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                        error, 0, text.data(), static_cast<DWORD>(text.size()), nullptr);
-    return socket_shared::one_line_of(length == 0 ? own_text_of(error) : text.data());
+                                        number, 0, text.data(), static_cast<DWORD>(text.size()), nullptr);
+    return one_line_of(length == 0 ? own_text_of(number) : text.data());
 }
 
-} // namespace vantu::orvanta
+} // namespace vantu::orvanta::socket_shared

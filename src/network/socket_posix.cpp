@@ -36,10 +36,6 @@ int descriptor_of(socket_handle socket) {
     return static_cast<int>(socket);
 }
 
-std::string error_text(int error) {
-    return one_line_of(strerrordesc_np(error));
-}
-
 std::string resolver_text(int result, int error) {
     return result == EAI_SYSTEM ? error_text(error) : one_line_of(gai_strerror(result));
 }
@@ -150,6 +146,10 @@ address_text text_of_address(const endpoint& address) {
 
 } // namespace
 
+std::string socket_shared::error_text(std::int64_t error) {
+    return one_line_of(strerrordesc_np(static_cast<int>(error)));
+}
+
 // Linux has its sockets ready from the start.
 void socket_startup() {}
 
@@ -241,7 +241,7 @@ send_result try_send(socket_handle socket, std::span<const std::byte> bytes, con
 }
 
 void log_send_failure(std::uint32_t system_error) {
-    log_here(log_level::warning, failure_text(unable_to_send, error_text(static_cast<int>(system_error))));
+    log_here(log_level::warning, failure_text(unable_to_send, error_text(system_error)));
 }
 
 receive_result try_receive(socket_handle socket, receive_record& record) {
@@ -261,7 +261,7 @@ receive_result try_receive(socket_handle socket, receive_record& record) {
 }
 
 void log_receive_failure(std::uint32_t system_error) {
-    log_here(log_level::warning, failure_text(unable_to_receive, error_text(static_cast<int>(system_error))));
+    log_here(log_level::warning, failure_text(unable_to_receive, error_text(system_error)));
 }
 
 socket_status recv_packet_overlapped(socket_handle socket, receive_record& record) {

@@ -20,6 +20,10 @@ inline constexpr int receive_buffer_bytes = 1024 * 1024;
 // and for an empty text.
 [[nodiscard]] std::string one_line_of(const char* system_text);
 
+// The same for an error's number. On Windows the errors of sockets have a text of our own where the system
+// has none.
+[[nodiscard]] std::string error_text(std::int64_t error);
+
 [[nodiscard]] std::string unable_to_resolve(const std::string& host, const std::string& port);
 [[nodiscard]] std::string no_valid_address(const std::string& host, const std::string& port);
 [[nodiscard]] std::string no_valid_interface(const std::string& host, const std::string& port);

@@ -1,5 +1,5 @@
 // Waiting on several sockets at once, on Linux.
-#include "network/socket_wait.hpp"
+#include "network/socket.hpp"
 
 #include "socket_shared.hpp"
 #include "vantu/orvanta/common/log.hpp"
@@ -18,8 +18,8 @@ namespace {
 
 using namespace socket_shared;
 
-bool fail(int error) {
-    log_here(log_level::warning, failure_text(unable_to_wait, one_line_of(strerrordesc_np(error))));
+bool fail(std::int64_t error) {
+    log_here(log_level::warning, failure_text(unable_to_wait, error_text(error)));
     return false;
 }
 

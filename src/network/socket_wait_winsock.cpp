@@ -1,8 +1,7 @@
 // Waiting on several sockets at once, on Windows: one event for all of them, beside the timer. select and
 // WSAPoll would round the time up to the system's tick.
-#include "network/socket_wait.hpp"
+#include "network/socket.hpp"
 
-#include "error_text_winsock.hpp"
 #include "socket_shared.hpp"
 #include "vantu/orvanta/common/log.hpp"
 #include "vantu/orvanta/common/per_thread_windows.hpp"
@@ -34,8 +33,8 @@ class thread_event {
     WSAEVENT handle_;
 };
 
-bool fail(std::uint32_t error) {
-    log_here(log_level::warning, failure_text(unable_to_wait, winsock_error_text(error)));
+bool fail(std::int64_t error) {
+    log_here(log_level::warning, failure_text(unable_to_wait, error_text(error)));
     return false;
 }
 
@@ -50,7 +49,7 @@ bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadl
     for (const socket_handle socket : sockets) {
         // The event is set at once when something waits already.
         if (socket != invalid_socket && WSAEventSelect(socket, event->handle(), FD_READ) != 0) {
-            return fail(static_cast<std::uint32_t>(WSAGetLastError()));
+            return fail(WSAGetLastError());
         }
     }
     const platform::waitable_timer& timer = platform::timer_of_this_thread();

@@ -2,7 +2,6 @@
 // a wait for an answer goes on after such news, and while it waits the record belongs to the system.
 #include "network/socket.hpp"
 
-#include "error_text_winsock.hpp"
 #include "socket_shared.hpp"
 #include "vantu/orvanta/common/assume.hpp"
 #include "vantu/orvanta/common/log.hpp"
@@ -189,7 +188,7 @@ void socket_startup() {
     static WSADATA data;
     if (WSAStartup(winsock_version, &data) != 0) {
         const std::uint32_t error = last_error();
-        log_here(log_level::error, failure_text(unable_to_startup, winsock_error_text(error)));
+        log_here(log_level::error, failure_text(unable_to_startup, error_text(error)));
         assumption_failed();
     }
 }
@@ -200,7 +199,7 @@ resolved_endpoint resolve_address(const std::string& host, const std::string& po
     addrinfo* list = nullptr;
     if (getaddrinfo(host.c_str(), port.c_str(), &hints, &list) != 0) {
         const std::uint32_t error = last_error();
-        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), winsock_error_text(error)));
+        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), error_text(error)));
         return {{}, socket_status::os_error};
     }
     if (list == nullptr) {
@@ -224,7 +223,7 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
     addrinfo* list = nullptr;
     if (getaddrinfo(host.c_str(), port.c_str(), &hints, &list) != 0) {
         const std::uint32_t error = last_error();
-        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), winsock_error_text(error)));
+        log_here(log_level::warning, failure_text(unable_to_resolve(host, port), error_text(error)));
         return {invalid_socket, socket_status::os_error};
     }
     const auto release = [](addrinfo* owned) { freeaddrinfo(owned); };
@@ -238,7 +237,7 @@ opened_socket open_bound_socket(const std::string& host, const std::string& port
         u_long on = 1;
         if (ioctlsocket(socket, static_cast<long>(FIONBIO), &on) != 0) {
             const std::uint32_t error = last_error();
-            log_here(log_level::warning, failure_text(unable_to_set_non_blocking, winsock_error_text(error)));
+            log_here(log_level::warning, failure_text(unable_to_set_non_blocking, error_text(error)));
             // The socket stays open on purpose.
             return {invalid_socket, socket_status::os_error};
         }
@@ -274,7 +273,7 @@ send_result try_send(socket_handle socket, std::span<const std::byte> bytes, con
 }
 
 void log_send_failure(std::uint32_t system_error) {
-    log_here(log_level::warning, failure_text(unable_to_send, winsock_error_text(system_error)));
+    log_here(log_level::warning, failure_text(unable_to_send, error_text(system_error)));
 }
 
 receive_result try_receive(socket_handle socket, receive_record& record) {
@@ -298,7 +297,7 @@ receive_result try_receive(socket_handle socket, receive_record& record) {
 }
 
 void log_receive_failure(std::uint32_t system_error) {
-    log_here(log_level::warning, failure_text(unable_to_receive, winsock_error_text(system_error)));
+    log_here(log_level::warning, failure_text(unable_to_receive, error_text(system_error)));
 }
 
 socket_status recv_packet_overlapped(socket_handle socket, receive_record& record) {
@@ -309,7 +308,7 @@ socket_status recv_packet_overlapped(socket_handle socket, receive_record& recor
     if (is_port_closed(error)) {
         return socket_status::connection_reset;
     }
-    log_here(log_level::warning, failure_text(unable_to_receive, winsock_error_text(error)));
+    log_here(log_level::warning, failure_text(unable_to_receive, error_text(error)));
     return socket_status::os_error;
 }
 
@@ -346,8 +345,7 @@ socket_status get_overlapped_result(socket_handle socket, receive_record& record
             disarm(record);
         }
         if (!is_port_closed(result.error)) {
-            log_here(log_level::warning,
-                     failure_text(unable_to_get_result, winsock_error_text(result.error)));
+            log_here(log_level::warning, failure_text(unable_to_get_result, error_text(result.error)));
             return socket_status::os_error;
         }
     }
@@ -357,7 +355,7 @@ std::string stringify_addr(const endpoint& address) {
     std::string text = text_of_address(address);
     if (text.empty()) {
         const std::uint32_t error = last_error();
-        log_here(log_level::warning, failure_text(unable_to_stringify_address, winsock_error_text(error)));
+        log_here(log_level::warning, failure_text(unable_to_stringify_address, error_text(error)));
     }
     return text;
 }
@@ -371,7 +369,7 @@ std::string stringify_socket(socket_handle socket) {
     }
     if (text.empty()) {
         const std::uint32_t error = last_error();
-        log_here(log_level::warning, failure_text(unable_to_stringify_socket, winsock_error_text(error)));
+        log_here(log_level::warning, failure_text(unable_to_stringify_socket, error_text(error)));
     }
     return text;
 }

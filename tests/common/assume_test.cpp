@@ -1,6 +1,6 @@
 // The always-on checks.
-#include "common/death_test.hpp"
 #include "support/captured_log.hpp"
+#include "support/traps.hpp"
 #include "vantu/orvanta/common/assume.hpp"
 
 #include <cstdio>

@@ -1,6 +1,6 @@
 // The byte buffer used as it should not be: each misuse ends the process with the line of its check.
-#include "common/death_test.hpp"
 #include "support/captured_log.hpp"
+#include "support/traps.hpp"
 #include "vantu/orvanta/common/byte_buffer.hpp"
 
 #include <array>

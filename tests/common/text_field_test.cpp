@@ -1,5 +1,5 @@
 // Fixed-size text fields.
-#include "common/death_test.hpp"
+#include "support/traps.hpp"
 #include "vantu/orvanta/common/text_field.hpp"
 
 #include <string>

@@ -1,9 +1,9 @@
 // The answer to a connect: what is read before the acceptance, and why it may be refused.
 #include "core/handshake.hpp"
 
-#include "common/death_test.hpp"
 #include "core/received_bytes.hpp"
 #include "support/service_operations.hpp"
+#include "support/traps.hpp"
 #include "vantu/orvanta/error_codes.h"
 
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 // The request that opens a connection, byte by byte.
 #include "core/handshake.hpp"
 
-#include "common/death_test.hpp"
 #include "core/received_bytes.hpp"
+#include "support/traps.hpp"
 
 #include <gtest/gtest.h>
 #include <string>

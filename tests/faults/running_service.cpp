@@ -1,7 +1,7 @@
 // A simulation on the service's own port, on a thread of the test.
 #include "faults/running_service.hpp"
 
-#include "network/socket_wait.hpp"
+#include "network/socket.hpp"
 #include "simulator/simulation/verbs.hpp"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "network/socket.hpp"
-#include "network/socket_wait.hpp"
 #include "support/captured_log.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 #include "vantu/orvanta/common/platform.hpp"

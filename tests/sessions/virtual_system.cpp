@@ -1,6 +1,5 @@
 // The library's socket layer, clock and end of process, in terms of the virtual world.
 #include "network/socket.hpp"
-#include "network/socket_wait.hpp"
 #include "sessions/differences.hpp"
 #include "sessions/virtual_world.hpp"
 #include "vantu/orvanta/common/assume.hpp"

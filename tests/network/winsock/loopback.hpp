@@ -2,7 +2,6 @@
 #pragma once
 
 #include "network/socket.hpp"
-#include "network/socket_wait.hpp"
 #include "support/captured_log.hpp"
 #include "support/open_handles.hpp"
 #include "support/winsock_calls.hpp"

@@ -1,7 +1,7 @@
 // Resolving, opening, binding and closing by Winsock.
 #include "network/winsock/loopback.hpp"
 
-#include "network/error_text_winsock.hpp"
+#include "network/socket_shared.hpp"
 
 namespace orvanta_tests {
 namespace {
@@ -13,7 +13,7 @@ using testing::StartsWith;
 
 std::string unable_to_resolve_line(const std::string& where, int error) {
     return "WARNING message: unable to getaddrinfo for '" + where +
-           "' with code: " + winsock_error_text(static_cast<std::uint32_t>(error));
+           "' with code: " + socket_shared::error_text(static_cast<std::uint32_t>(error));
 }
 
 int option_of(socket_handle socket, int option) {
@@ -140,7 +140,7 @@ TEST(winsock_walk, gives_up_and_keeps_the_socket_that_cannot_be_made_non_blockin
         EXPECT_EQ(opened.socket, invalid_socket);
         EXPECT_THAT(log.lines(),
                     ElementsAre("WARNING message: unable to ioctl non-block the socket with code: " +
-                                winsock_error_text(WSAENETDOWN)));
+                                socket_shared::error_text(WSAENETDOWN)));
         EXPECT_EQ(calls.count(winsock_call::open), 1);
         EXPECT_EQ(calls.count(winsock_call::freeaddrinfo), 1);
         EXPECT_EQ(calls.count(winsock_call::close), 0);

@@ -2,7 +2,7 @@
 #include "network/winsock/loopback.hpp"
 #include "support/buffered_record.hpp"
 
-#include "network/error_text_winsock.hpp"
+#include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <limits>
@@ -17,7 +17,8 @@ using testing::IsEmpty;
 using testing::Le;
 
 std::string result_line(std::uint32_t error) {
-    return "WARNING message: unable to get overlapped IO result with code: " + winsock_error_text(error);
+    return "WARNING message: unable to get overlapped IO result with code: " +
+           socket_shared::error_text(error);
 }
 
 class winsock_overlapped : public testing::Test {
@@ -213,7 +214,7 @@ TEST_F(winsock_overlapped, whose_result_cannot_be_had_is_logged_and_gives_the_re
 TEST_F(winsock_overlapped, cannot_be_started_on_a_closed_socket) {
     EXPECT_EQ(recv_packet_overlapped(invalid_socket, record), socket_status::os_error);
     EXPECT_THAT(log.lines(), ElementsAre("WARNING message: unable to recv packet with code: " +
-                                         winsock_error_text(WSAENOTSOCK)));
+                                         socket_shared::error_text(WSAENOTSOCK)));
 }
 
 } // namespace

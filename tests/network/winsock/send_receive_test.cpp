@@ -2,7 +2,7 @@
 #include "network/winsock/loopback.hpp"
 #include "support/buffered_record.hpp"
 
-#include "network/error_text_winsock.hpp"
+#include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 #include "vantu/orvanta/common/platform.hpp"
 
@@ -20,7 +20,7 @@ using testing::IsEmpty;
 
 std::string line_of(const std::string& operation, int error) {
     return "WARNING message: " + operation +
-           " with code: " + winsock_error_text(static_cast<std::uint32_t>(error));
+           " with code: " + socket_shared::error_text(static_cast<std::uint32_t>(error));
 }
 
 class winsock_send : public testing::Test {

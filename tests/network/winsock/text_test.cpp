@@ -1,8 +1,8 @@
 // Addresses and errors as text, and the start of Winsock.
 #include "network/winsock/loopback.hpp"
 
-#include "common/death_test.hpp"
-#include "network/error_text_winsock.hpp"
+#include "network/socket_shared.hpp"
+#include "support/traps.hpp"
 
 namespace orvanta_tests {
 namespace {
@@ -51,7 +51,8 @@ TEST(winsock_address_text, that_the_system_cannot_make_is_empty) {
     calls.fail(winsock_call::address_to_text, WSAEFAULT);
     EXPECT_EQ(stringify_addr(ipv4_loopback(1)), "");
     const std::string head = "WARNING message: unable to stringify the addr with code: ";
-    EXPECT_THAT(log.lines(), ElementsAre(testing::StartsWith(head), head + winsock_error_text(WSAEFAULT)));
+    EXPECT_THAT(log.lines(),
+                ElementsAre(testing::StartsWith(head), head + socket_shared::error_text(WSAEFAULT)));
 }
 
 TEST(winsock_socket_text, is_that_of_its_local_address) {
@@ -71,35 +72,35 @@ TEST(winsock_socket_text, that_the_system_cannot_make_is_empty_after_one_line) {
     calls.fail(winsock_call::address_to_text, WSAEFAULT);
     EXPECT_EQ(stringify_socket(socket.handle()), "");
     const std::string head = "WARNING message: unable to stringify the handle/socket with code: ";
-    EXPECT_THAT(log.lines(),
-                ElementsAre(head + winsock_error_text(WSAENOTSOCK), head + winsock_error_text(WSAENOBUFS),
-                            head + winsock_error_text(WSAEFAULT)));
+    EXPECT_THAT(log.lines(), ElementsAre(head + socket_shared::error_text(WSAENOTSOCK),
+                                         head + socket_shared::error_text(WSAENOBUFS),
+                                         head + socket_shared::error_text(WSAEFAULT)));
 }
 
 TEST(winsock_error, has_the_systems_text_without_its_last_line_feed_and_no_more) {
     scripted_winsock calls;
     calls.format_as("The system's own text.\r\n");
-    EXPECT_EQ(winsock_error_text(WSAEWOULDBLOCK), "The system's own text.\r");
+    EXPECT_EQ(socket_shared::error_text(WSAEWOULDBLOCK), "The system's own text.\r");
     calls.format_as("Two lines\n\n");
-    EXPECT_EQ(winsock_error_text(WSAEWOULDBLOCK), "Two lines\n");
+    EXPECT_EQ(socket_shared::error_text(WSAEWOULDBLOCK), "Two lines\n");
 }
 
 TEST(winsock_error, has_a_text_of_our_own_where_the_system_has_none) {
     scripted_winsock calls;
     calls.fail(winsock_call::format_message, ERROR_MR_MID_NOT_FOUND, 1, scripted_winsock::always);
-    EXPECT_EQ(winsock_error_text(WSAEWOULDBLOCK), "The call would have to wait.");
-    EXPECT_EQ(winsock_error_text(WSAEMSGSIZE), "The datagram is larger than the room for it.");
-    EXPECT_EQ(winsock_error_text(WSAENOBUFS), "There is no buffer space left.");
+    EXPECT_EQ(socket_shared::error_text(WSAEWOULDBLOCK), "The call would have to wait.");
+    EXPECT_EQ(socket_shared::error_text(WSAEMSGSIZE), "The datagram is larger than the room for it.");
+    EXPECT_EQ(socket_shared::error_text(WSAENOBUFS), "There is no buffer space left.");
 }
 
 TEST(winsock_error, is_unknown_where_nobody_has_a_text) {
-    EXPECT_EQ(winsock_error_text(0x2FFFFFFF), "unknown");
+    EXPECT_EQ(socket_shared::error_text(0x2FFFFFFF), "unknown");
 }
 
 TEST(winsock_error, has_a_text_under_this_system_for_every_status_that_is_logged) {
     for (const std::uint32_t error : {WSAEWOULDBLOCK, WSAEMSGSIZE, WSAENOBUFS, WSAENOTSOCK, WSAEAFNOSUPPORT,
                                       WSAEADDRINUSE, WSAECONNRESET, WSAHOST_NOT_FOUND, WSAENETDOWN}) {
-        const std::string text = winsock_error_text(error);
+        const std::string text = socket_shared::error_text(error);
         EXPECT_NE(text, "unknown") << error;
         EXPECT_NE(text.back(), '\n') << error;
     }

@@ -2,7 +2,7 @@
 #include "network/winsock/loopback.hpp"
 #include "support/buffered_record.hpp"
 
-#include "network/error_text_winsock.hpp"
+#include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <limits>
@@ -82,8 +82,8 @@ TEST_F(winsock_wait, logs_a_failure) {
     calls.fail(winsock_call::wait, ERROR_INVALID_HANDLE);
     EXPECT_FALSE(wait(patience_ns));
     const std::string head = "WARNING message: unable to wait for packets with code: ";
-    EXPECT_THAT(log.lines(), ElementsAre(head + winsock_error_text(WSAENETDOWN),
-                                         head + winsock_error_text(ERROR_INVALID_HANDLE)));
+    EXPECT_THAT(log.lines(), ElementsAre(head + socket_shared::error_text(WSAENETDOWN),
+                                         head + socket_shared::error_text(ERROR_INVALID_HANDLE)));
 }
 
 TEST_F(winsock_wait, keeps_no_handle_of_a_thread_that_has_ended) {

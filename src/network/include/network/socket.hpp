@@ -153,6 +153,11 @@ void log_receive_failure(std::uint32_t system_error);
 // The port on which the device service listens, as text.
 [[nodiscard]] std::string default_port();
 
+// Sleeps until a datagram or an error waits on one of the sockets, or the steady clock reaches the
+// deadline. True when there is something to receive. Invalid handles are passed over. A signal that
+// the calling thread handles ends the wait early with false.
+[[nodiscard]] bool wait_for_packets(std::span<const socket_handle> sockets, std::int64_t deadline_ns);
+
 // Closes a socket and stores invalid_socket; a handle that is invalid or 0 is only overwritten.
 void close_socket(socket_handle& socket);
 

@@ -1,5 +1,6 @@
 // Text out of a format string and its arguments, in the notation of fmt, checked when compiled. fmt's whole
-// header costs a compiler seconds, so that only one source file reads it; all others read its small core.
+// header costs a compiler seconds, so that only one source file reads it (log.cpp, whose line is formatted on
+// every log call); all others read its small core.
 #pragma once
 
 #include <string>

@@ -1,8 +1,9 @@
-// The library's needs of the operating system besides sockets and threads: clocks, precise
-// sleeping, the process id and the debugger. One source file a platform implements it.
+// The operating system's part besides sockets and threads: clocks, precise sleeping, the process id, the
+// debugger and the rules of file names. Source files of each platform implement it.
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace vantu::orvanta::platform {
 
@@ -21,6 +22,11 @@ void sleep_until_ns(std::int64_t deadline_ns) noexcept;
 void make_sleeps_precise() noexcept;
 
 [[nodiscard]] std::uint32_t process_id() noexcept;
+
+// The file name at the end of a source path, by the rules of the platform's paths: the part after the last
+// "/" or "\"; all of a path that has neither. Throws std::system_error for a path longer than the largest
+// 32-bit signed number, and where the platform cannot convert the path.
+[[nodiscard]] std::string file_name_of(const std::string& path);
 
 // Stops in an attached debugger; without one, what the platform does on a breakpoint trap.
 void debug_break() noexcept;
