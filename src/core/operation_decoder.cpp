@@ -30,7 +30,7 @@ template <typename Block> void fill_event(const Block& block, vantu_orvanta_even
     std::memcpy(event.payload, &block, sizeof(Block));
 }
 
-// The rest of decoding after the event is filled; most operations need nothing.
+// Does what an operation needs beyond filling the event; most need nothing.
 template <std::uint8_t code, typename Body>
 [[nodiscard]] std::int32_t finish(const Body& body, [[maybe_unused]] byte_buffer& buffer,
                                   [[maybe_unused]] vantu_orvanta_event& event) {

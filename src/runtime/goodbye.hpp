@@ -6,7 +6,7 @@
 namespace vantu::orvanta {
 
 // If connected, tells the service and polls until it confirms, a poll fails or 100 ms have passed;
-// then closes the socket. What else the polls bring is discarded.
+// then closes the socket. Other events of these polls are discarded.
 void say_goodbye(vantu_orvanta_context& context);
 
 } // namespace vantu::orvanta

@@ -20,8 +20,7 @@ bool has_come(std::int64_t due_ns) {
            platform::steady_now_ns() >= due_ns;
 }
 
-// The log lines of a poll, written after it has let go of the mutex: errors of the system are its numbers,
-// 0 for none.
+// Failures of one poll, to be logged after the mutex is free. The system's are numbers, 0 for none.
 struct failures {
     rejection rejected;
     std::uint32_t send{0};

@@ -56,7 +56,7 @@ class a_connection : public testing::Test {
     vantu_orvanta_event event{};
 };
 
-// What a handshake told of these devices.
+// The reply of a handshake that lists these devices.
 handshake_reply reply_with(const std::vector<std::uint32_t>& devices, std::uint64_t client_id = 1) {
     handshake_reply reply;
     reply.client_id = client_id;

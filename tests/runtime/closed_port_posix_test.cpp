@@ -1,4 +1,4 @@
-// What Linux does to a client by itself: the news of a closed port, and signals.
+// Linux tells a client of a closed port, and sends it signals.
 #include "support/log_capture.hpp"
 #include "support/service_session.hpp"
 

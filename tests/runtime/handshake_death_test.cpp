@@ -1,4 +1,4 @@
-// What ends the program during a connect: a name without room, and two bodies that are read unchecked.
+// A connect ends the program over a name without room and over two bodies that are read unchecked.
 #include "support/service_session.hpp"
 
 #include <gtest/gtest.h>

@@ -111,7 +111,7 @@ TEST_P(received, takes_5_spare_bytes_for_the_next_operation) {
     expect_nothing_more();
 }
 
-TEST_P(received, lets_the_operation_behind_it_through) {
+TEST_P(received, lets_the_operation_after_it_through) {
     list_device();
     session.service.push(datagram({op(GetParam().code, 255, GetParam().body), op(81, 9, join({id, {7}}))}));
     expect_event(255);

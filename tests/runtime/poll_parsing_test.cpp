@@ -157,7 +157,7 @@ TEST_F(poll_parsing, does_not_take_an_acceptance_outside_the_handshake) {
     EXPECT_EQ(code_of(datagram({op(4, 0, u64(1))})), vantu_orvanta_protocol_parse_failed);
 }
 
-TEST_F(poll_parsing, yields_no_event_for_an_acknowledgement_with_tag_0_and_goes_on_behind_it) {
+TEST_F(poll_parsing, yields_no_event_for_an_acknowledgement_with_tag_0_and_goes_on_after_it) {
     session.service.push(datagram({op(2, 0), op(2, 7)}));
     expect_event(vantu_orvanta_event_none);
     expect_event(vantu_orvanta_event_ack);

@@ -71,7 +71,7 @@ class a_connect : public testing::Test {
                                            keep_alive_ns, timeout_ns);
     }
 
-    // Connects while a call fails, and looks for handles left behind.
+    // Connects while a call fails, and looks for handles that it has left open.
     std::int32_t connect_without(winsock_call call, int error) {
         std::int32_t code = 0;
         const auto connect_once = [&] {
@@ -102,7 +102,7 @@ TEST_F(a_connect, gives_the_code_of_its_send_and_of_its_receive) {
     EXPECT_EQ(connect_without(winsock_call::start_receive, WSAENOBUFS), vantu_orvanta_unexpected_error);
 }
 
-// What Windows says of a port on which nobody listens is no answer of the service.
+// A report of Windows that nobody listens on a port is no answer of the service.
 TEST_F(a_connect, takes_no_report_of_a_closed_port_for_an_answer) {
     service.respond_with([](const bytes&) { return std::vector<bytes>{}; });
     for (const auto& [call, error] : {std::pair(winsock_call::start_receive, WSAECONNRESET),
@@ -170,7 +170,7 @@ TEST(poll_thread_without_a_service, ends_with_8) {
     vantu_orvanta_poll_thread_stop(thread);
 }
 
-TEST(poll_threads, leave_no_handle_behind) {
+TEST(poll_threads, leave_no_handle_open) {
     service_session session;
     const auto run_one = [&] {
         vantu_orvanta_poll_thread_stop(

@@ -11,7 +11,7 @@
 
 namespace vantu::orvanta {
 
-// A client's words about itself and its wishes when it connects; the same on every port.
+// A client's name and wishes, the same on every port.
 struct introduction {
     std::string name; // at most 31 characters; a longer one ends the process
     std::uint16_t value_a;
@@ -20,11 +20,11 @@ struct introduction {
     std::uint64_t reply_timeout_ns;
 };
 
-// Writes the request into an empty buffer. Of the version's text at most 63 characters go out.
+// Writes the request into an empty buffer. The version's text is cut after 63 characters.
 void compose_connect(byte_buffer& datagram, const introduction& client, std::uint32_t process_id,
                      std::string_view version_text);
 
-// The contents of an answer.
+// The content of an answer.
 struct handshake_reply {
     std::uint64_t client_id{0};
     device_table devices; // listed before the acceptance
