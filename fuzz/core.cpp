@@ -10,8 +10,8 @@
 namespace {
 
 using namespace orvanta_fuzz;
-using session_tests::checked_connection;
-using session_tests::octets;
+using orvanta_tests::checked_connection;
+using orvanta_tests::octets;
 
 constexpr std::int64_t latest_ns = std::int64_t{1} << 61;
 
@@ -95,7 +95,7 @@ class run {
         }
     }
 
-    checked_connection client_{session_tests::assumptions::throw_failed};
+    checked_connection client_{orvanta_tests::assumptions::throw_failed};
     datagram_builder built_;
     std::int64_t now_ns_{0};
 };

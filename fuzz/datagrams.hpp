@@ -30,7 +30,7 @@ class datagram_builder {
     // Takes all bytes as they are in the script, after their number.
     void take_raw(script& input);
 
-    [[nodiscard]] session_tests::octets bytes() const { return {bytes_.data(), size_}; }
+    [[nodiscard]] orvanta_tests::octets bytes() const { return {bytes_.data(), size_}; }
 
   private:
     void put(std::uint64_t value, int width);

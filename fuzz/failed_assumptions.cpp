@@ -6,11 +6,11 @@
 namespace vantu::orvanta {
 
 void assumption_failed() {
-    throw session_tests::failed_assumption("an assumption failed");
+    throw orvanta_tests::failed_assumption("an assumption failed");
 }
 
 void report_failed_assumption(const source_location& /*where*/, const char* message) {
-    throw session_tests::failed_assumption(message);
+    throw orvanta_tests::failed_assumption(message);
 }
 
 } // namespace vantu::orvanta

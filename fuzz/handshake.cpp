@@ -12,7 +12,7 @@
 namespace {
 
 using namespace orvanta_fuzz;
-using namespace session_tests;
+using namespace orvanta_tests;
 
 std::string text_of(std::span<const std::uint8_t> bytes) {
     std::string text(bytes.begin(), bytes.end());

@@ -15,7 +15,7 @@ namespace {
 
 using namespace orvanta_fuzz;
 using namespace vantu::orvanta::simulator;
-using session_tests::octets;
+using orvanta_tests::octets;
 
 void require(bool holds, const char* otherwise) {
     if (!holds) {
@@ -210,7 +210,7 @@ class run {
             all.push_back({to, code, std::to_integer<std::uint8_t>(bytes[4])});
             bytes = bytes.subspan(5);
             std::size_t body = code == 4 ? 8 : not_sent;
-            for (const session_tests::received_operation& known : session_tests::received_operations()) {
+            for (const orvanta_tests::received_operation& known : orvanta_tests::received_operations()) {
                 body = known.code == code ? known.body : body;
             }
             require(body <= bytes.size(), "an operation that is cut short");

@@ -30,9 +30,9 @@ bool is_large_flood(std::string_view line) {
 verb_runner::verb_runner(simulation_settings settings) : target_(std::move(settings)) {
     peer from;
     from.address.length = 1;
-    target_.receive(from, session_tests::reference_connect({0, 0, 0, 1, "fuzzer", "1"}));
+    target_.receive(from, orvanta_tests::reference_connect({0, 0, 0, 1, "fuzzer", "1"}));
     for (const std::uint64_t id : {1U, 1001U}) {
-        target_.receive(from, session_tests::reference_datagram(18, 1, {{id, 4}, {0, 2}}));
+        target_.receive(from, orvanta_tests::reference_datagram(18, 1, {{id, 4}, {0, 2}}));
     }
     (void)target_.take_outgoing();
 }

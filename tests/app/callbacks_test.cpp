@@ -12,7 +12,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using testing::StrEq;
 using testing::ThrowsMessage;
 using vantu::orvanta::client;

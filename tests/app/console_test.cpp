@@ -17,7 +17,7 @@
 namespace {
 
 using namespace vantu::orvanta::app;
-using orvanta_test::recording_console;
+using orvanta_tests::recording_console;
 using testing::StrEq;
 using testing::ThrowsMessage;
 

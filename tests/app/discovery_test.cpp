@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using namespace vantu::orvanta::app;
 
 class discovery : public connected_client {

@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using namespace vantu::orvanta::app;
 using testing::StrEq;
 using testing::ThrowsMessage;

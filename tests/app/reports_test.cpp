@@ -8,7 +8,7 @@
 namespace {
 
 using namespace vantu::orvanta::app;
-using orvanta_test::recording_console;
+using orvanta_tests::recording_console;
 
 TEST(device_type_name, names_the_kinds_and_calls_the_rest_unknow) {
     EXPECT_STREQ("Nil", device_type_name(0));

@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;

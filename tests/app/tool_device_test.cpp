@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using testing::HasSubstr;
 
 const std::string no_devices = "No devices found\n";

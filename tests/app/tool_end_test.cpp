@@ -8,7 +8,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using testing::HasSubstr;
 using testing::Not;
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using testing::HasSubstr;
 
 TEST_F(session, goes_through_every_menu_at_a_terminal) {

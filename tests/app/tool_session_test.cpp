@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 
 TEST_F(session, goes_through_every_menu_at_a_pipe) {
     whole_session(attachment::one_pipe);

@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using testing::HasSubstr;
 
 TEST(tool_and_simulator, configure_a_device_at_a_pipe) {

@@ -16,7 +16,6 @@ namespace orvanta_tests {
 namespace {
 
 using namespace std::chrono_literals;
-using simulator_tests::running_simulator;
 using steady = std::chrono::steady_clock;
 
 constexpr std::uint64_t default_kills = DEFAULT_KILLS;

@@ -20,9 +20,6 @@
 namespace orvanta_tests {
 namespace {
 
-using orvanta_test::attachment;
-using orvanta_test::child_process;
-
 // 54321 to 54336.
 constexpr std::size_t local_ports = 16;
 constexpr std::uint64_t rate_hz = LOAD_RATE_HZ;
@@ -44,7 +41,7 @@ class loaded_service {
 
     ~loaded_service() {
         program_.type("quit\n");
-        EXPECT_EQ(program_.wait(), orvanta_test::ending{0});
+        EXPECT_EQ(program_.wait(), ending{0});
     }
     loaded_service(const loaded_service&) = delete;
     loaded_service& operator=(const loaded_service&) = delete;

@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
@@ -211,4 +211,4 @@ std::string fault_fixture::next() {
     return code != 0 ? "code " + std::to_string(code) : result;
 }
 
-} // namespace fault_tests
+} // namespace orvanta_tests

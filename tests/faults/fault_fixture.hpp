@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 // No keep-alive falls into a test: their exchange is a subject of its own.
 inline constexpr std::uint64_t keep_alive_ns = 3'600'000'000'000;
@@ -74,10 +74,10 @@ class fault_fixture {
     int idle_polls_{50}; // so many without an event mean that none is left
     vantu::orvanta::simulator::listeners sockets_{"0"};
     vantu::orvanta::simulator::server server_;
-    orvanta_tests::log_capture log_;
+    log_capture log_;
     std::unique_ptr<vantu::orvanta::client> client_;
     bool connected_{false};
     std::string handled_; // the handler's outcomes
 };
 
-} // namespace fault_tests
+} // namespace orvanta_tests

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace fault_tests {
+namespace orvanta_tests {
 namespace {
 
 constexpr const char* faults_document = DOCS_FOLDER "/faults.md";
@@ -62,4 +62,4 @@ TEST(faults_document, shows_what_a_user_of_the_tool_meets_as_it_is_tested) {
 }
 
 } // namespace
-} // namespace fault_tests
+} // namespace orvanta_tests

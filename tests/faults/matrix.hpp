@@ -8,7 +8,7 @@
 #include <span>
 #include <string_view>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 using vantu::orvanta::simulator::fault_kind;
 using vantu::orvanta::simulator::fault_row;
@@ -39,4 +39,4 @@ consteval bool is_complete(std::span<const matrix_row> rows, bool with_requests)
     });
 }
 
-} // namespace fault_tests
+} // namespace orvanta_tests

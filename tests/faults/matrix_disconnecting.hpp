@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 // clang-format off
 inline constexpr std::array disconnecting_rows{
@@ -69,4 +69,4 @@ inline constexpr std::array disconnecting_rows{
 
 static_assert(is_complete(disconnecting_rows, true), "every fault has its row");
 
-} // namespace fault_tests
+} // namespace orvanta_tests

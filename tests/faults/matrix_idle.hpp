@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 // clang-format off
 inline constexpr std::array idle_rows{
@@ -48,4 +48,4 @@ inline constexpr std::array idle_rows{
 
 static_assert(is_complete(idle_rows, false), "every fault has its row");
 
-} // namespace fault_tests
+} // namespace orvanta_tests

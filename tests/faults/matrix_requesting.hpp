@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 // clang-format off
 inline constexpr std::array requesting_rows{
@@ -67,4 +67,4 @@ inline constexpr std::array requesting_rows{
 
 static_assert(is_complete(requesting_rows, true), "every fault has its row");
 
-} // namespace fault_tests
+} // namespace orvanta_tests

@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 // clang-format off
 inline constexpr std::array streaming_rows{
@@ -45,4 +45,4 @@ inline constexpr std::array streaming_rows{
 
 static_assert(is_complete(streaming_rows, false), "every fault has its row");
 
-} // namespace fault_tests
+} // namespace orvanta_tests

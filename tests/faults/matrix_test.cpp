@@ -12,7 +12,7 @@
 #include <ostream>
 #include <string>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 void PrintTo(const matrix_row& row, std::ostream* out);
 void PrintTo(const matrix_row& row, std::ostream* out) {
@@ -74,4 +74,4 @@ INSTANTIATE_TEST_SUITE_P(fault, requesting_under, ValuesIn(requesting_rows), nam
 INSTANTIATE_TEST_SUITE_P(fault, disconnecting_under, ValuesIn(disconnecting_rows), name_of);
 
 } // namespace
-} // namespace fault_tests
+} // namespace orvanta_tests

@@ -13,7 +13,7 @@
 #include <memory>
 #include <string>
 
-namespace fault_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta;
@@ -97,7 +97,7 @@ class threaded_fixture {
     std::int64_t now_ns_{0};
     listeners sockets_{"0"};
     server server_{simulated, sockets_, [this] { return now_ns_; }};
-    orvanta_tests::log_capture log_;
+    log_capture log_;
     std::unique_ptr<library_client> client_{std::make_unique<library_client>(library_client::config{})};
 };
 
@@ -127,4 +127,4 @@ TEST(polling_thread, ends_with_the_first_code_of_each_fault_and_lives_through_th
 }
 
 } // namespace
-} // namespace fault_tests
+} // namespace orvanta_tests

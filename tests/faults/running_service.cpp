@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
@@ -55,4 +55,4 @@ std::uint64_t running_service::happened(fault_kind kind) {
     return simulated_.faults().happened(kind);
 }
 
-} // namespace fault_tests
+} // namespace orvanta_tests

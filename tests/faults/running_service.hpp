@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 class running_service {
   public:
@@ -36,4 +36,4 @@ class running_service {
     std::thread thread_;
 };
 
-} // namespace fault_tests
+} // namespace orvanta_tests

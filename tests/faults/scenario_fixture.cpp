@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
@@ -188,4 +188,4 @@ std::int64_t scenario_fixture::now_ms() const {
     return now_ns_ / ns_per_millisecond;
 }
 
-} // namespace fault_tests
+} // namespace orvanta_tests

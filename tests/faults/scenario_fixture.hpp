@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 using library_client = vantu::orvanta::client; // the simulator has a record of that name
 using gravity = vantu_orvanta_config_gravity_compensation;
@@ -77,7 +77,7 @@ class scenario_fixture {
     std::uint64_t cursor_states{0};
     std::uint64_t grip_states{0};
     vantu_orvanta_cursor_state cursor{}; // the latest
-    orvanta_tests::log_capture log;
+    log_capture log;
 
     vantu::orvanta::simulator::simulation simulated;
 
@@ -96,4 +96,4 @@ class scenario_fixture {
     bool connected_{false};
 };
 
-} // namespace fault_tests
+} // namespace orvanta_tests

@@ -10,7 +10,7 @@
 #include <iterator>
 #include <set>
 
-namespace fault_tests {
+namespace orvanta_tests {
 namespace {
 
 using testing::Contains;
@@ -205,4 +205,4 @@ TEST(shipped_scenarios, have_a_test_and_a_walk_each) {
 }
 
 } // namespace
-} // namespace fault_tests
+} // namespace orvanta_tests

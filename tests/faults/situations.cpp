@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace fault_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -118,4 +118,4 @@ void play_to_the_end(const matrix_row& row) {
     open(fixture, row);
 }
 
-} // namespace fault_tests
+} // namespace orvanta_tests

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 enum class situation : std::uint8_t {
     opening,       // the client connects
@@ -29,4 +29,4 @@ struct observed_row {
 // Plays a row of the opening that ends the process, the library's log going where it goes by itself.
 void play_to_the_end(const matrix_row& row);
 
-} // namespace fault_tests
+} // namespace orvanta_tests

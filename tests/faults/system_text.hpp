@@ -3,9 +3,9 @@
 
 #include <string>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 // A log line with the text of Linux in the place of that of the system.
 [[nodiscard]] std::string with_text_of_linux(std::string message);
 
-} // namespace fault_tests
+} // namespace orvanta_tests

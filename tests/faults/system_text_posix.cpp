@@ -1,10 +1,10 @@
 // The tables' texts as they are.
 #include "faults/system_text.hpp"
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 std::string with_text_of_linux(std::string message) {
     return message;
 }
 
-} // namespace fault_tests
+} // namespace orvanta_tests

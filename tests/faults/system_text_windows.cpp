@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 std::string with_text_of_linux(std::string message) {
     constexpr std::array<std::string_view, 2> failures{
@@ -19,4 +19,4 @@ std::string with_text_of_linux(std::string message) {
     return message;
 }
 
-} // namespace fault_tests
+} // namespace orvanta_tests

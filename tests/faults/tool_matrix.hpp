@@ -5,7 +5,7 @@
 
 #include <array>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 // The user finds the device, which opens it and asks for orientation (47), gravity compensation (66) and
 // torque scaling (68), looks at the configuration and leaves.
@@ -73,4 +73,4 @@ consteval bool has_every_fault(std::span<const tool_row> rows) {
 }
 static_assert(has_every_fault(tool_rows), "every fault has its row");
 
-} // namespace fault_tests
+} // namespace orvanta_tests

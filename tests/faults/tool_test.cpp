@@ -13,7 +13,7 @@
 #include <ostream>
 #include <string>
 
-namespace fault_tests {
+namespace orvanta_tests {
 
 void PrintTo(const tool_row& row, std::ostream* out);
 void PrintTo(const tool_row& row, std::ostream* out) {
@@ -22,11 +22,11 @@ void PrintTo(const tool_row& row, std::ostream* out) {
 
 namespace {
 
-using namespace orvanta_test;
+using namespace orvanta_tests;
 using testing::HasSubstr;
 
 constexpr std::string_view later = "later: ";
-const std::string prompt = "Select option: \t";
+const std::string menu_prompt = "Select option: \t";
 
 std::string_view verb_of(const tool_row& row) {
     return row.rule.starts_with(later) ? row.rule.substr(later.size()) : row.rule;
@@ -57,7 +57,7 @@ class tool_session {
     // Types, and returns what is printed up to the next prompt, log lines aside.
     std::string answer_to(std::string_view input) {
         program.type(input);
-        const std::string printed = program.read_until(prompt);
+        const std::string printed = program.read_until(menu_prompt);
         output_ += printed;
         return without_log_lines(printed);
     }
@@ -186,4 +186,4 @@ std::string name_of(const testing::TestParamInfo<tool_row>& info) {
 INSTANTIATE_TEST_SUITE_P(fault, tool_under, testing::ValuesIn(tool_rows), name_of);
 
 } // namespace
-} // namespace fault_tests
+} // namespace orvanta_tests

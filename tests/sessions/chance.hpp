@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <random>
 
-namespace session_tests {
+namespace orvanta_tests {
 
 class chance {
   public:
@@ -23,4 +23,4 @@ class chance {
     std::mt19937_64 source_;
 };
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace session_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta;
@@ -145,4 +145,4 @@ void checked_connection::check_devices() const {
     }
 }
 
-} // namespace session_tests
+} // namespace orvanta_tests

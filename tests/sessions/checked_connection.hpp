@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace session_tests {
+namespace orvanta_tests {
 
 // What a failed assumption does in this program.
 enum class assumptions : std::uint8_t {
@@ -56,4 +56,4 @@ class checked_connection {
     reference_reader expected_;
 };
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -13,7 +13,7 @@
 #include <algorithm>
 #include <optional>
 
-namespace session_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta;
@@ -233,4 +233,4 @@ session_counts run_random_session(std::uint64_t seed) {
     return session(seed).run();
 }
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace session_tests {
+namespace orvanta_tests {
 
 class difference : public std::runtime_error {
   public:
@@ -50,4 +50,4 @@ inline void compare_sent(const std::vector<datagram>& sent, const std::vector<da
     }
 }
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace session_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta;
@@ -326,4 +326,4 @@ session_counts run_random_session(std::uint64_t seed) {
     return session(seed).run();
 }
 
-} // namespace session_tests
+} // namespace orvanta_tests

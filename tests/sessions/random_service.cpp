@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace session_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -124,4 +124,4 @@ std::string faults_of_session(std::uint64_t seed) {
     return text.empty() ? "  none\n" : text;
 }
 
-} // namespace session_tests
+} // namespace orvanta_tests

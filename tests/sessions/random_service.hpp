@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace session_tests {
+namespace orvanta_tests {
 
 // A fault's name and its arguments, as in {"truncate", "17@op=66,p=0.5"}.
 using fault_text = std::pair<std::string, std::string>;
@@ -26,4 +26,4 @@ void happen_to(vantu::orvanta::simulator::simulation& service, chance& choose);
 // The faults of a session, as the verbs that add them.
 [[nodiscard]] std::string faults_of_session(std::uint64_t seed);
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <map>
 
-namespace session_tests {
+namespace orvanta_tests {
 
 // What happened in sessions, to be added up.
 struct session_counts {
@@ -46,4 +46,4 @@ struct session_counts {
 //   assumption outside the handshake's two unchecked reads, and a socket that is left open.
 [[nodiscard]] session_counts run_random_session(std::uint64_t seed);
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace session_tests {
+namespace orvanta_tests {
 namespace {
 
 // Where an event's payload comes from. Each body is the device's id and then the payload, or all payload.
@@ -333,4 +333,4 @@ void reference_reader::device_entries::remove(std::uint32_t id) {
     }
 }
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace session_tests {
+namespace orvanta_tests {
 
 using event_octets = std::array<std::uint8_t, 310>;
 using device_octets = std::array<std::uint8_t, 78>;
@@ -91,4 +91,4 @@ class reference_reader {
     device_entries table_;
 };
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace session_tests;
+using namespace orvanta_tests;
 
 datagram bytes_of(std::initializer_list<int> values) {
     datagram made;

@@ -1,6 +1,6 @@
 #include "sessions/reference_writer.hpp"
 
-namespace session_tests {
+namespace orvanta_tests {
 namespace {
 
 void append(datagram& bytes, field one) {
@@ -49,4 +49,4 @@ datagram reference_connect(const reference_introduction& client) {
     return bytes;
 }
 
-} // namespace session_tests
+} // namespace orvanta_tests

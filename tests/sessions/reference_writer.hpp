@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace session_tests {
+namespace orvanta_tests {
 
 using datagram = std::vector<std::byte>;
 using octets = std::span<const std::byte>;
@@ -35,4 +35,4 @@ struct reference_introduction {
 };
 [[nodiscard]] datagram reference_connect(const reference_introduction& client);
 
-} // namespace session_tests
+} // namespace orvanta_tests

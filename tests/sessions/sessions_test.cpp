@@ -14,7 +14,7 @@
 
 namespace {
 
-using namespace session_tests;
+using namespace orvanta_tests;
 using testing::Each;
 using testing::Ge;
 using testing::Pair;

@@ -13,8 +13,8 @@
 namespace vantu::orvanta {
 namespace {
 
-using session_tests::datagram;
-using session_tests::virtual_world;
+using orvanta_tests::datagram;
+using orvanta_tests::virtual_world;
 
 int port_of(socket_handle socket) {
     return static_cast<int>(socket);
@@ -96,11 +96,11 @@ void close_socket(socket_handle& socket) {
 }
 
 void assumption_failed() {
-    throw session_tests::failed_assumption("an assumption of the library failed");
+    throw orvanta_tests::failed_assumption("an assumption of the library failed");
 }
 
 void report_failed_assumption(const source_location&, const char* message) {
-    throw session_tests::failed_assumption(message);
+    throw orvanta_tests::failed_assumption(message);
 }
 
 namespace platform {

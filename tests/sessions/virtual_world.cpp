@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace session_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta;
@@ -75,7 +75,8 @@ void virtual_world::send(int from_port, octets bytes) {
 void virtual_world::await_datagram(int port, std::int64_t deadline_ns) {
     while (!has_datagram(port) && now_ns_ < deadline_ns) {
         // A tick at the least, so that time goes on whatever is due.
-        advance_to(std::min(deadline_ns, std::max(service_.next_due_ns(), now_ns_ + simulator::simulation_tick_ns)));
+        advance_to(
+            std::min(deadline_ns, std::max(service_.next_due_ns(), now_ns_ + simulator::simulation_tick_ns)));
     }
 }
 
@@ -95,4 +96,4 @@ void virtual_world::collect() {
     }
 }
 
-} // namespace session_tests
+} // namespace orvanta_tests

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace session_tests {
+namespace orvanta_tests {
 
 // One world at a time: where the library's system calls end up in a world, it is the one made last.
 class virtual_world {
@@ -51,4 +51,4 @@ class virtual_world {
     std::vector<datagram> sent_;
 };
 
-} // namespace session_tests
+} // namespace orvanta_tests

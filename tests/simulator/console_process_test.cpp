@@ -8,13 +8,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
-using orvanta_test::attachment;
-using orvanta_test::child_process;
-using orvanta_test::killed;
-using orvanta_test::succeeded;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -92,4 +88,4 @@ TEST(the_console, is_there_for_those_alone_who_ask_for_it) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

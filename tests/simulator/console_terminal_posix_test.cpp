@@ -5,12 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
-using orvanta_test::attachment;
-using orvanta_test::child_process;
-using orvanta_test::succeeded;
 using testing::HasSubstr;
 
 TEST(the_console, answers_verbs_at_a_terminal_and_ends_with_quit) {
@@ -38,4 +35,4 @@ TEST(the_console, ends_at_the_end_of_what_is_typed) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

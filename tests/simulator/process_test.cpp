@@ -11,7 +11,7 @@
 #include <gmock/gmock.h>
 #include <iterator>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using testing::HasSubstr;
@@ -25,7 +25,7 @@ const bytes query_gravity = datagram({{0xFF, 0x42, 0x04, 0x00, 0x04, 0x01, 0x00,
 
 class the_program : public testing::Test {
   protected:
-    orvanta_tests::scratch_folder folder;
+    scratch_folder folder;
 };
 
 void connect_and_open(test_client& client) {
@@ -165,7 +165,7 @@ TEST_F(the_program, killed_in_the_midst_of_saving_leaves_a_whole_file) {
             EXPECT_FALSE(client.receive_until(64).empty());
         }
         tested.kill();
-        EXPECT_EQ(tested.wait_for_end().status, orvanta_test::killed.code);
+        EXPECT_EQ(tested.wait_for_end().status, killed.code);
         std::vector<vantu::orvanta::simulator::device> devices =
             vantu::orvanta::simulator::make_devices(1, 0);
         EXPECT_NO_THROW(vantu::orvanta::simulator::saved_state(path).apply_to(devices));
@@ -254,4 +254,4 @@ TEST_F(the_program, produces_the_faults_of_its_options) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

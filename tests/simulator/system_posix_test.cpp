@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using vantu::orvanta::simulator::replace_file;
@@ -31,14 +31,14 @@ TEST(the_program_at_a_signal, says_goodbye_to_its_clients_and_ends_with_0) {
 }
 
 TEST(a_file, that_cannot_be_written_is_told_in_the_words_of_the_system) {
-    const orvanta_tests::scratch_folder folder;
+    const scratch_folder folder;
     const std::string path = folder.file("state.json");
     std::filesystem::create_directory(path + ".new");
     EXPECT_EQ(replace_file(path, "text"), "cannot create " + path + ".new: Is a directory");
 }
 
 TEST(a_file, on_a_full_device_is_told_and_leaves_nothing) {
-    const orvanta_tests::scratch_folder folder;
+    const scratch_folder folder;
     const std::string path = folder.file("state.json");
     std::filesystem::create_symlink("/dev/full", path + ".new");
     EXPECT_EQ(replace_file(path, "text"), "cannot write " + path + ".new: No space left on device");
@@ -46,4 +46,4 @@ TEST(a_file, on_a_full_device_is_told_and_leaves_nothing) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

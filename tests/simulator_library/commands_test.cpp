@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator_library_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace std::chrono_literals;
@@ -36,7 +36,7 @@ class in_a_folder : public testing::Test {
         return folder.file(name);
     }
 
-    orvanta_tests::scratch_folder folder;
+    scratch_folder folder;
 };
 
 TEST(a_command, shows_what_it_has_to_show) {
@@ -204,4 +204,4 @@ TEST_F(in_a_folder, a_file_that_is_wrong_is_refused_with_its_path) {
 }
 
 } // namespace
-} // namespace simulator_library_tests
+} // namespace orvanta_tests

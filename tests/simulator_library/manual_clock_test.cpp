@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-namespace simulator_library_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace std::chrono_literals;
@@ -107,4 +107,4 @@ TEST(a_manual_clock, ends_with_a_goodbye_at_stop) {
 }
 
 } // namespace
-} // namespace simulator_library_tests
+} // namespace orvanta_tests

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-namespace simulator_library_tests {
+namespace orvanta_tests {
 
 using namespace vantu::orvanta;
 
@@ -86,4 +86,4 @@ void simulated_client::open(std::uint32_t device_id) {
     poll_until(vantu_orvanta_event_device_opened, before + 1);
 }
 
-} // namespace simulator_library_tests
+} // namespace orvanta_tests

@@ -9,7 +9,7 @@
 #include <functional>
 #include <map>
 
-namespace simulator_library_tests {
+namespace orvanta_tests {
 
 // A simulator with a clock that is moved by hand.
 [[nodiscard]] vantu::orvanta::service_simulator::settings by_hand();
@@ -54,4 +54,4 @@ class simulated_client {
     vantu::orvanta::client client_;
 };
 
-} // namespace simulator_library_tests
+} // namespace orvanta_tests

@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-namespace simulator_library_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace std::chrono_literals;
@@ -102,4 +102,4 @@ TEST(a_thread, may_be_asked_from_several_threads_at_once) {
 }
 
 } // namespace
-} // namespace simulator_library_tests
+} // namespace orvanta_tests

@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 std::string child_process::read_until(std::string_view text) {
     return take_until(printed_[0], text);
@@ -60,4 +60,4 @@ ending child_process::wait() {
     return program_.wait();
 }
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 // Every wait throws std::runtime_error after a minute, or when the program ends before what is
 // waited for came; the text says what did come.
@@ -55,4 +55,4 @@ class child_process {
     std::array<std::string, 2> printed_;
 };
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

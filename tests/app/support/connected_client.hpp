@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 inline constexpr std::uint64_t second_ns = 1'000'000'000;
 
@@ -53,4 +53,4 @@ class connected_client : public testing::Test {
     std::size_t connects_sent{0};
 };
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

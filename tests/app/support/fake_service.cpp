@@ -6,11 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 namespace {
-
-using orvanta_tests::udp_datagram;
-using orvanta_tests::udp_socket;
 
 constexpr std::uint8_t keep_alive_code = 1;
 constexpr std::uint8_t connect_code = 3;
@@ -145,4 +142,4 @@ void fake_service::send_locked(const bytes& datagram) {
     }
 }
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 inline constexpr std::uint16_t service_port = 54320;
 
@@ -51,16 +51,16 @@ class fake_service {
 
   private:
     struct peer {
-        const orvanta_tests::udp_socket* socket{nullptr};
-        orvanta_tests::udp_address address;
+        const udp_socket* socket{nullptr};
+        udp_address address;
     };
 
     void serve();
-    void take(const orvanta_tests::udp_socket& socket);
+    void take(const udp_socket& socket);
     void send_locked(const bytes& datagram);
 
-    std::vector<orvanta_tests::udp_socket> sockets_;
-    orvanta_tests::udp_socket wake_; // a datagram to itself ends the thread
+    std::vector<udp_socket> sockets_;
+    udp_socket wake_; // a datagram to itself ends the thread
 
     std::mutex mutex_;
     std::condition_variable arrived_;
@@ -72,4 +72,4 @@ class fake_service {
     std::thread thread_;
 };
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 class recording_console {
   public:
@@ -55,4 +55,4 @@ class recording_console {
     vantu::orvanta::app::console terminal_{input_, output_.stream, errors_.stream};
 };
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 std::FILE* recording_console::stream_into(recorder& target) {
     cookie_io_functions_t functions{};
@@ -22,4 +22,4 @@ void recording_console::close(std::FILE* stream) {
     std::fclose(stream);
 }
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 namespace {
 
 class recorded_file {
@@ -38,7 +38,7 @@ class recorded_file {
     }
 
   private:
-    orvanta_tests::scratch_folder folder_;
+    scratch_folder folder_;
 
   public:
     std::FILE* const written{std::fopen(folder_.file("printed").c_str(), "wb")};
@@ -66,7 +66,7 @@ void recording_console::close(std::FILE* stream) {
     recorded_files().erase(stream);
 }
 
-} // namespace orvanta_test
+} // namespace orvanta_tests
 
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
@@ -74,8 +74,8 @@ int __real_fflush(std::FILE* stream);
 int __wrap_fflush(std::FILE* stream);
 int __wrap_fflush(std::FILE* stream) {
     const int result = __real_fflush(stream);
-    const auto found = orvanta_test::recorded_files().find(stream);
-    if (found != orvanta_test::recorded_files().end()) {
+    const auto found = orvanta_tests::recorded_files().find(stream);
+    if (found != orvanta_tests::recorded_files().end()) {
         found->second->take_what_is_new();
     }
     return result;

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 class simulator_process {
   public:
@@ -100,4 +100,4 @@ inline void configure_the_device(attachment kind) {
     EXPECT_EQ(succeeded, service.end());
 }
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

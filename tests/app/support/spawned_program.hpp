@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 enum class attachment {
     pipes,           // output and errors in a pipe each
@@ -68,4 +68,4 @@ class spawned_program {
     std::unique_ptr<system_side> system_;
 };
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

@@ -14,7 +14,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 namespace {
 
 void check(bool succeeded, const char* what) {
@@ -226,4 +226,4 @@ ending spawned_program::wait() {
     return WIFSIGNALED(status) ? ending{-1, WTERMSIG(status)} : ending{WEXITSTATUS(status), 0};
 }
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

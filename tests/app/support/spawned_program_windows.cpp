@@ -10,7 +10,7 @@
 
 #include <tlhelp32.h>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 namespace {
 
 constexpr int code_of_abort = 3;
@@ -223,4 +223,4 @@ ending spawned_program::wait() {
     return {static_cast<int>(code), 0};
 }
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

@@ -7,7 +7,7 @@
 #include <regex>
 #include <utility>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 namespace {
 
 constexpr std::array<std::string_view, 2> log_line_starts{"INFO ", "WARNING "};
@@ -111,4 +111,4 @@ void tool_process::expect_end(const ending& expected, const std::string& last_wo
     EXPECT_EQ(at_terminal_ ? on_a_terminal(last_words) : last_words, without_log_lines(rest));
 }
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

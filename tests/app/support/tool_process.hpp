@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 // A text without the library's log lines.
 [[nodiscard]] std::string without_log_lines(std::string_view text);
@@ -51,4 +51,4 @@ class tool_process {
     std::vector<std::string> logged_;
 };
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

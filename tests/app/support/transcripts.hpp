@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 inline const std::string main_menu = "\n"
                                      "0   Find Orvanta3\n"
@@ -34,4 +34,4 @@ inline const std::string no_device_connected = "No device connected - try using 
 inline const std::string banner = "Vantu Orvanta Command Line Interface\n"
                                   "Please make sure to start with the 'Find device'\n";
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

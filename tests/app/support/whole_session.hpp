@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 inline const std::string device_report = "\n\tDevice Type:\tOrvanta3\n\tID:\t\t1A2B\n"
                                          "\tUUID:\t\tCDCDCDCD-CDCDCDCD-CDCDCDCD-CDCDCDCD\n";
@@ -82,4 +82,4 @@ class session : public testing::Test {
     fake_service service{service_port};
 };
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace orvanta_test {
+namespace orvanta_tests {
 
 using bytes = std::vector<std::uint8_t>;
 using datagrams = std::vector<bytes>;
@@ -66,4 +66,4 @@ inline constexpr const char* accepted = " FF 04 0800 00 4D00000000000000";
 // The service says goodbye, or confirms one.
 inline constexpr const char* disconnected = " FF 06 0000 00";
 
-} // namespace orvanta_test
+} // namespace orvanta_tests

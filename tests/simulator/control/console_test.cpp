@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -144,4 +144,4 @@ TEST_F(a_console, quits_at_the_end_of_what_is_typed_once_all_of_it_is_done) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -252,4 +252,4 @@ TEST(options, show_every_verb_and_every_member_and_event_of_scenarios) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

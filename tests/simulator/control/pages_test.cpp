@@ -10,7 +10,7 @@
 #include <iterator>
 #include <regex>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -139,4 +139,4 @@ TEST(the_pages, show_scenarios_that_are_right) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -105,4 +105,4 @@ TEST_F(a_scenario_runner, observes_no_longer_than_it_lives) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

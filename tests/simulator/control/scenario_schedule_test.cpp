@@ -5,7 +5,7 @@
 #include <array>
 #include <gmock/gmock.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -111,4 +111,4 @@ TEST(scenario_schedule, takes_no_keep_alive_connect_or_goodbye_for_a_request_unl
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

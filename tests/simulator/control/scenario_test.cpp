@@ -10,7 +10,7 @@
 #include <gmock/gmock.h>
 #include <random>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -292,4 +292,4 @@ TEST(a_scenario_file, that_is_wrong_is_named_with_path_and_line) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -56,4 +56,4 @@ TEST(every_fault, acts_at_once_where_its_row_says_so) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -8,7 +8,7 @@
 namespace {
 
 using namespace vantu::orvanta::simulator;
-using namespace simulator_tests;
+using namespace orvanta_tests;
 
 // Two operations in one datagram: power supply of device 1, then torque scaling of device 1 with tag 5.
 const bytes two_operations = datagram({{0xFF, 0x51, 0x05, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01},

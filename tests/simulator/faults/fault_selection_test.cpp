@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace simulator_tests;
+using namespace orvanta_tests;
 using simulator::fault_kind;
 using testing::ElementsAre;
 using testing::IsEmpty;

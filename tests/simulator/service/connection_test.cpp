@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <set>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using simulator::announce_order;
@@ -253,4 +253,4 @@ TEST(keep_alive, has_no_answer_neither_for_a_client_nor_for_a_stranger) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <random>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using testing::ElementsAre;
@@ -168,4 +168,4 @@ TEST(a_datagram, of_random_bytes_is_survived_and_every_answer_is_well_formed) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

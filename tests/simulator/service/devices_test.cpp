@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -46,4 +46,4 @@ TEST(devices, begin_with_the_configuration_of_the_factory) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

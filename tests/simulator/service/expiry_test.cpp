@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <limits>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using testing::ElementsAre;
@@ -99,4 +99,4 @@ TEST(silence, is_counted_from_the_last_connect_with_the_time_it_declared) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

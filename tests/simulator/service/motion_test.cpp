@@ -10,7 +10,7 @@
 #include <set>
 #include <string>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -283,4 +283,4 @@ TEST(motion, goes_on_when_the_clock_has_run_for_years) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

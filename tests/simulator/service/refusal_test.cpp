@@ -8,7 +8,7 @@
 #include <ostream>
 #include <set>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using testing::ElementsAre;
@@ -232,4 +232,4 @@ TEST_P(each_wrong_argument, is_refused_and_changes_nothing) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <gmock/gmock.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using testing::ElementsAre;
@@ -210,4 +210,4 @@ TEST(requests, change_the_device_that_they_name_and_no_other) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

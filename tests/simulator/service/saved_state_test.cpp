@@ -10,7 +10,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -40,7 +40,7 @@ class state_file : public testing::Test {
             std::distance(std::filesystem::directory_iterator(folder.path()), {}));
     }
 
-    orvanta_tests::scratch_folder folder;
+    scratch_folder folder;
     std::string path{folder.file("state.json")};
 };
 
@@ -212,4 +212,4 @@ TEST_F(state_file, that_is_wrong_is_told_in_one_line_with_path_and_reason) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

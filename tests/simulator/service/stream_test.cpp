@@ -6,7 +6,7 @@
 #include <limits>
 #include <map>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using testing::ElementsAre;
@@ -179,4 +179,4 @@ TEST(streams, show_currents_that_follow_the_gravity_compensation) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

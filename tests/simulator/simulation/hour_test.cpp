@@ -11,7 +11,7 @@
 #include <ctime>
 #include <gmock/gmock.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta;
@@ -128,4 +128,4 @@ TEST(an_hour, on_sockets_loses_no_state_and_forgets_the_silent_client) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -161,7 +161,7 @@ class with_a_state_file : public testing::Test {
   protected:
     [[nodiscard]] std::string path() const { return folder.file("state.json"); }
 
-    orvanta_tests::scratch_folder folder;
+    scratch_folder folder;
 };
 
 TEST_F(with_a_state_file, what_is_saved_is_there_in_the_next_simulation) {
@@ -198,4 +198,4 @@ TEST_F(with_a_state_file, a_save_that_fails_is_refused_and_warned_of) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -93,4 +93,4 @@ TEST(faults, that_delay_let_go_on_the_tick) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <limits>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
@@ -221,4 +221,4 @@ TEST(a_simulation, tells_what_happens_to_it) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests

@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace simulator_tests;
+using namespace orvanta_tests;
 using namespace vantu::orvanta::simulator;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace simulator_tests {
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta;
@@ -287,4 +287,4 @@ TEST_F(serving, forges_from_an_address_that_is_not_the_service_s) {
 }
 
 } // namespace
-} // namespace simulator_tests
+} // namespace orvanta_tests
