@@ -7,7 +7,7 @@ namespace {
 
 // The bytes that an operation's body needs; those of a code that no client receives are the script's choice.
 std::size_t body_size(std::uint8_t code, std::uint8_t otherwise) {
-    for (const orvanta_tests::received_operation& one : orvanta_tests::received_operations()) {
+    for (const orvanta_tests::operation_size& one : orvanta_tests::operation_sizes()) {
         if (one.code == code) {
             return one.body;
         }
@@ -40,7 +40,7 @@ void datagram_builder::append_operation(script& input) {
     }
     // Every other code of the low half of the numbers is one that clients receive.
     const std::uint8_t choice = input.byte();
-    const auto known = orvanta_tests::received_operations();
+    const auto known = orvanta_tests::operation_sizes();
     const std::uint8_t code = choice < 2 * known.size() ? known[choice / 2].code : choice;
     const std::uint8_t tag = input.byte();
     const std::uint8_t device = input.byte();

@@ -31,7 +31,7 @@ void write_request(script& input) {
     const std::string version = text_of(input.bytes(input.byte()));
     vantu::orvanta::byte_buffer request(vantu::orvanta::constants::mode_write);
     compose_connect(request, client, process_id, version);
-    const datagram expected = reference_connect(
+    const packet expected = reference_connect(
         {client.value_a, client.value_b, client.keep_alive_ns, process_id, client.name, version});
     if (!std::ranges::equal(octets(request.unread(), request.read_len()), expected)) {
         throw difference("the request to connect has other bytes");

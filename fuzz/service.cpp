@@ -210,7 +210,7 @@ class run {
             all.push_back({to, code, std::to_integer<std::uint8_t>(bytes[4])});
             bytes = bytes.subspan(5);
             std::size_t body = code == 4 ? 8 : not_sent;
-            for (const orvanta_tests::received_operation& known : orvanta_tests::received_operations()) {
+            for (const orvanta_tests::operation_size& known : orvanta_tests::operation_sizes()) {
                 body = known.code == code ? known.body : body;
             }
             require(body <= bytes.size(), "an operation that is cut short");

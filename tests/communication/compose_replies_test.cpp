@@ -1,5 +1,5 @@
 // Every operation that goes to the client, as the bytes of its datagram.
-#include "communication/composed_datagram.hpp"
+#include "support/buffer_bytes.hpp"
 
 #include <gtest/gtest.h>
 

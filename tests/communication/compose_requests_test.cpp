@@ -1,6 +1,6 @@
 // Operations that go to the service, as the bytes of their datagrams: those of a connection, and a request of
 // each shape. Each request of the flat API is held to its bytes in tests/runtime.
-#include "communication/composed_datagram.hpp"
+#include "support/buffer_bytes.hpp"
 #include "vantu/orvanta/common/text_field.hpp"
 
 #include <gtest/gtest.h>

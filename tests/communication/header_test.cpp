@@ -1,5 +1,5 @@
 // The records that frame every datagram, byte by byte.
-#include "communication/composed_datagram.hpp"
+#include "support/buffer_bytes.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // A connection's steps, with bytes and times by hand.
 #include "core/connection.hpp"
 
-#include "core/received_bytes.hpp"
+#include "support/buffer_bytes.hpp"
 #include "support/service_operations.hpp"
 #include "vantu/orvanta/error_codes.h"
 

@@ -1,7 +1,7 @@
 // The answer to a connect: what is read before the acceptance, and why it may be refused.
 #include "core/handshake.hpp"
 
-#include "core/received_bytes.hpp"
+#include "support/buffer_bytes.hpp"
 #include "support/service_operations.hpp"
 #include "support/traps.hpp"
 #include "vantu/orvanta/error_codes.h"

@@ -1,7 +1,7 @@
 // The request that opens a connection, byte by byte.
 #include "core/handshake.hpp"
 
-#include "core/received_bytes.hpp"
+#include "support/buffer_bytes.hpp"
 #include "support/traps.hpp"
 
 #include <gtest/gtest.h>
@@ -15,8 +15,7 @@ using namespace vantu::orvanta;
 bytes composed(const introduction& client, std::uint32_t process_id, const std::string& version_text) {
     byte_buffer request(constants::mode_write);
     compose_connect(request, client, process_id, version_text);
-    const auto* first = reinterpret_cast<const std::uint8_t*>(request.bytes);
-    return {first, first + request.write_position};
+    return written_bytes(request);
 }
 
 // The request of a client with this name and version, all numbers 0.

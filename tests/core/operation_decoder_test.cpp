@@ -1,7 +1,7 @@
 // Decoding one operation's body: whole, cut short, with bytes to spare, and unknown.
 #include "core/operation_decoder.hpp"
 
-#include "core/received_bytes.hpp"
+#include "support/buffer_bytes.hpp"
 #include "support/service_operations.hpp"
 #include "vantu/orvanta/error_codes.h"
 

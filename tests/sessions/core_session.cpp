@@ -109,7 +109,7 @@ class session {
         constexpr std::uint32_t process_id = 4711;
         byte_buffer request(constants::mode_write);
         compose_connect(request, {"random", 12, 34, keep_alive_ns, 0}, process_id, "2.0.0|2.0.0");
-        const datagram sent(request.unread(), request.unread() + request.read_len());
+        const packet sent(request.unread(), request.unread() + request.read_len());
         compare_sent({sent},
                      {reference_connect({12, 34, keep_alive_ns, process_id, "random", "2.0.0|2.0.0"})},
                      "a connect");
@@ -120,7 +120,7 @@ class session {
             ++counts_.connect_codes[vantu_orvanta_timed_out];
             return;
         }
-        const datagram answer = world_.take_datagram(own_port);
+        const packet answer = world_.take_datagram(own_port);
         if (answer.size() > longest_datagram) {
             ++counts_.connect_codes[vantu_orvanta_unexpected_error]; // no socket has room for it
             return;
@@ -138,7 +138,7 @@ class session {
         if (client_.is_connected() && world_.now_ns() >= client_.keep_alive_due_ns()) {
             world_.send(own_port, reference_datagram(1, 0, {}));
         }
-        std::optional<datagram> taken;
+        std::optional<packet> taken;
         while (client_.wants_datagram() && world_.has_datagram(own_port) && !taken) {
             taken = world_.take_datagram(own_port);
             if (taken->size() > longest_datagram) {
@@ -182,7 +182,7 @@ class session {
         const auto device = choose_.one_in(8) ? 1001 : choose_.below(5);
         const auto tag = static_cast<std::uint8_t>(choose_.between(1, 255));
         const auto value = choose_.below(4);
-        datagram bytes;
+        packet bytes;
         switch (choose_.below(4)) {
         case 0:
             bytes = reference_datagram(18, tag, {{device, 4}, {0, 2}});

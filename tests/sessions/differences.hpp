@@ -43,7 +43,7 @@ void compare_bytes(const Record& happened, const std::array<std::uint8_t, size>&
                      said(bytes[place], expected[place]));
 }
 
-inline void compare_sent(const std::vector<datagram>& sent, const std::vector<datagram>& expected,
+inline void compare_sent(const std::vector<packet>& sent, const std::vector<packet>& expected,
                          const char* name) {
     if (sent != expected) {
         throw difference(std::string("other bytes were sent than ") + name + " has");

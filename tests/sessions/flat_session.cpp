@@ -112,7 +112,7 @@ class session {
         compare_sent(world_->sent(),
                      {reference_connect({12, 34, keep_alive_ns, process_id, "random", version.version_text})},
                      "a connect");
-        const std::vector<datagram> taken = world_->taken();
+        const std::vector<packet> taken = world_->taken();
         const expected_handshake expected = taken.empty() ? reference_reader::connect_without_answer()
                                                           : reader_.connect(taken.front(), world_->now_ns());
         if (taken.size() > 1 || expected.ends_the_process != !code || (code && *code != expected.code)) {
@@ -132,7 +132,7 @@ class session {
         forget_traffic();
         vantu_orvanta_event event{};
         const int code = vantu_orvanta_poll(client_->context(), &event);
-        const std::vector<datagram> taken = world_->taken();
+        const std::vector<packet> taken = world_->taken();
         const expected_poll expected =
             taken.empty() ? reader_.poll(world_->now_ns()) : reader_.poll(world_->now_ns(), taken.front());
         if (taken.size() > 1 || code != expected.code) {
@@ -142,7 +142,7 @@ class session {
             compare_bytes(event, expected.event, "an event");
         }
         compare_sent(world_->sent(),
-                     std::vector<datagram>(expected.keep_alive ? 1 : 0, reference_datagram(1, 0, {})),
+                     std::vector<packet>(expected.keep_alive ? 1 : 0, reference_datagram(1, 0, {})),
                      "a poll");
         ++counts_.polls;
         ++counts_.poll_codes[code];
@@ -157,7 +157,7 @@ class session {
         const std::int64_t begin_ns = world_->now_ns();
         client_.reset();
         const std::size_t goodbyes = reader_.is_connected() ? 1 : 0;
-        compare_sent(world_->sent(), std::vector<datagram>(goodbyes, reference_datagram(5, 0, {})),
+        compare_sent(world_->sent(), std::vector<packet>(goodbyes, reference_datagram(5, 0, {})),
                      "a goodbye");
         if (world_->now_ns() - begin_ns > longest_goodbye_ns) {
             throw difference("a goodbye took too long");
@@ -199,7 +199,7 @@ class session {
         const auto value = static_cast<std::uint8_t>(choose_.below(4));
         const vantu_orvanta_config_gravity_compensation gravity{1, 0.5F};
         int code = 0;
-        datagram expected; // with tag 0
+        packet expected; // with tag 0
         (void)world_->sent();
         switch (choose_.below(10)) {
         case 0:
@@ -248,8 +248,8 @@ class session {
     }
 
     // What was sent has the tag that it chose.
-    void check_request(int code, std::uint32_t device, datagram expected) {
-        std::vector<datagram> sent = world_->sent();
+    void check_request(int code, std::uint32_t device, packet expected) {
+        std::vector<packet> sent = world_->sent();
         if (code == 0 && (device == 0 || !reader_.is_connected())) {
             throw difference("a request that cannot be sent gave 0");
         }

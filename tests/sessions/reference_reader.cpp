@@ -82,9 +82,9 @@ void count_update(device_octets& record) {
 
 } // namespace
 
-std::span<const received_operation> received_operations() {
+std::span<const operation_size> operation_sizes() {
     static const auto listed = [] {
-        std::array<received_operation, known_operations.size()> made{};
+        std::array<operation_size, known_operations.size()> made{};
         for (std::size_t i = 0; i < made.size(); ++i) {
             made[i] = {known_operations[i].code, known_operations[i].body};
         }

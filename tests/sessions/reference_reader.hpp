@@ -16,11 +16,11 @@ using event_octets = std::array<std::uint8_t, 310>;
 using device_octets = std::array<std::uint8_t, 78>;
 
 // The operations that a client receives in polls, and the bytes that each needs.
-struct received_operation {
+struct operation_size {
     std::uint8_t code;
     std::uint16_t body;
 };
-[[nodiscard]] std::span<const received_operation> received_operations();
+[[nodiscard]] std::span<const operation_size> operation_sizes();
 
 struct expected_poll {
     int code{0};

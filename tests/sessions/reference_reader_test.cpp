@@ -9,8 +9,8 @@ namespace {
 
 using namespace orvanta_tests;
 
-datagram bytes_of(std::initializer_list<int> values) {
-    datagram made;
+packet bytes_of(std::initializer_list<int> values) {
+    packet made;
     for (const int value : values) {
         made.push_back(static_cast<std::byte>(value));
     }
@@ -27,10 +27,9 @@ reference_reader connected_reader() {
     return reader;
 }
 
-const datagram listing_of_3 =
-    bytes_of({0xE9, 0x9E, 1,    0,    0,    0,    0xFF, 16,   24,   0,    0,    3,
-              0,    0,    0,    1,    2,    0x30, 0x31, 0xA0, 0xA1, 0xA2, 0xA3, 0xA4,
-              0xA5, 0xA6, 0xA7, 0xA8, 0xA9, 0xAA, 0xAB, 0xAC, 0xAD, 0xAE, 0xAF});
+const packet listing_of_3 = bytes_of({0xE9, 0x9E, 1,    0,    0,    0,    0xFF, 16,   24,   0,    0,    3,
+                                      0,    0,    0,    1,    2,    0x30, 0x31, 0xA0, 0xA1, 0xA2, 0xA3, 0xA4,
+                                      0xA5, 0xA6, 0xA7, 0xA8, 0xA9, 0xAA, 0xAB, 0xAC, 0xAD, 0xAE, 0xAF});
 
 TEST(reference_reader, takes_no_answer_for_a_time_out) {
     EXPECT_EQ(reference_reader::connect_without_answer().code, 4);
@@ -87,18 +86,18 @@ TEST(reference_reader, copies_a_listing_to_the_event_and_the_record) {
                                0xA8, 0xA9, 0xAA, 0xAB, 0xAC, 0xAD, 0xAE, 0xAF};
     ASSERT_NE(reader.device(3), nullptr);
     EXPECT_EQ(*reader.device(3), record);
-    const datagram wrong_details =
+    const packet wrong_details =
         bytes_of({0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 24, 12, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
     EXPECT_EQ(reader.poll(0, wrong_details).code, 7);
 }
 
 TEST(reference_reader, keeps_eight_bytes_of_a_grips_tail) {
     reference_reader reader = connected_reader();
-    datagram listing = listing_of_3;
+    packet listing = listing_of_3;
     listing[15] = std::byte{2};
     ASSERT_EQ(reader.poll(0, listing).code, 0);
     const auto state_with_tail = [](int count) {
-        datagram made = bytes_of({0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 40, 22, 0, 0, 3, 0, 0, 0, 7});
+        packet made = bytes_of({0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 40, 22, 0, 0, 3, 0, 0, 0, 7});
         made.resize(32, std::byte{8});
         for (int i = 0; i <= count; ++i) {
             made.push_back(static_cast<std::byte>(i == 0 ? count : 0x50 + i));
@@ -118,11 +117,11 @@ TEST(reference_reader, keeps_eight_bytes_of_a_grips_tail) {
 
 TEST(reference_reader, lists_devices_in_the_order_of_their_entries) {
     reference_reader reader = connected_reader();
-    datagram state = bytes_of({0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 33, 28, 0, 0, 9, 0, 0, 0});
+    packet state = bytes_of({0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 33, 28, 0, 0, 9, 0, 0, 0});
     state.resize(6 + 5 + 28);
     ASSERT_EQ(reader.poll(0, state).code, 0);
     ASSERT_EQ(reader.poll(0, listing_of_3).code, 0);
-    datagram listing_of_9 = listing_of_3;
+    packet listing_of_9 = listing_of_3;
     listing_of_9[11] = std::byte{9};
     ASSERT_EQ(reader.poll(0, listing_of_9).code, 0);
     EXPECT_THAT(reader.device_ids(), testing::ElementsAre(9, 3));
@@ -138,7 +137,7 @@ TEST(reference_reader, has_a_keep_alive_due_a_second_after_a_send) {
 
 TEST(reference_reader, loses_what_is_larger_than_the_buffer) {
     reference_reader reader = connected_reader();
-    EXPECT_EQ(reader.poll(0, datagram(2049)).code, 1);
+    EXPECT_EQ(reader.poll(0, packet(2049)).code, 1);
 }
 
 TEST(reference_writer, writes_the_documented_example) {
@@ -147,7 +146,7 @@ TEST(reference_writer, writes_the_documented_example) {
 }
 
 TEST(reference_writer, pads_the_texts_of_a_connect) {
-    const datagram bytes = reference_connect({0x0102, 0x0304, 5, 6, "name", "version"});
+    const packet bytes = reference_connect({0x0102, 0x0304, 5, 6, "name", "version"});
     ASSERT_EQ(bytes.size(), 6U + 5U + 112U);
     EXPECT_THAT(std::vector(bytes.begin() + 7, bytes.begin() + 16),
                 testing::ElementsAreArray(bytes_of({3, 112, 0, 0, 2, 1, 4, 3, 5})));

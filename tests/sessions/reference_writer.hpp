@@ -11,7 +11,7 @@
 
 namespace orvanta_tests {
 
-using datagram = std::vector<std::byte>;
+using packet = std::vector<std::byte>;
 using octets = std::span<const std::byte>;
 
 // A field of a body: its value and its bytes.
@@ -21,8 +21,8 @@ struct field {
 };
 
 // A datagram of one operation, whose length is that of its body.
-[[nodiscard]] datagram reference_datagram(std::uint8_t code, std::uint8_t tag,
-                                          std::initializer_list<field> body);
+[[nodiscard]] packet reference_datagram(std::uint8_t code, std::uint8_t tag,
+                                        std::initializer_list<field> body);
 
 // What a client says of itself when it connects.
 struct reference_introduction {
@@ -33,6 +33,6 @@ struct reference_introduction {
     std::string_view name;         // at most 31 characters
     std::string_view version_text; // cut to 63 characters
 };
-[[nodiscard]] datagram reference_connect(const reference_introduction& client);
+[[nodiscard]] packet reference_connect(const reference_introduction& client);
 
 } // namespace orvanta_tests

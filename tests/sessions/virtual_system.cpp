@@ -13,7 +13,7 @@
 namespace vantu::orvanta {
 namespace {
 
-using orvanta_tests::datagram;
+using orvanta_tests::packet;
 using orvanta_tests::virtual_world;
 
 int port_of(socket_handle socket) {
@@ -24,7 +24,7 @@ socket_status take(int port, receive_record& record) {
     if (!virtual_world::current().has_datagram(port)) {
         return socket_status::would_block;
     }
-    const datagram bytes = virtual_world::current().take_datagram(port);
+    const packet bytes = virtual_world::current().take_datagram(port);
     record.buffer.compact();
     if (bytes.size() > record.buffer.write_len()) {
         return socket_status::os_error;

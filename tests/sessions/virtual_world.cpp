@@ -80,8 +80,8 @@ void virtual_world::await_datagram(int port, std::int64_t deadline_ns) {
     }
 }
 
-datagram virtual_world::take_datagram(int port) {
-    std::deque<datagram>& waiting = open_ports_.at(port);
+packet virtual_world::take_datagram(int port) {
+    std::deque<packet>& waiting = open_ports_.at(port);
     taken_.push_back(std::move(waiting.front()));
     waiting.pop_front();
     return taken_.back();

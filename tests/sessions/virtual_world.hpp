@@ -33,11 +33,11 @@ class virtual_world {
     // Lets time pass until a datagram waits for the port or the deadline has come.
     void await_datagram(int port, std::int64_t deadline_ns);
     [[nodiscard]] bool has_datagram(int port) const { return !open_ports_.at(port).empty(); }
-    [[nodiscard]] datagram take_datagram(int port); // has_datagram(port) must be true
+    [[nodiscard]] packet take_datagram(int port); // has_datagram(port) must be true
 
     // The datagrams that were taken, and those that were sent, since this was last asked.
-    [[nodiscard]] std::vector<datagram> taken() { return std::exchange(taken_, {}); }
-    [[nodiscard]] std::vector<datagram> sent() { return std::exchange(sent_, {}); }
+    [[nodiscard]] std::vector<packet> taken() { return std::exchange(taken_, {}); }
+    [[nodiscard]] std::vector<packet> sent() { return std::exchange(sent_, {}); }
 
     [[nodiscard]] static virtual_world& current();
 
@@ -46,9 +46,9 @@ class virtual_world {
 
     vantu::orvanta::simulator::simulation& service_;
     std::int64_t now_ns_{0};
-    std::map<int, std::deque<datagram>> open_ports_;
-    std::vector<datagram> taken_;
-    std::vector<datagram> sent_;
+    std::map<int, std::deque<packet>> open_ports_;
+    std::vector<packet> taken_;
+    std::vector<packet> sent_;
 };
 
 } // namespace orvanta_tests

@@ -1,8 +1,12 @@
 // Byte lists for tests.
 #include "support/bytes.hpp"
 
+#include <stdexcept>
+
 namespace orvanta_tests {
 namespace {
+
+constexpr std::string_view digits = "0123456789ABCDEF";
 
 bytes little_endian(std::uint64_t value, std::size_t width) {
     bytes result;
@@ -66,8 +70,11 @@ bytes datagram(std::initializer_list<bytes> operations) {
     return result;
 }
 
+bytes datagram(std::string_view operations) {
+    return datagram({from_hex(operations)});
+}
+
 std::string hex(const bytes& of) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;
     for (const std::uint8_t byte : of) {
         text += text.empty() ? "" : " ";
@@ -75,6 +82,30 @@ std::string hex(const bytes& of) {
         text += digits[byte & 15];
     }
     return text;
+}
+
+bytes from_hex(std::string_view text) {
+    bytes result;
+    bool second = false;
+    for (const char character : text) {
+        if (character == ' ') {
+            continue;
+        }
+        const std::size_t value = digits.find(character);
+        if (value == std::string_view::npos) {
+            throw std::invalid_argument("not a hexadecimal digit in: " + std::string(text));
+        }
+        if (second) {
+            result.back() = static_cast<std::uint8_t>(std::size_t{result.back()} * 16 + value);
+        } else {
+            result.push_back(static_cast<std::uint8_t>(value));
+        }
+        second = !second;
+    }
+    if (second) {
+        throw std::invalid_argument("half a byte in: " + std::string(text));
+    }
+    return result;
 }
 
 } // namespace orvanta_tests

@@ -1,4 +1,5 @@
 // Datagrams written out by hand: byte lists, little-endian fields, and the two records that frame a datagram.
+// Nothing of the code under test.
 #pragma once
 
 #include <cstddef>
@@ -31,8 +32,9 @@ using bytes = std::vector<std::uint8_t>;
 [[nodiscard]] bytes op_of_length(std::uint8_t code, std::uint8_t tag, std::uint16_t length,
                                  const bytes& body);
 
-// E9 9E 01 00 00 00 and the given operations.
+// E9 9E 01 00 00 00 and the given operations; the same with the operations as hexadecimal text.
 [[nodiscard]] bytes datagram(std::initializer_list<bytes> operations);
+[[nodiscard]] bytes datagram(std::string_view operations);
 
 // The bytes of a packed record.
 template <typename Record> [[nodiscard]] bytes bytes_of(const Record& record) {
@@ -42,5 +44,8 @@ template <typename Record> [[nodiscard]] bytes bytes_of(const Record& record) {
 
 // "E9 9E 01", for messages and comparisons.
 [[nodiscard]] std::string hex(const bytes& of);
+// The bytes of such a text; its blanks may stand anywhere. Throws std::invalid_argument for
+// other characters and for half a byte.
+[[nodiscard]] bytes from_hex(std::string_view text);
 
 } // namespace orvanta_tests

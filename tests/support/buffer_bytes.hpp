@@ -1,4 +1,5 @@
-// Datagrams as the code under test composes them, to compare with bytes written out by hand.
+// Bytes in a byte buffer: those that the code under test has composed there, and those that a receive leaves
+// there.
 #pragma once
 
 #include "support/bytes.hpp"
@@ -7,12 +8,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
 
 namespace orvanta_tests {
 
 inline bytes written_bytes(const vantu::orvanta::byte_buffer& buffer) {
     const auto* first = reinterpret_cast<const std::uint8_t*>(buffer.bytes);
     return {first, first + buffer.write_position};
+}
+
+inline void put(vantu::orvanta::byte_buffer& buffer, const bytes& received) {
+    ASSERT_LE(received.size(), buffer.write_len());
+    std::memcpy(buffer.unwritten(), received.data(), received.size());
+    buffer.skip_write(received.size());
 }
 
 // The datagram of one operation.
