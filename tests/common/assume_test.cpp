@@ -1,5 +1,5 @@
 // The always-on checks.
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/traps.hpp"
 #include "vantu/orvanta/common/assume.hpp"
 
@@ -11,7 +11,6 @@ namespace {
 
 using testing::IsEmpty;
 using vantu::orvanta::assumption_failed;
-using vantu::orvanta::log_level;
 using vantu::orvanta::set_log_sink;
 using vantu::orvanta::source_location;
 
@@ -27,7 +26,7 @@ void check_a_broken_length() {
 }
 
 TEST(assume, that_holds_logs_nothing_and_evaluates_its_expression_once) {
-    const captured_log log;
+    const log_capture log;
     int evaluated = 0;
     assume(++evaluated == 1);
     assume_at(somewhere, ++evaluated == 2);

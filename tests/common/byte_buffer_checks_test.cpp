@@ -1,5 +1,5 @@
 // The byte buffer used as it should not be: each misuse ends the process with the line of its check.
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/traps.hpp"
 #include "vantu/orvanta/common/byte_buffer.hpp"
 

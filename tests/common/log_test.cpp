@@ -1,5 +1,5 @@
 // The logger and its default writer, through the real standard streams.
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "vantu/orvanta/common/log.hpp"
 
 #include <atomic>
@@ -16,7 +16,6 @@ namespace {
 
 using testing::IsEmpty;
 using vantu::orvanta::log;
-using vantu::orvanta::log_level;
 using vantu::orvanta::set_log_sink;
 using vantu::orvanta::write_default_log_line;
 
@@ -131,7 +130,7 @@ TEST(log, prints_a_long_message_whole) {
 }
 
 TEST(log, hands_everything_to_the_sink_and_prints_nothing) {
-    captured_log sink;
+    log_capture sink;
     const written streams = streams_during([] {
         log(log_level::debug, "a/b/lib", 1, "one");
         log(static_cast<log_level>(7), "a/b/lib", 18446744073709551615U, "100% %%");
@@ -151,7 +150,7 @@ TEST(log, hands_everything_to_the_sink_and_prints_nothing) {
 }
 
 TEST(log, prints_again_once_the_sink_is_gone) {
-    { const captured_log sink; }
+    { const log_capture sink; }
     EXPECT_EQ(printed("back"), "back");
 }
 
@@ -167,12 +166,12 @@ TEST(log, lets_the_earlier_sink_log_when_it_ends) {
         ~farewell() { log(log_level::info, "lib", 1, "farewell"); }
     };
     set_log_sink([owned = std::make_shared<farewell>()](auto&&...) {});
-    const captured_log sink;
+    const log_capture sink;
     EXPECT_THAT(sink.lines(), testing::ElementsAre("INFO farewell"));
 }
 
 TEST(log, names_the_file_and_line_of_the_call) {
-    const captured_log sink;
+    const log_capture sink;
     log_here(log_level::info, "here");
     const int line = __LINE__ - 1;
     ASSERT_EQ(sink.entries().size(), 1U);
@@ -181,7 +180,7 @@ TEST(log, names_the_file_and_line_of_the_call) {
 }
 
 TEST(log, writes_a_default_line_although_a_sink_is_set) {
-    const captured_log sink;
+    const log_capture sink;
     const written streams =
         streams_during([] { write_default_log_line(log_level::info, "a/lib", 3, "direct"); });
     EXPECT_EQ(streams.output, "INFO lib 3 MSG direct\n");

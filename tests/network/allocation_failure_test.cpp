@@ -3,7 +3,7 @@
 #include "network/loopback.hpp"
 #include "runtime/allocation_trap.hpp"
 #include "support/buffered_record.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 #include "support/traps.hpp"
 #include "vantu/orvanta/common/assume.hpp"
@@ -71,7 +71,7 @@ class memory_that_runs_out : public testing::Test {
     loopback_socket peer{host};
     byte_buffer packet{buffer_of({1, 2, 3})};
     buffered_record record;
-    captured_log log;
+    log_capture log;
     scripted_calls calls;
 };
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "network/socket.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 #include "vantu/orvanta/common/platform.hpp"
 
@@ -21,7 +21,7 @@ inline constexpr std::int64_t patience_ns = 20 * vantu::orvanta::ns_per_second;
 // The loopback addresses of the families that this machine has.
 inline std::vector<std::string> loopback_hosts() {
     std::vector<std::string> hosts{"127.0.0.1"};
-    const captured_log log;
+    const log_capture log;
     auto probe = vantu::orvanta::open_bound_socket("::1", "0");
     if (probe.status == vantu::orvanta::socket_status::ok) {
         hosts.emplace_back("::1");

@@ -1,6 +1,6 @@
 // Resolving, opening, binding and closing.
 #include "network/loopback.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 
 #include <cerrno>
@@ -29,7 +29,7 @@ class socket_open : public loopback_test {};
 INSTANTIATE_TEST_SUITE_P(families, socket_open, testing::ValuesIn(loopback_hosts()), family_name);
 
 TEST_P(socket_open, gives_a_non_blocking_socket_that_children_do_not_inherit) {
-    const captured_log log;
+    const log_capture log;
     auto opened = open_bound_socket(GetParam(), "0");
     ASSERT_EQ(opened.status, socket_status::ok);
     const int descriptor = static_cast<int>(opened.socket);
@@ -53,7 +53,7 @@ TEST_P(socket_open, asks_for_a_receive_buffer_of_a_mebibyte) {
 TEST_P(socket_open, takes_a_socket_that_grants_no_option) {
     scripted_calls calls;
     calls.fail(system_call::setsockopt, ENOPROTOOPT, 1, scripted_calls::always);
-    const captured_log log;
+    const log_capture log;
     auto opened = open_bound_socket(GetParam(), "0");
     EXPECT_EQ(opened.status, socket_status::ok);
     EXPECT_THAT(log.lines(), IsEmpty());
@@ -65,7 +65,7 @@ TEST_P(socket_open, reports_a_port_that_is_taken) {
     const loopback_socket holder(GetParam());
     const auto before = open_descriptors();
     const scripted_calls calls;
-    const captured_log log;
+    const log_capture log;
     const auto opened = open_bound_socket(GetParam(), holder.port());
     EXPECT_EQ(opened.status, socket_status::unavailable);
     EXPECT_EQ(opened.socket, invalid_socket);
@@ -87,7 +87,7 @@ TEST_P(socket_open, resolves_a_numeric_address) {
 }
 
 TEST(socket_startup, leaves_the_sockets_ready) {
-    const captured_log log;
+    const log_capture log;
     socket_startup();
     auto opened = open_bound_socket("127.0.0.1", "0");
     EXPECT_EQ(opened.status, socket_status::ok);
@@ -101,7 +101,7 @@ TEST(socket_walk, closes_every_socket_that_cannot_be_bound) {
     const auto before = open_descriptors();
     scripted_calls calls;
     calls.resolve_to({"127.0.0.1", "127.0.0.2"});
-    const captured_log log;
+    const log_capture log;
     const auto opened = open_bound_socket("somewhere", first.port());
     EXPECT_EQ(opened.status, socket_status::unavailable);
     EXPECT_THAT(log.lines(),
@@ -116,7 +116,7 @@ TEST(socket_walk, takes_the_next_address_when_the_first_is_taken) {
     const loopback_socket first("127.0.0.1");
     scripted_calls calls;
     calls.resolve_to({"127.0.0.1", "127.0.0.2"});
-    const captured_log log;
+    const log_capture log;
     auto opened = open_bound_socket("somewhere", first.port());
     ASSERT_EQ(opened.status, socket_status::ok);
     EXPECT_EQ(stringify_socket(opened.socket), "127.0.0.2:" + first.port() + '\0');
@@ -137,7 +137,7 @@ TEST(socket_walk, stops_at_the_first_address_that_can_be_bound) {
 TEST(socket_walk, passes_over_an_address_for_which_there_is_no_socket) {
     scripted_calls calls;
     calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(system_call::socket, EMFILE);
-    const captured_log log;
+    const log_capture log;
     auto opened = open_bound_socket("somewhere", "0");
     ASSERT_EQ(opened.status, socket_status::ok);
     EXPECT_THAT(stringify_socket(opened.socket), testing::StartsWith("127.0.0.2:"));
@@ -148,7 +148,7 @@ TEST(socket_walk, passes_over_an_address_for_which_there_is_no_socket) {
 TEST(socket_walk, is_unavailable_when_no_address_has_a_socket) {
     scripted_calls calls;
     calls.fail(system_call::socket, EMFILE, 1, scripted_calls::always);
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(open_bound_socket("127.0.0.1", "54321").status, socket_status::unavailable);
     EXPECT_THAT(log.lines(), ElementsAre("WARNING no valid interface to bind '127.0.0.1:54321'"));
     EXPECT_EQ(calls.count(system_call::close), 0);
@@ -158,7 +158,7 @@ TEST(socket_walk, is_unavailable_when_no_address_has_a_socket) {
 TEST(socket_walk, is_unavailable_when_the_resolver_finds_nothing) {
     scripted_calls calls;
     calls.resolve_to_nothing();
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(open_bound_socket("127.0.0.1", "54321").status, socket_status::unavailable);
     EXPECT_THAT(log.lines(), ElementsAre("WARNING no valid interface to bind '127.0.0.1:54321'"));
 }
@@ -167,7 +167,7 @@ TEST(socket_walk, closes_the_socket_whose_bind_fails) {
     const auto before = open_descriptors();
     scripted_calls calls;
     calls.fail(system_call::bind, EACCES);
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(open_bound_socket("127.0.0.1", "54321").status, socket_status::unavailable);
     EXPECT_EQ(open_descriptors(), before);
 }
@@ -176,7 +176,7 @@ TEST(socket_walk, gives_up_and_keeps_the_socket_that_cannot_be_made_non_blocking
     const auto before = open_descriptors();
     scripted_calls calls;
     calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(system_call::ioctl, ENOTTY);
-    const captured_log log;
+    const log_capture log;
     const auto opened = open_bound_socket("127.0.0.1", "0");
     EXPECT_EQ(opened.status, socket_status::os_error);
     EXPECT_EQ(opened.socket, invalid_socket);
@@ -225,7 +225,7 @@ TEST(socket_numbers, that_cannot_be_moved_up_count_as_no_socket) {
     const auto before = open_descriptors();
     scripted_calls calls;
     calls.fail(system_call::fcntl, EMFILE);
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(open_bound_socket("127.0.0.1", "54321").status, socket_status::unavailable);
     EXPECT_THAT(log.lines(), ElementsAre("WARNING no valid interface to bind '127.0.0.1:54321'"));
     EXPECT_EQ(open_descriptors(), before);
@@ -255,7 +255,7 @@ TEST(socket_resolver, is_asked_for_any_address_of_the_service_that_speaks_udp) {
 }
 
 TEST(socket_resolver, reports_its_failure_with_its_own_text) {
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(resolve_address("127.0.0.1", "no-such-port").status, socket_status::os_error);
     EXPECT_EQ(open_bound_socket("127.0.0.1", "no-such-port").status, socket_status::os_error);
     const std::string line =
@@ -267,7 +267,7 @@ TEST(socket_resolver, reports_its_failure_with_its_own_text) {
 TEST(socket_resolver, reports_the_systems_text_where_the_system_failed) {
     scripted_calls calls;
     calls.fail_resolver(system_call::getaddrinfo, EAI_SYSTEM, ENFILE);
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(resolve_address("localhost", "54320").status, socket_status::os_error);
     calls.fail_resolver(system_call::getaddrinfo, EAI_SYSTEM, ENFILE);
     const auto opened = open_bound_socket("localhost", "54321");
@@ -282,7 +282,7 @@ TEST(socket_resolver, reports_the_systems_text_where_the_system_failed) {
 TEST(socket_resolver, reports_that_it_found_nothing) {
     scripted_calls calls;
     calls.resolve_to_nothing();
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(resolve_address("localhost", "54320").status, socket_status::os_error);
     EXPECT_THAT(log.lines(), ElementsAre("WARNING unable to find a valid address for 'localhost:54320'"));
 }
@@ -303,7 +303,7 @@ TEST(socket_close, forgets_the_handle_also_when_the_system_refuses) {
     {
         scripted_calls calls;
         calls.fail(system_call::close, EIO);
-        const captured_log log;
+        const log_capture log;
         close_socket(opened.socket);
         EXPECT_EQ(calls.count(system_call::close), 1);
         EXPECT_THAT(log.lines(), IsEmpty());

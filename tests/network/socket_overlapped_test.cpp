@@ -2,7 +2,7 @@
 #include "network/loopback.hpp"
 #include "network/socket_shared.hpp"
 #include "support/buffered_record.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
@@ -102,7 +102,7 @@ TEST_P(overlapped_receive, waits_without_limit_for_0_ns) {
 }
 
 TEST_P(overlapped_receive, looks_once_for_less_than_a_millisecond) {
-    const captured_log log;
+    const log_capture log;
     arm();
     const scripted_calls calls;
     EXPECT_EQ(wait(999'999), socket_status::would_block);
@@ -126,7 +126,7 @@ TEST_P(overlapped_receive, looks_once_for_a_time_in_the_past) {
 }
 
 TEST_P(overlapped_receive, waits_one_millisecond_for_one_and_a_half) {
-    const captured_log log;
+    const log_capture log;
     arm();
     const scripted_calls calls;
     EXPECT_EQ(wait(1'500'000), socket_status::timeout);
@@ -156,7 +156,7 @@ TEST_P(overlapped_receive, keeps_its_deadline_through_signals) {
 }
 
 TEST_P(overlapped_receive, runs_its_whole_time_although_an_earlier_datagram_was_refused) {
-    const captured_log log;
+    const log_capture log;
     provoke_refusal(socket, GetParam());
     arm();
     const scripted_calls calls;
@@ -167,7 +167,7 @@ TEST_P(overlapped_receive, runs_its_whole_time_although_an_earlier_datagram_was_
 }
 
 TEST_P(overlapped_receive, runs_its_whole_time_although_a_datagram_is_refused_during_the_wait) {
-    const captured_log log;
+    const log_capture log;
     arm();
     scripted_calls calls;
     calls.before(system_call::ppoll, 1, [this] { provoke_refusal(socket, GetParam()); });
@@ -198,7 +198,7 @@ TEST_P(overlapped_receive, is_not_refused_by_a_single_look) {
 }
 
 TEST_P(overlapped_receive, drops_a_datagram_larger_than_the_room) {
-    const captured_log log;
+    const log_capture log;
     send(std::vector<std::uint8_t>(2049, 1));
     arm();
     EXPECT_EQ(wait(patience_ns), socket_status::os_error);
@@ -209,7 +209,7 @@ TEST_P(overlapped_receive, drops_a_datagram_larger_than_the_room) {
 }
 
 TEST_P(overlapped_receive, logs_a_failed_receive) {
-    const captured_log log;
+    const log_capture log;
     arm();
     scripted_calls calls;
     calls.fail(system_call::recvfrom, EIO);
@@ -219,7 +219,7 @@ TEST_P(overlapped_receive, logs_a_failed_receive) {
 }
 
 TEST_P(overlapped_receive, logs_a_failed_wait) {
-    const captured_log log;
+    const log_capture log;
     arm();
     scripted_calls calls;
     calls.fail(system_call::ppoll, ENOMEM);
@@ -229,7 +229,7 @@ TEST_P(overlapped_receive, logs_a_failed_wait) {
 }
 
 TEST_P(overlapped_receive, fails_when_the_error_queue_cannot_be_read) {
-    const captured_log log;
+    const log_capture log;
     const std::string line =
         "WARNING message: unable to get overlapped IO result with code: Input/output error";
     arm();
@@ -251,14 +251,14 @@ TEST_P(overlapped_receive, fails_when_the_error_queue_cannot_be_read) {
 }
 
 TEST_P(overlapped_receive, cannot_be_armed_on_a_closed_socket) {
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(recv_packet_overlapped(invalid_socket, record), socket_status::os_error);
     EXPECT_THAT(log.lines(),
                 ElementsAre("WARNING message: unable to recv packet with code: Bad file descriptor"));
 }
 
 TEST_P(overlapped_receive, fails_on_a_socket_that_was_closed_meanwhile) {
-    const captured_log log;
+    const log_capture log;
     arm();
     socket.close();
     EXPECT_EQ(wait(patience_ns), socket_status::os_error);

@@ -1,7 +1,7 @@
 // The non-blocking receive.
 #include "network/loopback.hpp"
 #include "support/buffered_record.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 
 #include <cerrno>
@@ -40,7 +40,7 @@ class socket_receive : public loopback_test {
 INSTANTIATE_TEST_SUITE_P(families, socket_receive, testing::ValuesIn(loopback_hosts()), family_name);
 
 TEST_P(socket_receive, with_nothing_waiting_would_block_and_logs_nothing) {
-    const captured_log log;
+    const log_capture log;
     const scripted_calls calls;
     EXPECT_EQ(receive(), socket_status::would_block);
     EXPECT_EQ(record.from_length, 128);
@@ -91,7 +91,7 @@ TEST_P(socket_receive, drops_a_datagram_larger_than_the_room) {
     leave_20_bytes_unread();
     deliver(std::vector<std::uint8_t>(2029, 0x5A));
     deliver({77});
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(receive(), socket_status::os_error);
     EXPECT_THAT(log.lines(), ElementsAre(too_long));
     EXPECT_EQ(record.buffer.read_len(), 20U);
@@ -108,7 +108,7 @@ TEST_P(socket_receive, takes_2048_bytes_and_no_more) {
     ASSERT_EQ(receive(), socket_status::ok);
     EXPECT_EQ(record.buffer.read_len(), 2048U);
     record.buffer.reset();
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(receive(), socket_status::os_error);
     EXPECT_THAT(log.lines(), ElementsAre(too_long));
     EXPECT_EQ(record.buffer.read_len(), 0U);
@@ -117,7 +117,7 @@ TEST_P(socket_receive, takes_2048_bytes_and_no_more) {
 TEST_P(socket_receive, drops_a_datagram_that_meets_a_full_buffer) {
     record.buffer.write_position = 2048;
     deliver({1});
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(receive(), socket_status::os_error);
     EXPECT_THAT(log.lines(), ElementsAre(too_long));
     EXPECT_EQ(record.buffer.read_len(), 2048U);
@@ -125,7 +125,7 @@ TEST_P(socket_receive, drops_a_datagram_that_meets_a_full_buffer) {
 
 TEST_P(socket_receive, after_a_send_to_a_closed_port_is_connection_reset_once) {
     provoke_refusal(socket, GetParam());
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(receive(), socket_status::connection_reset);
     EXPECT_EQ(socket.state(), 0) << "a wait on this socket would spin";
     EXPECT_EQ(receive(), socket_status::would_block);
@@ -171,7 +171,7 @@ TEST_P(socket_receive, drains_the_error_queue_in_spite_of_signals) {
 
 TEST_P(socket_receive, is_a_reset_also_when_the_error_queue_cannot_be_read) {
     provoke_refusal(socket, GetParam());
-    const captured_log log;
+    const log_capture log;
     scripted_calls calls;
     calls.fail(system_call::recvmsg, EIO);
     EXPECT_EQ(receive(), socket_status::connection_reset);
@@ -186,7 +186,7 @@ TEST_P(socket_receive, takes_a_reset_connection_for_a_reset) {
 
 TEST_P(socket_receive, logs_any_other_failure) {
     leave_20_bytes_unread();
-    const captured_log log;
+    const log_capture log;
     scripted_calls calls;
     calls.fail(system_call::recvfrom, EIO);
     EXPECT_EQ(receive(), socket_status::os_error);
@@ -197,7 +197,7 @@ TEST_P(socket_receive, logs_any_other_failure) {
 
 TEST_P(socket_receive, logs_a_closed_socket) {
     socket.close();
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(receive(), socket_status::os_error);
     EXPECT_THAT(log.lines(),
                 ElementsAre("WARNING message: unable to recv packet with code: Bad file descriptor"));

@@ -1,7 +1,7 @@
 // Sending one datagram.
 #include "network/loopback.hpp"
 #include "support/buffered_record.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 
 #include <cerrno>
@@ -56,7 +56,7 @@ TEST_P(socket_send, delivers_a_datagram_although_an_earlier_one_was_refused) {
     const loopback_socket receiver(GetParam());
     provoke_refusal(sender, GetParam());
     auto packet = buffer_of({7, 8});
-    const captured_log log;
+    const log_capture log;
     const scripted_calls calls;
     EXPECT_EQ(send_packet(sender.handle(), packet, receiver.address()), socket_status::ok);
     EXPECT_EQ(calls.count(system_call::sendto), 2);
@@ -89,7 +89,7 @@ class socket_send_failure : public testing::Test {
     loopback_socket sender{"127.0.0.1"};
     loopback_socket receiver{"127.0.0.1"};
     byte_buffer packet{buffer_of({1, 2, 3})};
-    captured_log log;
+    log_capture log;
     scripted_calls calls;
 };
 

@@ -1,7 +1,7 @@
 // Addresses and errors as text.
 #include "network/loopback.hpp"
 #include "network/socket_shared.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 
 #include <cerrno>
@@ -42,7 +42,7 @@ constexpr const char* address_failure = "WARNING message: unable to stringify th
 constexpr const char* socket_failure = "WARNING message: unable to stringify the handle/socket with code: ";
 
 TEST(address_text, of_ipv4_is_16_characters_with_its_final_zero) {
-    const captured_log log;
+    const log_capture log;
     const std::string text = stringify_addr(ipv4_loopback(54321));
     EXPECT_EQ(text.size(), 16U);
     EXPECT_EQ(text, std::string("127.0.0.1:54321\0", 16));
@@ -66,7 +66,7 @@ TEST(address_text, of_port_0_keeps_the_port) {
 }
 
 TEST(address_text, of_another_family_is_empty) {
-    const captured_log log;
+    const log_capture log;
     endpoint address = ipv4_loopback(54321);
     address.address.bytes[0] = std::byte{1};
     EXPECT_EQ(stringify_addr(address), "");
@@ -76,7 +76,7 @@ TEST(address_text, of_another_family_is_empty) {
 }
 
 TEST(address_text, of_an_impossible_length_is_empty) {
-    const captured_log log;
+    const log_capture log;
     endpoint address = ipv4_loopback(54321);
     for (const std::int32_t length : {-1, 129}) {
         address.length = length;
@@ -87,7 +87,7 @@ TEST(address_text, of_an_impossible_length_is_empty) {
 }
 
 TEST(address_text, of_a_cut_address_is_empty) {
-    const captured_log log;
+    const log_capture log;
     endpoint address = ipv6_loopback(54321);
     address.length = 16;
     EXPECT_EQ(stringify_addr(address), "");
@@ -95,7 +95,7 @@ TEST(address_text, of_a_cut_address_is_empty) {
 }
 
 TEST(address_text, that_the_system_cannot_make_is_empty) {
-    const captured_log log;
+    const log_capture log;
     scripted_calls calls;
     calls.fail_resolver(system_call::getnameinfo, EAI_SYSTEM, ENOMEM);
     EXPECT_EQ(stringify_addr(ipv4_loopback(54321)), "");
@@ -106,21 +106,21 @@ TEST(address_text, that_the_system_cannot_make_is_empty) {
 }
 
 TEST(socket_text, is_that_of_its_local_address) {
-    const captured_log log;
+    const log_capture log;
     const loopback_socket socket("127.0.0.1");
     EXPECT_EQ(stringify_socket(socket.handle()), "127.0.0.1:" + socket.port() + '\0');
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST(socket_text, of_the_invalid_handle_is_empty) {
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(stringify_socket(invalid_socket), "");
     EXPECT_THAT(log.lines(), ElementsAre(std::string(socket_failure) + "Bad file descriptor"));
 }
 
 TEST(socket_text, of_a_socket_whose_address_is_refused_is_empty) {
     const loopback_socket socket("127.0.0.1");
-    const captured_log log;
+    const log_capture log;
     scripted_calls calls;
     calls.fail(system_call::getsockname, ENOBUFS);
     EXPECT_EQ(stringify_socket(socket.handle()), "");
@@ -129,7 +129,7 @@ TEST(socket_text, of_a_socket_whose_address_is_refused_is_empty) {
 
 TEST(socket_text, that_the_system_cannot_make_is_empty_after_one_line) {
     const loopback_socket socket("127.0.0.1");
-    const captured_log log;
+    const log_capture log;
     scripted_calls calls;
     calls.fail_resolver(system_call::getnameinfo, EAI_SYSTEM, ENOMEM);
     EXPECT_EQ(stringify_socket(socket.handle()), "");

@@ -1,7 +1,7 @@
 // Waiting on several sockets.
 #include "network/loopback.hpp"
 #include "support/buffered_record.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
@@ -83,7 +83,7 @@ TEST_P(wait_for_several, bears_a_deadline_at_the_end_of_time) {
 }
 
 TEST_P(wait_for_several, ends_early_and_quietly_with_a_signal) {
-    const captured_log log;
+    const log_capture log;
     scripted_calls calls;
     calls.fail(system_call::ppoll, EINTR);
     EXPECT_FALSE(wait(patience_ns));
@@ -92,7 +92,7 @@ TEST_P(wait_for_several, ends_early_and_quietly_with_a_signal) {
 }
 
 TEST_P(wait_for_several, logs_a_failure) {
-    const captured_log log;
+    const log_capture log;
     scripted_calls calls;
     calls.fail(system_call::ppoll, ENOMEM);
     EXPECT_FALSE(wait(patience_ns));

@@ -69,7 +69,7 @@ TEST_F(failing_handshake, hands_port_texts_of_256_characters_to_the_system) {
     EXPECT_EQ(connect_ports(no_port, service.port(), patient_timeout_ns), vantu_orvanta_unexpected_error);
     auto lines = log.take();
     ASSERT_EQ(lines.size(), 1U);
-    EXPECT_EQ(lines[0].level, warning_level);
+    EXPECT_EQ(lines[0].level, log_level::warning);
     EXPECT_THAT(lines[0].message, testing::StartsWith("message: unable to getaddrinfo for 'localhost:" +
                                                       no_port + "' with code: "));
     EXPECT_EQ(connect_ports("0", no_port, patient_timeout_ns), vantu_orvanta_unexpected_error);
@@ -83,7 +83,7 @@ TEST_F(failing_handshake, gives_5_when_the_local_port_is_taken) {
     EXPECT_EQ(connect_ports(holder.port(), service.port(), patient_timeout_ns),
               vantu_orvanta_socket_bind_failed);
     EXPECT_THAT(log.take(), ElementsAre(testing::AllOf(
-                                testing::Field(&log_line::level, warning_level),
+                                testing::Field(&log_line::level, log_level::warning),
                                 testing::Field(&log_line::message, "no valid interface to bind 'localhost:" +
                                                                        holder.port() + "'"))));
     expect_usable();
@@ -161,8 +161,9 @@ TEST_F(failing_handshake, gives_6_when_the_datagram_ends_after_a_notice) {
 TEST_F(failing_handshake, logs_an_operation_that_has_no_place_in_a_reply) {
     EXPECT_EQ(code_of_reply(datagram({op(33, 0, filled(28, 0)), op(4, 0, u64(1))})),
               vantu_orvanta_protocol_parse_failed);
-    EXPECT_THAT(log.take(), ElementsAre(log_line{warning_level, "hardware-api-service/src/runtime/lib", 1082,
-                                                 "vantu_orvanta_connect_ports cannot handle op [0x21]"}));
+    EXPECT_THAT(log.take(),
+                ElementsAre(log_line{log_level::warning, "hardware-api-service/src/runtime/lib", 1082,
+                                     "vantu_orvanta_connect_ports cannot handle op [0x21]"}));
     EXPECT_EQ(code_of_reply(datagram({op(2, 0)})), vantu_orvanta_protocol_parse_failed);
     EXPECT_THAT(log.take_messages(), ElementsAre("vantu_orvanta_connect_ports cannot handle op [0x2]"));
     EXPECT_EQ(code_of_reply(datagram({op(255, 0)})), vantu_orvanta_protocol_parse_failed);

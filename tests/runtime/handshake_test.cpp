@@ -89,7 +89,7 @@ TEST_F(handshake, logs_one_whole_line_with_ids_and_addresses) {
     connect();
     const auto lines = log.take();
     ASSERT_EQ(lines.size(), 1U);
-    EXPECT_EQ(lines[0].level, info_level);
+    EXPECT_EQ(lines[0].level, log_level::info);
     EXPECT_EQ(lines[0].message, "Connected: cid[1234605616436508552], pid:[" + std::to_string(getpid()) +
                                     "], client addr:[" + service.last_sender() +
                                     "] -> service addr:" + service.address_text());

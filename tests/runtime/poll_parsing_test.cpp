@@ -28,8 +28,8 @@ class poll_parsing : public testing::Test {
 
     void expect_rejected(const bytes& datagram, std::uint64_t line, const char* message) {
         EXPECT_EQ(code_of(datagram), vantu_orvanta_protocol_parse_failed);
-        EXPECT_THAT(log.take(),
-                    ElementsAre(log_line{info_level, "hardware-api-service/src/runtime/lib", line, message}));
+        EXPECT_THAT(log.take(), ElementsAre(log_line{log_level::info, "hardware-api-service/src/runtime/lib",
+                                                     line, message}));
     }
 
     void expect_event(std::uint32_t type) {
@@ -227,7 +227,7 @@ TEST_F(poll_parsing, gives_1_and_a_warning_for_a_larger_datagram_and_drops_it) {
             << spare;
         const auto lines = log.take();
         ASSERT_EQ(lines.size(), 1U);
-        EXPECT_EQ(lines[0].level, warning_level);
+        EXPECT_EQ(lines[0].level, log_level::warning);
         EXPECT_THAT(lines[0].message, testing::StartsWith("message: unable to recv packet with code: "));
     }
     session.service.push(datagram({op(2, 1)}));

@@ -28,7 +28,7 @@ class port_walk : public testing::Test {
         std::vector<std::string> result;
         for (const log_line& line : log.take()) {
             if (line.message.rfind("Attempted", 0) == 0) {
-                EXPECT_EQ(line.level, info_level);
+                EXPECT_EQ(line.level, log_level::info);
                 result.push_back(line.message);
             }
         }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "network/socket.hpp"
-#include "support/captured_log.hpp"
+#include "support/log_capture.hpp"
 #include "support/open_handles.hpp"
 #include "support/winsock_calls.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"

@@ -24,7 +24,7 @@ int option_of(socket_handle socket, int option) {
 }
 
 TEST(winsock_open, gives_a_non_blocking_socket_that_children_do_not_inherit) {
-    const captured_log log;
+    const log_capture log;
     auto opened = open_bound_socket("127.0.0.1", "0");
     ASSERT_EQ(opened.status, socket_status::ok);
     char byte = 0;
@@ -52,7 +52,7 @@ TEST(winsock_open, takes_the_port_for_itself_alone_and_asks_for_a_receive_buffer
 TEST(winsock_open, takes_a_socket_that_grants_no_option) {
     scripted_winsock calls;
     calls.fail(winsock_call::setsockopt, WSAENOPROTOOPT, 1, scripted_winsock::always);
-    const captured_log log;
+    const log_capture log;
     auto opened = open_bound_socket("127.0.0.1", "0");
     EXPECT_EQ(opened.status, socket_status::ok);
     EXPECT_EQ(calls.count(winsock_call::setsockopt), 2);
@@ -64,7 +64,7 @@ TEST(winsock_open, reports_a_port_that_is_taken) {
     const loopback_socket holder;
     const auto open_taken_port = [&holder] {
         const scripted_winsock calls;
-        const captured_log log;
+        const log_capture log;
         const auto opened = open_bound_socket("127.0.0.1", holder.port());
         EXPECT_EQ(opened.status, socket_status::unavailable);
         EXPECT_EQ(opened.socket, invalid_socket);
@@ -89,7 +89,7 @@ TEST(winsock_walk, closes_every_socket_that_cannot_be_bound) {
     const auto open_taken_ports = [] {
         scripted_winsock calls;
         calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(winsock_call::bind, WSAEADDRINUSE, 1, 2);
-        const captured_log log;
+        const log_capture log;
         EXPECT_EQ(open_bound_socket("somewhere", "54321").status, socket_status::unavailable);
         EXPECT_THAT(log.lines(), ElementsAre("WARNING no valid interface to bind 'somewhere:54321'"));
         EXPECT_EQ(calls.count(winsock_call::open), 2);
@@ -103,7 +103,7 @@ TEST(winsock_walk, takes_the_next_address_when_the_first_has_no_socket_or_cannot
     for (const winsock_call failing : {winsock_call::open, winsock_call::bind}) {
         scripted_winsock calls;
         calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(failing, WSAENOBUFS);
-        const captured_log log;
+        const log_capture log;
         auto opened = open_bound_socket("somewhere", "0");
         ASSERT_EQ(opened.status, socket_status::ok);
         EXPECT_THAT(stringify_socket(opened.socket), StartsWith("127.0.0.2:"));
@@ -113,7 +113,7 @@ TEST(winsock_walk, takes_the_next_address_when_the_first_has_no_socket_or_cannot
 }
 
 TEST(winsock_walk, is_unavailable_when_there_is_no_socket_or_no_address) {
-    const captured_log log;
+    const log_capture log;
     {
         scripted_winsock calls;
         calls.fail(winsock_call::open, WSAEMFILE, 1, scripted_winsock::always);
@@ -134,7 +134,7 @@ TEST(winsock_walk, gives_up_and_keeps_the_socket_that_cannot_be_made_non_blockin
     const auto open_blocking_socket = [] {
         scripted_winsock calls;
         calls.resolve_to({"127.0.0.1", "127.0.0.2"}).fail(winsock_call::ioctl, WSAENETDOWN);
-        const captured_log log;
+        const log_capture log;
         const auto opened = open_bound_socket("127.0.0.1", "0");
         EXPECT_EQ(opened.status, socket_status::os_error);
         EXPECT_EQ(opened.socket, invalid_socket);
@@ -174,7 +174,7 @@ TEST(winsock_resolver, is_asked_for_any_address_of_the_service_that_speaks_udp) 
 TEST(winsock_resolver, reports_its_failure_with_the_systems_text) {
     scripted_winsock calls;
     calls.fail(winsock_call::getaddrinfo, WSAHOST_NOT_FOUND, 1, 2);
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(resolve_address("localhost", "54320").status, socket_status::os_error);
     EXPECT_EQ(open_bound_socket("localhost", "54321").status, socket_status::os_error);
     EXPECT_THAT(log.lines(), ElementsAre(unable_to_resolve_line("localhost:54320", WSAHOST_NOT_FOUND),
@@ -184,7 +184,7 @@ TEST(winsock_resolver, reports_its_failure_with_the_systems_text) {
 TEST(winsock_resolver, reports_that_it_found_nothing) {
     scripted_winsock calls;
     calls.resolve_to_nothing();
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(resolve_address("localhost", "54320").status, socket_status::os_error);
     EXPECT_THAT(log.lines(), ElementsAre("WARNING unable to find a valid address for 'localhost:54320'"));
 }

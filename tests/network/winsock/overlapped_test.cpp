@@ -36,7 +36,7 @@ class winsock_overlapped : public testing::Test {
     loopback_socket peer;
     buffered_record record;
     std::int64_t elapsed_ns{0};
-    captured_log log;
+    log_capture log;
     scripted_winsock calls;
 };
 

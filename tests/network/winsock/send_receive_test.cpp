@@ -30,7 +30,7 @@ class winsock_send : public testing::Test {
     loopback_socket sender;
     loopback_socket receiver;
     byte_buffer packet{buffer_of({1, 2, 3})};
-    captured_log log;
+    log_capture log;
     scripted_winsock calls;
 };
 
@@ -168,7 +168,7 @@ class winsock_receive : public testing::Test {
     loopback_socket socket;
     loopback_socket peer;
     buffered_record record;
-    captured_log log;
+    log_capture log;
     scripted_winsock calls;
 };
 

@@ -35,7 +35,7 @@ endpoint ipv6_loopback(std::uint16_t port) {
 }
 
 TEST(winsock_address_text, of_ipv4_is_16_characters_with_its_final_zero) {
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(stringify_addr(ipv4_loopback(54321)), std::string("127.0.0.1:54321\0", 16));
     EXPECT_THAT(log.lines(), IsEmpty());
 }
@@ -45,7 +45,7 @@ TEST(winsock_address_text, of_ipv6_stands_in_brackets) {
 }
 
 TEST(winsock_address_text, that_the_system_cannot_make_is_empty) {
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(stringify_addr(endpoint{}), "");
     scripted_winsock calls;
     calls.fail(winsock_call::address_to_text, WSAEFAULT);
@@ -56,7 +56,7 @@ TEST(winsock_address_text, that_the_system_cannot_make_is_empty) {
 }
 
 TEST(winsock_socket_text, is_that_of_its_local_address) {
-    const captured_log log;
+    const log_capture log;
     const loopback_socket socket;
     EXPECT_EQ(stringify_socket(socket.handle()), "127.0.0.1:" + socket.port() + '\0');
     EXPECT_THAT(log.lines(), IsEmpty());
@@ -64,7 +64,7 @@ TEST(winsock_socket_text, is_that_of_its_local_address) {
 
 TEST(winsock_socket_text, that_the_system_cannot_make_is_empty_after_one_line) {
     const loopback_socket socket;
-    const captured_log log;
+    const log_capture log;
     EXPECT_EQ(stringify_socket(invalid_socket), "");
     scripted_winsock calls;
     calls.fail(winsock_call::getsockname, WSAENOBUFS);
@@ -107,7 +107,7 @@ TEST(winsock_error, has_a_text_under_this_system_for_every_status_that_is_logged
 }
 
 TEST(winsock_startup, asks_for_winsock_and_logs_nothing) {
-    const captured_log log;
+    const log_capture log;
     const scripted_winsock calls;
     socket_startup();
     EXPECT_EQ(calls.count(winsock_call::startup), 1);

@@ -25,7 +25,7 @@ class winsock_wait : public testing::Test {
     loopback_socket first;
     loopback_socket second;
     loopback_socket peer;
-    captured_log log;
+    log_capture log;
     scripted_winsock calls;
 };
 
