@@ -19,19 +19,45 @@ bool is_connect_request(const bytes& datagram) {
     return datagram.size() > 7 && datagram[7] == 3;
 }
 
-udp_socket socket_at(const std::string& port) {
-    std::optional<udp_socket> socket = udp_socket::bound_to("localhost", port);
-    if (!socket) {
-        throw std::runtime_error("port " + port + " cannot be had");
+// One socket a host on the same port; none when the port is taken for one of them.
+std::vector<udp_socket> sockets_at(const std::string& port, const std::vector<std::string>& hosts) {
+    std::vector<udp_socket> sockets;
+    for (const std::string& host : hosts) {
+        std::optional<udp_socket> socket =
+            udp_socket::bound_to(host, sockets.empty() ? port : sockets.front().port());
+        if (socket) {
+            sockets.push_back(std::move(*socket));
+        } else if (udp_socket::bound_to(host, "0")) {
+            return {};
+        }
     }
-    return std::move(*socket);
+    return sockets;
+}
+
+std::vector<udp_socket> awaited_sockets(const std::string& port, const std::vector<std::string>& hosts) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    for (;;) {
+        std::vector<udp_socket> sockets = sockets_at(port, hosts);
+        if (!sockets.empty()) {
+            return sockets;
+        }
+        if (std::chrono::steady_clock::now() > deadline) {
+            throw std::runtime_error("port " + port + " cannot be had");
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 } // namespace
 
 scripted_service::scripted_service(const std::string& port)
-    : socket_(socket_at(port)), wake_(socket_at("0")), port_(socket_->port()),
-      address_text_(text_of_address(socket_->address())) {
+    : scripted_service(port, {"localhost"}, nullptr) {}
+
+scripted_service::scripted_service(const std::string& port, const std::vector<std::string>& hosts,
+                                   responder everybody)
+    : sockets_(awaited_sockets(port, hosts)), wake_(std::move(awaited_sockets("0", {"localhost"}).front())),
+      port_(sockets_.front().port()), address_text_(text_of_address(sockets_.front().address())),
+      responder_(std::move(everybody)), to_everybody_(responder_ != nullptr) {
     thread_ = std::thread([this] { serve(); });
 }
 
@@ -78,7 +104,7 @@ void scripted_service::push(const bytes& datagram) {
         ADD_FAILURE() << "no client has connected";
         return;
     }
-    EXPECT_TRUE(socket_ && socket_->send(datagram, *client_));
+    EXPECT_TRUE(!sockets_.empty() && client_->socket->send(datagram, client_->address));
 }
 
 void scripted_service::close() {
@@ -87,12 +113,12 @@ void scripted_service::close() {
         thread_.join();
     }
     const std::lock_guard lock(mutex_);
-    socket_.reset();
+    sockets_.clear();
 }
 
 bool scripted_service::closed() const {
     const std::lock_guard lock(mutex_);
-    return !socket_;
+    return sockets_.empty();
 }
 
 bytes scripted_service::last_datagram() const {
@@ -112,35 +138,44 @@ std::vector<std::chrono::steady_clock::time_point> scripted_service::keep_alives
 
 // Ends when woken, after it has taken everything that had come by then.
 void scripted_service::serve() {
+    std::vector<const udp_socket*> watched;
+    for (const udp_socket& socket : sockets_) {
+        watched.push_back(&socket);
+    }
+    watched.push_back(&wake_);
     for (;;) {
-        const std::vector<bool> ready = udp_socket::wait({&*socket_, &wake_});
-        if (ready[0]) {
-            receive_one();
-        } else if (ready[1]) {
+        const std::vector<bool> ready = udp_socket::wait(watched);
+        bool received = false;
+        for (std::size_t i = 0; i + 1 < ready.size(); ++i) {
+            if (ready[i]) {
+                receive_one(*watched[i]);
+                received = true;
+            }
+        }
+        if (!received && ready.back()) {
             return;
         }
     }
 }
 
-void scripted_service::receive_one() {
-    const std::optional<udp_datagram> datagram = socket_->receive();
+void scripted_service::receive_one(const udp_socket& socket) {
+    const std::optional<udp_datagram> datagram = socket.receive();
     if (!datagram) {
         return;
     }
     // Sent before the notice that the step is done: the answers are there when a waiting test goes on.
     const std::lock_guard lock(mutex_);
-    for (const bytes& reply : take(*datagram)) {
-        EXPECT_TRUE(socket_->send(reply, datagram->from));
+    for (const bytes& reply : take(datagram->content, {&socket, datagram->from})) {
+        EXPECT_TRUE(socket.send(reply, datagram->from));
     }
     changed_.notify_all();
 }
 
-std::vector<bytes> scripted_service::take(const udp_datagram& received) {
-    const bytes& datagram = received.content;
-    if (is_connect_request(datagram)) {
-        client_ = received.from;
-    } else if (!client_ || *client_ != received.from) {
-        ADD_FAILURE() << "a datagram came from a stranger, " << text_of_address(received.from) << ": "
+std::vector<bytes> scripted_service::take(const bytes& datagram, const peer& from) {
+    if (to_everybody_ || is_connect_request(datagram)) {
+        client_ = from;
+    } else if (!client_ || *client_ != from) {
+        ADD_FAILURE() << "a datagram came from a stranger, " << text_of_address(from.address) << ": "
                       << hex(datagram);
         return {};
     }
@@ -151,12 +186,12 @@ std::vector<bytes> scripted_service::take(const udp_datagram& received) {
     }
     if (!script_.empty() && compared == script_.front().expected) {
         last_datagram_ = datagram;
-        last_sender_ = text_of_address(received.from);
+        last_sender_ = text_of_address(from.address);
         step met = std::move(script_.front());
         script_.pop_front();
         return met.answers;
     }
-    if (datagram == keep_alive()) {
+    if (datagram == keep_alive() && !to_everybody_) {
         keep_alives_.push_back(std::chrono::steady_clock::now());
         return {};
     }

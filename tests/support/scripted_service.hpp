@@ -19,15 +19,20 @@
 
 namespace orvanta_tests {
 
-// Listens on the first address of localhost, on a port of its own. Every datagram must be the next one of the
-// script and come from the client that connected last; anything else, and a script that is not played to its
-// end, fails the test. Keep-alives outside the script are only counted: when they come depends on the
-// machine.
+// Every datagram must be the next one of the script and come from the client that connected last; anything
+// else, and a script that is not played to its end, fails the test. Keep-alives outside the script are only
+// counted: when they come depends on the machine.
 class scripted_service {
   public:
     using responder = std::function<std::vector<bytes>(const bytes& request)>;
 
+    // Listens on the first address of localhost; port "0": any. Waits for a port that a killed program still
+    // gives back; throws std::runtime_error when it stays taken.
     explicit scripted_service(const std::string& port = "0");
+    // The same on each of the hosts, on one port; those of a family that the machine lacks are left out.
+    // Every datagram goes to the responder, keep-alives included, whoever sends it: the client is the one
+    // heard last.
+    scripted_service(const std::string& port, const std::vector<std::string>& hosts, responder everybody);
     ~scripted_service();
     scripted_service(const scripted_service&) = delete;
     scripted_service& operator=(const scripted_service&) = delete;
@@ -63,13 +68,18 @@ class scripted_service {
         bool any_tag{false};
         std::vector<bytes> answers;
     };
+    struct peer {
+        const udp_socket* socket;
+        udp_address address;
+        bool operator==(const peer&) const = default;
+    };
 
     void serve();
-    void receive_one();
-    [[nodiscard]] std::vector<bytes> take(const udp_datagram& received);
+    void receive_one(const udp_socket& socket);
+    [[nodiscard]] std::vector<bytes> take(const bytes& datagram, const peer& from);
 
-    std::optional<udp_socket> socket_; // the thread's alone, but for push
-    udp_socket wake_;                  // a datagram to itself ends the thread
+    std::vector<udp_socket> sockets_; // the thread's alone, but for push
+    udp_socket wake_;                 // a datagram to itself ends the thread
     std::string port_;
     std::string address_text_;
 
@@ -77,7 +87,8 @@ class scripted_service {
     std::condition_variable changed_;
     std::deque<step> script_;
     responder responder_;
-    std::optional<udp_address> client_;
+    const bool to_everybody_;
+    std::optional<peer> client_;
     bytes last_datagram_;
     std::string last_sender_;
     std::vector<std::chrono::steady_clock::time_point> keep_alives_;
