@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <map>
 
+namespace orvanta_tests {
 namespace {
 
 using vantu::orvanta::service_status_message;
@@ -36,3 +37,4 @@ TEST(protocol_document, has_the_text_of_every_service_status_and_no_other) {
 }
 
 } // namespace
+} // namespace orvanta_tests

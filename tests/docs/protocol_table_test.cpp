@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::communication;
@@ -72,3 +73,4 @@ TEST(protocol_document, spells_the_keep_alive_row_as_the_wire_has_it) {
 }
 
 } // namespace
+} // namespace orvanta_tests

@@ -1,10 +1,10 @@
 // The client library and a simulation with faults, on real sockets in one process.
 #include "faults/fault_fixture.hpp"
 
-#include "faults/fault_fixture.hpp"
 #include "faults/system_text.hpp"
 #include "simulator/service/motion.hpp"
 #include "simulator/simulation/verbs.hpp"
+#include "support/library_sockets.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
@@ -22,6 +22,8 @@ using namespace vantu::orvanta::simulator;
 using library_client = vantu::orvanta::client; // the simulator has a record of that name
 
 namespace {
+
+const started_sockets sockets_of_the_program;
 
 constexpr std::int64_t state_period_ns = 10 * ns_per_millisecond;
 // More polls than a flood of the tables has datagrams: one that means nothing looks like none at all.

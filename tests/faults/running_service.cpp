@@ -3,6 +3,7 @@
 
 #include "network/socket.hpp"
 #include "simulator/simulation/verbs.hpp"
+#include "support/library_sockets.hpp"
 
 #include <gtest/gtest.h>
 
@@ -12,6 +13,8 @@ using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
 
 namespace {
+
+const started_sockets sockets_of_the_program;
 
 simulation_settings quiet_settings() {
     simulation_settings settings;

@@ -2,7 +2,7 @@
 // reports otherwise, throws nothing and keeps no descriptor. Only its log line may be missing.
 #include "network/loopback.hpp"
 #include "runtime/allocation_trap.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 #include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 #include "support/traps.hpp"

@@ -1,7 +1,7 @@
 // The receive with a time-out.
 #include "network/loopback.hpp"
 #include "network/socket_shared.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 #include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"

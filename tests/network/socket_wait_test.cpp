@@ -1,6 +1,6 @@
 // Waiting on several sockets.
 #include "network/loopback.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 #include "support/log_capture.hpp"
 #include "support/system_calls.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"

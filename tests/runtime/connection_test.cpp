@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+extern "C" int orvanta_c11_calls_without_a_connection(void);
+
 namespace {
 
 using namespace orvanta_tests;
@@ -148,6 +150,10 @@ TEST(sleep, lasts_at_least_its_duration) {
 
 TEST(sleep, returns_at_once_for_0) {
     EXPECT_EQ(vantu_orvanta_sleep(0), 0);
+}
+
+TEST(flat_api, is_compiled_as_c11_and_every_function_answers_there) {
+    EXPECT_EQ(orvanta_c11_calls_without_a_connection(), 0) << "the line of flat_api_c11.c that failed";
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Ten thousand receives that time out while the answer comes: each ends as what it is, and none writes
 // into a record that it has given back.
 #include "network/winsock/loopback.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <array>

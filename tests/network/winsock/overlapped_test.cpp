@@ -1,6 +1,6 @@
 // The overlapped receive: its outcomes, the news of closed ports, and the record that comes back.
 #include "network/winsock/loopback.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 
 #include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"

@@ -1,6 +1,6 @@
 // Sending one datagram and the non-blocking receive by Winsock.
 #include "network/winsock/loopback.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 
 #include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"

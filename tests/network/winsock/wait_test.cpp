@@ -1,6 +1,6 @@
 // Waiting on several sockets by Winsock's events.
 #include "network/winsock/loopback.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 
 #include "network/socket_shared.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"

@@ -2,7 +2,7 @@
 #include "network/socket.hpp"
 #include "simulator/fixtures/simulation_fixture.hpp"
 #include "simulator/fixtures/test_client.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 #include "vantu/orvanta/common/platform.hpp"
 #include "vantu/orvanta/simulator.hpp"

@@ -1,6 +1,6 @@
 // The simulation on real sockets, within the test's own process.
 #include "simulator/sockets/server.hpp"
-#include "support/buffered_record.hpp"
+#include "support/library_sockets.hpp"
 
 #include "simulator/fixtures/test_client.hpp"
 #include "vantu/orvanta/common/log.hpp"
