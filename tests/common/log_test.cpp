@@ -34,7 +34,7 @@ template <typename Action> written streams_during(Action action) {
     return streams;
 }
 
-// What a message looks like behind "INFO lib 1 MSG ", without the line feed.
+// A message as it stands after "INFO lib 1 MSG ", without the line feed.
 std::string printed(const std::string& message) {
     const written streams = streams_during([&] { log(log_level::info, "lib", 1, message); });
     EXPECT_EQ(streams.error, "");

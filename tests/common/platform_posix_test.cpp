@@ -1,4 +1,4 @@
-// What asking for precise sleeps changes in Linux.
+// Precise sleeps on Linux: the timer slack of a thread.
 #include "vantu/orvanta/common/platform.hpp"
 
 #include <gtest/gtest.h>

@@ -20,14 +20,14 @@ TEST(steady_clock, never_goes_back) {
     }
 }
 
-TEST(coarse_clock, is_never_ahead_of_the_steady_clock) {
+TEST(coarse_clock, is_never_later_than_the_steady_clock) {
     for (int i = 0; i < 1000; ++i) {
         const std::int64_t coarse = platform::coarse_now_ns();
         ASSERT_LE(coarse, platform::steady_now_ns());
     }
 }
 
-TEST(coarse_clock, is_behind_by_less_than_its_lag) {
+TEST(coarse_clock, is_earlier_by_less_than_its_lag) {
     for (int i = 0; i < 1000; ++i) {
         const std::int64_t steady = platform::steady_now_ns();
         ASSERT_GT(platform::coarse_now_ns(), steady - platform::coarse_clock_lag_ns);

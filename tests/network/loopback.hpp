@@ -56,7 +56,7 @@ class loopback_socket {
     [[nodiscard]] const vantu::orvanta::endpoint& address() const { return address_; }
     void close() { vantu::orvanta::close_socket(socket_); }
 
-    // What the system says of the socket right now: POLLIN, POLLERR.
+    // The socket's state by the system, right now: POLLIN, POLLERR.
     [[nodiscard]] int state() const {
         pollfd entry{descriptor(), POLLIN, 0};
         poll(&entry, 1, 0);

@@ -81,7 +81,7 @@ TEST_P(socket_open, resolves_a_numeric_address) {
     const bool is_ipv4 = GetParam() == "127.0.0.1";
     EXPECT_EQ(found.address.length,
               static_cast<std::int32_t>(is_ipv4 ? sizeof(sockaddr_in) : sizeof(sockaddr_in6)));
-    // The port stands in network order behind the family: 54321 is 0xD431.
+    // The port stands in network order after the family: 54321 is 0xD431.
     EXPECT_EQ(found.address.address.bytes[2], std::byte{0xD4});
     EXPECT_EQ(found.address.address.bytes[3], std::byte{0x31});
 }

@@ -83,7 +83,7 @@ TEST_P(overlapped_receive, takes_a_datagram_that_comes_during_the_wait) {
     EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(3));
 }
 
-TEST_P(overlapped_receive, appends_behind_what_is_unread) {
+TEST_P(overlapped_receive, appends_after_what_is_unread) {
     record.buffer.bytes[0] = std::byte{9};
     record.buffer.write_position = 1;
     send({4});

@@ -77,7 +77,7 @@ TEST_P(socket_receive, moves_the_unread_bytes_to_the_front) {
     EXPECT_EQ(record.buffer.bytes[19], std::byte{29});
 }
 
-TEST_P(socket_receive, fills_all_the_room_behind_the_unread_bytes) {
+TEST_P(socket_receive, fills_all_the_room_after_the_unread_bytes) {
     leave_20_bytes_unread();
     deliver(std::vector<std::uint8_t>(2028, 0x5A));
     ASSERT_EQ(receive(), socket_status::ok);
@@ -145,7 +145,7 @@ TEST_P(socket_receive, reports_several_refusals_as_one_reset) {
     EXPECT_EQ(socket.state(), 0);
 }
 
-TEST_P(socket_receive, keeps_what_waits_behind_a_reset) {
+TEST_P(socket_receive, keeps_what_waits_after_a_reset) {
     deliver({42});
     provoke_refusal(socket, GetParam());
     EXPECT_EQ(receive(), socket_status::connection_reset);

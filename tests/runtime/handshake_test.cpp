@@ -95,7 +95,7 @@ TEST_F(handshake, logs_one_whole_line_with_ids_and_addresses) {
                                     "] -> service addr:" + service.address_text());
 }
 
-TEST_F(handshake, takes_device_notices_ahead_of_the_acceptance_into_the_device_table) {
+TEST_F(handshake, takes_device_notices_before_the_acceptance_into_the_device_table) {
     service.expect(connect_request())
         .answer(
             datagram({device_listed(5, 1), op(23, 0, join({u32(5), counting(0x30, 8), {2}})),

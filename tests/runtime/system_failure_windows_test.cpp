@@ -126,7 +126,7 @@ TEST_F(a_connect, takes_the_answer_that_follows_the_report_of_a_closed_port) {
     service.expect(goodbye()).answer(goodbye_received());
 }
 
-TEST_F(a_connect, that_times_out_takes_its_receive_back_ahead_of_closing_its_socket) {
+TEST_F(a_connect, that_times_out_takes_its_receive_back_before_closing_its_socket) {
     service.respond_with([](const bytes&) { return std::vector<bytes>{}; });
     scripted_winsock calls;
     bool closed_first = false;

@@ -12,7 +12,7 @@
 
 namespace orvanta_tests {
 
-// What a failed assumption does in this program.
+// The effect of a failed assumption in this program.
 enum class assumptions : std::uint8_t {
     end_the_process, // what would bring one to fail is not tried
     throw_failed,    // one that fails throws failed_assumption

@@ -19,7 +19,7 @@ class difference : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// What an assumption of the library throws that fails, in the programs where it does not end the process.
+// A failed assumption of the library throws this in the programs where it does not end the process.
 class failed_assumption : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

@@ -247,7 +247,7 @@ class session {
         ++counts_.requests;
     }
 
-    // What was sent has the tag that it chose.
+    // A request that was sent has the tag that it chose.
     void check_request(int code, std::uint32_t device, packet expected) {
         std::vector<packet> sent = world_->sent();
         if (code == 0 && (device == 0 || !reader_.is_connected())) {

@@ -10,7 +10,7 @@
 
 namespace orvanta_tests {
 
-// What happened in sessions, to be added up.
+// The counts of a session, to be added up.
 struct session_counts {
     std::uint64_t connects{0};
     std::uint64_t polls{0};

@@ -300,7 +300,7 @@ int reference_reader::store(std::uint8_t code, std::uint32_t id, std::size_t bod
         if (device_octets* record = table.find(id); record != nullptr) {
             count_update(*record);
             if ((*record)[device_type] == 2) {
-                // Of a tail the first eight bytes; of a shorter one zeros after it.
+                // The first eight bytes of a tail; zeros follow a shorter one.
                 const std::size_t tail = std::min<std::size_t>(bytes_[body + 21], 8);
                 copy(*record, device_detail, 4, 18 + tail);
                 std::fill_n(record->begin() + device_detail + 18 + tail, 8 - tail, std::uint8_t{0});

@@ -24,7 +24,7 @@ struct field {
 [[nodiscard]] packet reference_datagram(std::uint8_t code, std::uint8_t tag,
                                         std::initializer_list<field> body);
 
-// What a client says of itself when it connects.
+// A client's introduction when it connects.
 struct reference_introduction {
     std::uint16_t value_a;
     std::uint16_t value_b;

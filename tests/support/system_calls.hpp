@@ -60,7 +60,7 @@ class scripted_calls {
     // Runs before the nth call (1: the next one).
     scripted_calls& before(system_call call, int nth, std::function<void()> action);
 
-    // What the last getaddrinfo was asked for.
+    // The hints of the last getaddrinfo.
     [[nodiscard]] resolver_hints hints() const;
 
     [[nodiscard]] int count(system_call call) const;

@@ -65,7 +65,7 @@ class scripted_winsock {
     // Runs before the nth call (1: the next one).
     scripted_winsock& before(winsock_call call, int nth, std::function<void()> action);
 
-    // What the last getaddrinfo was asked for.
+    // The hints of the last getaddrinfo.
     [[nodiscard]] resolver_hints hints() const;
 
     [[nodiscard]] int count(winsock_call call) const;

@@ -42,7 +42,7 @@ class child_process {
 
     // Waits for the program's end.
     ending wait();
-    // What was printed and not read yet; the rest of it after wait().
+    // The output that was not read yet; all that is left of it after wait().
     std::string rest() const { return printed_[0]; }
     std::string rest_of_errors() const { return printed_[1]; }
 

@@ -18,7 +18,7 @@ inline constexpr std::uint64_t second_ns = 1'000'000'000;
 
 class connected_client : public testing::Test {
   protected:
-    // Connects; the service packs the given operations ahead of its acceptance.
+    // Connects; the service puts the given operations before its acceptance, in one datagram.
     void connect_with(const std::string& operations) {
         service.accept_with(operations);
         vantu_orvanta_init();
@@ -39,7 +39,7 @@ class connected_client : public testing::Test {
         client.dispatch(event);
     }
 
-    // What came after the connect datagram, once that many datagrams have come.
+    // The datagrams after the connect request, once that many of them have come.
     datagrams requests(std::size_t count) {
         datagrams all = service.first_requests(connects_sent + count);
         all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(connects_sent));

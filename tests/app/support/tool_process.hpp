@@ -44,7 +44,7 @@ class tool_process {
     child_process program;
 
   private:
-    // What an exchange looks like to the one who types.
+    // An exchange as the one who types sees it.
     [[nodiscard]] std::string shown(std::string_view input, const std::string& expected) const;
 
     bool at_terminal_;

@@ -77,7 +77,7 @@ TEST(winsock_cancel_race, ends_every_receive_and_writes_into_no_record_afterward
     for (int round = 0; round < rounds; ++round) {
         auto record = std::make_unique<buffered_record>();
         ASSERT_EQ(recv_packet_overlapped(socket.handle(), *record), socket_status::ok);
-        // From 0.2 ms before the earliest end of the wait to 1.4 ms behind it, where Wine's ends lie.
+        // From 0.2 ms before the earliest end of the wait to 1.4 ms after it, where Wine's ends lie.
         const std::int64_t around_the_deadline_ns = 800'000 + (round % 64) * 25'000;
         sender.send_at(platform::steady_now_ns() + around_the_deadline_ns);
         const socket_status status = get_overlapped_result(socket.handle(), *record, ns_per_millisecond);

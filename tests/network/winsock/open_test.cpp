@@ -80,7 +80,7 @@ TEST(winsock_open, resolves_a_numeric_address) {
     const auto found = resolve_address("127.0.0.1", "54321");
     ASSERT_EQ(found.status, socket_status::ok);
     EXPECT_EQ(found.address.length, 16);
-    // The port stands in network order behind the family: 54321 is 0xD431.
+    // The port stands in network order after the family: 54321 is 0xD431.
     EXPECT_EQ(found.address.address.bytes[2], std::byte{0xD4});
     EXPECT_EQ(found.address.address.bytes[3], std::byte{0x31});
 }

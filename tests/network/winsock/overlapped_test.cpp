@@ -57,7 +57,7 @@ TEST_F(winsock_overlapped, takes_what_comes_during_the_wait) {
     EXPECT_THAT(unread_bytes(record.buffer), ElementsAre(3));
 }
 
-TEST_F(winsock_overlapped, appends_behind_what_is_unread) {
+TEST_F(winsock_overlapped, appends_after_what_is_unread) {
     record.buffer.bytes[10] = std::byte{9};
     record.buffer.read_position = 10;
     record.buffer.write_position = 11;
@@ -88,7 +88,7 @@ TEST_F(winsock_overlapped, looks_once_for_less_than_a_millisecond_and_can_look_a
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(winsock_overlapped, takes_a_datagram_that_comes_behind_a_single_look) {
+TEST_F(winsock_overlapped, takes_a_datagram_that_comes_after_a_single_look) {
     arm();
     calls.before(winsock_call::cancel, 1, [this] { send({7}); });
     const socket_status status = wait(1);
@@ -132,7 +132,7 @@ TEST_F(winsock_overlapped, that_timed_out_has_its_record_back_and_leaves_the_nex
 
 TEST_F(winsock_overlapped, is_a_time_out_also_when_the_cancellation_loses_against_a_datagram) {
     arm();
-    // The receive completes with the datagram ahead of the cancellation, which then finds nothing.
+    // The receive completes with the datagram before the cancellation, which then finds nothing.
     calls.before(winsock_call::cancel, 1, [this] {
         send({10});
         OVERLAPPED& state = *reinterpret_cast<OVERLAPPED*>(&record.overlapped);

@@ -193,7 +193,7 @@ TEST_F(winsock_receive, takes_an_empty_datagram) {
     EXPECT_EQ(receive(), socket_status::would_block);
 }
 
-TEST_F(winsock_receive, moves_the_unread_bytes_to_the_front_and_fills_the_room_behind_them) {
+TEST_F(winsock_receive, moves_the_unread_bytes_to_the_front_and_fills_the_room_after_them) {
     leave_20_bytes_unread();
     EXPECT_EQ(receive(), socket_status::would_block);
     EXPECT_EQ(record.buffer.read_position, 0U);

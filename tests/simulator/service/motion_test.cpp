@@ -98,9 +98,9 @@ TEST(a_cursor, tells_the_velocity_with_which_it_moves) {
         for (std::int64_t now = step; now < 600 * ns_per_second; now += 37 * step) {
             const auto before = cursor_at(one, now - step);
             const auto here = cursor_at(one, now);
-            const auto behind = cursor_at(one, now + step);
+            const auto after = cursor_at(one, now + step);
             for (std::size_t axis = 0; axis < 3; ++axis) {
-                const float difference = (behind.values[axis] - before.values[axis]) / 0.02F;
+                const float difference = (after.values[axis] - before.values[axis]) / 0.02F;
                 ASSERT_NEAR(here.values[3 + axis], difference, 2e-4F) << axis << " at " << now;
             }
         }
