@@ -36,7 +36,7 @@ const std::vector<received_operation>& received_operations() {
     static const bytes grip = join({{0x5A}, counting(0x10, 16), {3, 0xE1, 0xE2, 0xE3}});
     static const bytes quaternion{0x00, 0x00, 0x80, 0x3F, 0x00, 0x00, 0x00, 0x3F,
                                   0x00, 0x00, 0x80, 0xBE, 0x00, 0x00, 0x00, 0x40}; // 1, 0.5, -0.25, 2
-    static const bytes gravity{1, 0x00, 0x00, 0x40, 0x3F};                         // on, 0.75
+    static const bytes compensation{1, 0x00, 0x00, 0x40, 0x3F};                    // on, 0.75
     static const bytes currents{0x00, 0x00, 0x80, 0x3F, 0x00, 0x00,
                                 0x00, 0x40, 0x00, 0x00, 0x40, 0x40}; // 1, 2, 3
     static const bytes& id = device_id();
@@ -57,7 +57,7 @@ const std::vector<received_operation>& received_operations() {
         {40, "palmetron_state", of_device(grip), vantu_orvanta_event_palmetron_state, false, id, grip, {}},
         {47, "orientation_get", of_device(quaternion), vantu_orvanta_event_orientation, true, id, quaternion, {}},
         {64, "config_save", of_device({1}), vantu_orvanta_event_config_save, true, id, {1}, {}},
-        {66, "config_gravity_compensation_get", of_device(gravity), vantu_orvanta_event_config_gravity_compensation, true, id, gravity, {}},
+        {66, "config_gravity_compensation_get", of_device(compensation), vantu_orvanta_event_config_gravity_compensation, true, id, compensation, {}},
         {68, "config_torque_scaling_get", of_device({1}), vantu_orvanta_event_config_torque_scaling, true, id, {1}, {}},
         {70, "config_handedness", of_device({2}), vantu_orvanta_event_config_handedness, true, id, {2}, {}},
         {80, "status_motor_current", of_device(currents), vantu_orvanta_event_status_motor_current, true, id, currents, {}},
