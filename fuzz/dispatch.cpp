@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
@@ -43,6 +44,11 @@ class run {
             for (int i = 0; i < 64; ++i) {
                 request(step);
             }
+        } else if (step < 112) {
+            begin_failing(input_.byte());
+            client_.fail_requests(static_cast<std::int32_t>(*failing_code_));
+            require_all_failed();
+            failing_code_.reset();
         } else {
             dispatch(next_event(step));
         }
@@ -64,9 +70,8 @@ class run {
         client::config all;
         all.on_ack = device_callback(1);
         all.on_disconnected = [this](client& /*owner*/) {
-            while (const auto dropped = waiting_.take_next(failed_tag_)) {
-                require(!dropped->has_handler, "a goodbye left a handler waiting");
-            }
+            require_all_failed();
+            failing_code_.reset();
             called_back(2, event_->device_id);
         };
         all.on_device = [this](client& /*owner*/, unsigned device_id, const vantu_orvanta_device& device) {
@@ -124,16 +129,16 @@ class run {
 
     void answered(std::uint64_t serial, outcome result, unsigned device_id, const void* record,
                   const vantu_orvanta_error* error, bool has_no_record) {
-        require(event_ != nullptr, "a handler was called outside dispatch");
-        if (event_->event_type == vantu_orvanta_event_disconnected) {
-            auto next = waiting_.take_next(failed_tag_);
+        require(event_ != nullptr || failing_code_, "a handler was called outside dispatch");
+        if (failing_code_) {
+            auto next = waiting_.take_next(failed_tag_, newest_);
             while (next && !next->has_handler) {
-                next = waiting_.take_next(failed_tag_);
+                next = waiting_.take_next(failed_tag_, newest_);
             }
-            require(next && next->serial == serial, "a goodbye ended another request than the next");
+            require(next && next->serial == serial, "an end came to another request than the next");
             require(result == outcome::failed && device_id == 0 && record == nullptr && error != nullptr &&
-                        error->status == vantu_orvanta_disconnected_from_service,
-                    "a goodbye gave something else than its error");
+                        error->status == *failing_code_,
+                    "an end gave something else than its error");
         } else {
             require(serial == expected_serial_, "another request's handler was called, or one twice");
             expected_serial_ = 0;
@@ -204,7 +209,7 @@ class run {
         require(tag == expected_tag_ && tag != 0, "a request has another tag than the one longest free");
         const std::uint8_t choice = input_.byte();
         const std::int32_t code = choice % 4 == 1 ? vantu_orvanta_invalid_connection_state : 0;
-        if (choice >= 192 && event_ == nullptr) {
+        if (choice >= 192 && event_ == nullptr && !failing_code_) {
             vantu_orvanta_event event = next_event(choice);
             event.tag = choice >= 224 ? tag : event.tag;
             dispatch(event);
@@ -225,9 +230,24 @@ class run {
         return event;
     }
 
+    // The requests that wait now end with this code; those that handlers enter meanwhile do not.
+    void begin_failing(std::uint32_t code) {
+        failing_code_ = code;
+        failed_tag_ = 0;
+        newest_ = last_serial_;
+    }
+
+    void require_all_failed() {
+        while (const auto dropped = waiting_.take_next(failed_tag_, newest_)) {
+            require(!dropped->has_handler, "an end left a handler waiting");
+        }
+    }
+
     void dispatch(const vantu_orvanta_event& event) {
         event_ = &event;
-        failed_tag_ = 0;
+        if (event.event_type == vantu_orvanta_event_disconnected) {
+            begin_failing(vantu_orvanta_disconnected_from_service);
+        }
         expected_serial_ = 0;
         const bool is_known =
             std::find(event_types.begin(), event_types.end(), event.event_type) != event_types.end();
@@ -248,8 +268,10 @@ class run {
     waiting_model waiting_;
     const vantu_orvanta_event* event_{nullptr}; // being dispatched
     bool expects_callback_{false};
-    std::uint64_t expected_serial_{0}; // of the request that the event ends
-    std::uint8_t failed_tag_{0};       // up to which a goodbye has ended the requests
+    std::uint64_t expected_serial_{0};          // of the request that the event ends
+    std::optional<std::uint32_t> failing_code_; // while an end of the connection ends the requests
+    std::uint8_t failed_tag_{0};                // up to which it has
+    std::uint64_t newest_{0};                   // the last request that it ends
     std::uint8_t expected_tag_{0};
     std::int32_t sent_code_{-1};
     std::uint64_t last_serial_{0};

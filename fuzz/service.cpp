@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <vector>
@@ -113,10 +114,36 @@ class run {
             tag = input_.byte();
             append(last, tag);
         }
-        service_.receive(peer_of(from_), bytes_, now_ns_);
-        if (count == 1) {
-            check_answer(last, tag);
+        if (count > 1) {
+            service_.receive(peer_of(from_), bytes_, now_ns_);
+            return;
         }
+        const damage done = spoil_now_and_then(last);
+        // A copy without room after its end, which a read too far would not leave unseen.
+        const std::unique_ptr<std::byte[]> exact(new std::byte[bytes_.size()]);
+        std::copy(bytes_.begin(), bytes_.end(), exact.get());
+        service_.receive(peer_of(from_), {exact.get(), bytes_.size()}, now_ns_);
+        check_answer(last, tag, done);
+    }
+
+    enum class damage : std::uint8_t { none, of_body, of_record };
+
+    // A body cut short, or a length that is not the body's.
+    damage spoil_now_and_then(const known_request& request) {
+        constexpr std::size_t place_of_length = 8;
+        constexpr std::uint8_t lies = 192;
+        constexpr std::uint8_t cuts = 208;
+        const std::uint8_t choice = input_.byte();
+        if (choice >= cuts) {
+            const std::size_t cut = choice - cuts + 1U;
+            bytes_.resize(bytes_.size() - std::min<std::size_t>(cut, request.body + 5U));
+            return cut <= request.body ? damage::of_body : damage::of_record;
+        }
+        if (choice >= lies) {
+            bytes_[place_of_length] = static_cast<std::byte>(request.body + 1 + choice - lies);
+            return damage::of_body;
+        }
+        return damage::none;
     }
 
     void append(const known_request& request, std::uint8_t tag) {
@@ -136,16 +163,21 @@ class run {
         }
     }
 
-    void check_answer(const known_request& request, std::uint8_t tag) {
+    void check_answer(const known_request& request, std::uint8_t tag, damage done) {
         const std::vector<sent_operation> sent = take_sent();
-        if (request.answer == 0) {
-            require(sent.empty(), "a keep-alive was answered");
-            return;
+        const auto answered_with = [&](std::uint8_t code) {
+            return std::any_of(sent.begin(), sent.end(), [&](const sent_operation& one) {
+                return one.to == from_ && one.tag == tag && one.code == code;
+            });
+        };
+        constexpr std::uint8_t refusal = 240;
+        if (done == damage::of_body) {
+            require(sent.size() == 1 && answered_with(refusal), "a damaged request was not refused");
+        } else if (done == damage::of_record || request.answer == 0) {
+            require(sent.empty(), "what asks for nothing was answered");
+        } else {
+            require(answered_with(request.answer) || answered_with(refusal), "a request was not answered");
         }
-        const bool answered = std::any_of(sent.begin(), sent.end(), [&](const sent_operation& one) {
-            return one.to == from_ && one.tag == tag && (one.code == request.answer || one.code == 240);
-        });
-        require(answered, "a request was not answered");
     }
 
     void pass_time(std::uint8_t step) {

@@ -50,11 +50,11 @@ class waiting_model {
         return release(tag);
     }
 
-    // The next request after a tag, as a goodbye ends them all.
-    std::optional<entry> take_next(std::uint8_t& tag) {
+    // The next request after a tag that is not newer than this one, as an end of the connection takes them.
+    std::optional<entry> take_next(std::uint8_t& tag, std::uint64_t newest) {
         while (tag < 255) {
             ++tag;
-            if (entries_[tag].answer != 0) {
+            if (entries_[tag].answer != 0 && entries_[tag].serial <= newest) {
                 return release(tag);
             }
         }
