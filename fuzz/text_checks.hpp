@@ -1,7 +1,7 @@
 // The demands of each harness of a reader of text on the messages that it gets.
 #pragma once
 
-#include <algorithm>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -16,12 +16,13 @@ inline void require(bool holds, const std::string& otherwise) {
 
 // Without control characters, which a terminal would act on: U+0000 to U+001F and U+007F to U+009F.
 inline void require_one_line(std::string_view text) {
-    bool is_plain = std::none_of(text.begin(), text.end(), [](char letter) {
-        return (letter >= 0 && letter < ' ') || letter == '\x7F';
-    });
-    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
-        const auto follower = static_cast<unsigned char>(text[i + 1]);
-        is_plain = is_plain && !(text[i] == '\xC2' && follower >= 0x80 && follower < 0xA0);
+    bool is_plain = true;
+    std::uint8_t before = 0;
+    for (const char letter : text) {
+        const auto value = static_cast<std::uint8_t>(letter);
+        const bool is_second_of_control = before == 0xC2 && value < 0xA0;
+        is_plain = is_plain && value >= ' ' && value != 0x7F && !is_second_of_control;
+        before = value;
     }
     require(!text.empty() && is_plain, "a message is not one line of plain text");
 }
