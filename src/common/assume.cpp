@@ -1,4 +1,3 @@
-// The fatal tail of a failed check.
 #include "vantu/orvanta/common/assume.hpp"
 
 #include "vantu/orvanta/common/log.hpp"

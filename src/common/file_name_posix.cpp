@@ -1,4 +1,4 @@
-// File names on systems whose separators are bytes that no other character holds.
+// File names on systems where the bytes of the separators are part of no other character.
 #include "vantu/orvanta/common/platform.hpp"
 
 #include <cstddef>

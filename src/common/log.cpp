@@ -1,4 +1,3 @@
-// The logger and its default writer.
 #define FMT_HEADER_ONLY 1 // the one place where fmt's code is compiled
 
 #include "vantu/orvanta/common/log.hpp"

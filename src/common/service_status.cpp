@@ -1,4 +1,3 @@
-// The texts of the service's status codes.
 #include "vantu/orvanta/communication/service_status.hpp"
 
 namespace vantu::orvanta {

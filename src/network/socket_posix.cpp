@@ -108,7 +108,7 @@ int new_descriptor(const addrinfo& entry) {
     return moved;
 }
 
-// All of these improve the socket and none is needed: a refusal is no failure.
+// Each of these improves the socket. The socket works without them, so a refusal is no failure.
 void set_options(int descriptor) {
     const int on = 1;
     setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &receive_buffer_bytes, sizeof receive_buffer_bytes);

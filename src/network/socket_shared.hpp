@@ -1,4 +1,4 @@
-// What the platforms' halves of the socket layer have in common: the texts of its log lines and the
+// The common part of the socket layer's platform files: the texts of its log lines and the
 // preparation of a receive. Not for users of the layer.
 #pragma once
 
@@ -43,7 +43,7 @@ void prepare_receive(receive_record& record);
 // The same, and describes that room in the members of the overlapped receive, the rest of them zero.
 void prepare_overlapped_receive(receive_record& record);
 
-// How long get_overlapped_result waits: the whole milliseconds of its time-out.
+// The wait of get_overlapped_result: the whole milliseconds of its time-out.
 struct wait_limit {
     bool without_end;
     bool single_look;

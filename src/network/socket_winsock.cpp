@@ -1,5 +1,5 @@
-// The socket layer on Windows. Of a closed port Windows tells the receive that is pending or comes next;
-// a wait for an answer goes on after such news, and while it waits the record belongs to the system.
+// The socket layer on Windows. The system reports a closed port to the receive that is pending or comes next.
+// A wait for an answer goes on after such a report, and while it waits the record belongs to the system.
 #include "network/socket.hpp"
 
 #include "socket_shared.hpp"
@@ -160,8 +160,8 @@ DWORD milliseconds_left(const wait_limit& limit) {
     return limit.without_end ? INFINITE : platform::milliseconds_until(limit.deadline_ns);
 }
 
-// All of these improve the socket and none is needed: a refusal is no failure. Without the second,
-// another program could take the port as well.
+// Each of these improves the socket. The socket works without them, so a refusal is no failure. Without the
+// second, another program could take the port as well.
 void set_options(SOCKET socket) {
     const int on = 1;
     const int room = receive_buffer_bytes;

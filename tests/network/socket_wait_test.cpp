@@ -75,7 +75,7 @@ TEST_P(wait_for_several, looks_once_when_its_deadline_has_passed) {
     EXPECT_EQ(calls.poll_limits().back(), 0);
 }
 
-TEST_P(wait_for_several, bears_a_deadline_at_the_end_of_time) {
+TEST_P(wait_for_several, takes_a_deadline_at_the_end_of_time) {
     peer.send_raw({1}, first);
     const socket_handle sockets[] = {first.handle()};
     EXPECT_TRUE(wait_for_packets(sockets, std::numeric_limits<std::int64_t>::max()));

@@ -20,7 +20,7 @@ inline constexpr std::int64_t latest_ns = std::numeric_limits<std::int64_t>::max
     return duration_ns < longest ? static_cast<std::int64_t>(start + duration_ns) : latest_ns;
 }
 
-// How long it is from now, which is at least 0, to a deadline; 0 when that has passed.
+// The time from now, which is at least 0, to a deadline; 0 when that has passed.
 [[nodiscard]] constexpr std::int64_t time_left_ns(std::int64_t now_ns, std::int64_t deadline_ns) {
     return deadline_ns > now_ns ? deadline_ns - now_ns : 0;
 }

@@ -1,4 +1,5 @@
-// One object a thread, by the system's own means: it is destroyed with its thread whoever started that.
+// One object a thread, kept by the system: it is destroyed with its thread, also where the program started
+// that.
 #pragma once
 
 #include "vantu/orvanta/common/assume.hpp"

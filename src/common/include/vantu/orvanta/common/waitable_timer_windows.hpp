@@ -34,7 +34,7 @@ class waitable_timer {
 // memory for it.
 [[nodiscard]] const waitable_timer& timer_of_this_thread() noexcept;
 
-// How long a wait without a timer lasts at least until the deadline, in the system's milliseconds.
+// The least wait without a timer that lasts until the deadline, in milliseconds of the system.
 [[nodiscard]] std::uint32_t milliseconds_until(std::int64_t deadline_ns) noexcept;
 
 } // namespace vantu::orvanta::platform
