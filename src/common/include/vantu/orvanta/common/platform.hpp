@@ -1,5 +1,5 @@
-// The operating system's part besides sockets and threads: clocks, precise sleeping, the process id, the
-// debugger and the rules of file names. Source files of each platform implement it.
+// The library's needs of the operating system besides sockets and threads: clocks, precise sleeping, the
+// process id, the debugger and the rules of file names. Source files of each platform implement it.
 #pragma once
 
 #include <cstdint>
