@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <pthread.h>
 #include <sched.h>
 #include <thread>
@@ -63,7 +64,8 @@ TEST(closing_a_shared_socket, sleeps_so_that_a_holder_of_lower_priority_gets_the
     holder.join();
     closer.join();
     if (refusal != 0) {
-        GTEST_SKIP() << "no real-time priority to be had: " << strerror(refusal);
+        // The bound holds at any priority, and shows less at an ordinary one.
+        std::cerr << "closed at an ordinary priority, without a real-time one: " << strerror(refusal) << '\n';
     }
     EXPECT_LT(used_ns.load(), 100'000'000);
 }

@@ -35,7 +35,8 @@ struct reading {
     double share; // of a processor, of the polling thread since the device was opened
 };
 
-// The handles that stay open: the system opens others for the length of a call, which a single count may meet.
+// The handles that stay open: the system opens others for the length of a call, which a single count may
+// meet.
 std::size_t lasting_handles() {
     constexpr int looks = 10;
     std::size_t least = open_handles();

@@ -1,5 +1,5 @@
-// LeakSanitizer's suppressions for every executable: the addresses that a client resolves are kept for the life of
-// the process on purpose. Nothing else is suppressed.
+// LeakSanitizer's suppressions for every executable: the addresses that a client resolves are kept for the
+// life of the process on purpose. Nothing else is suppressed.
 
 // NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" const char* __lsan_default_suppressions() {
