@@ -84,6 +84,11 @@ for file in "${sources[@]}"; do
     esac
 done
 
+# A comment's line begins with its subject.
+if grep -nHE '(//+|/\*+|^[[:space:]]*\*)<?[[:space:]]+(Who|What|Of)([^[:alnum:]_]|$)' "${sources[@]}" >&2; then
+    refuse "the comments above open with Who, What or Of: begin with the subject"
+fi
+
 left_out='TODO|FIXME|GTEST_SKIP|[(,][[:space:]]*DISABLED_'
 if grep -nHE "$left_out" "${sources[@]}" >&2; then
     refuse "nothing may be left for later or left out"

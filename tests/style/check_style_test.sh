@@ -77,6 +77,15 @@ accepted src/a.cpp "$opened"
 accepted src/a.cpp "// A file.\n${long%\\n}" src/a_posix.cpp "$opened"
 [[ $output != *'shorter than 25 lines'* ]] || wrong "a long file or a platform's twin is told as short"
 
+for word in Who What Of; do
+    refused "src/a.cpp:2:// $word it is" src/a.cpp "// A file.\n// $word it is."
+    refused "$word it is" src/a.cpp "// A file.\nint x; // $word it is."
+    refused "$word it is" src/a.cpp "// A file.\nint x; ///< $word it is."
+    refused "$word it is" tests/a.cpp "/* $word it is. */\nint x;"
+    refused "$word it is" src/a.h "/* A file\n * $word it is. */"
+    accepted src/a.cpp "// A file.\n// A ${word}ever, and $word is it?\nint $word = 2 * x;"
+done
+
 refused 'typedef' src/a.cpp '// A file.\ntypedef int number;'
 accepted src/a.h '// A file.\ntypedef int number;'
 refused 'left' src/a.cpp '// A file. TODO'
