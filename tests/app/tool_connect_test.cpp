@@ -2,11 +2,14 @@
 #include "app/support/fake_service.hpp"
 #include "app/support/tool_process.hpp"
 #include "app/support/wire.hpp"
+#include "support/udp_socket.hpp"
 
+#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
 #include <ostream>
+#include <string>
 
 namespace {
 
@@ -71,6 +74,9 @@ TEST(tool_connect, runs_beside_another_tool_on_the_next_port) {
     service.accept_with();
     tool_process first;
     first.exchange("", banner + main_menu);
+    // On each address, where localhost has two.
+    const std::string taken = std::to_string(first_client_port);
+    const std::array held{udp_socket::bound_to("127.0.0.1", taken), udp_socket::bound_to("::1", taken)};
     tool_process second;
     second.exchange("", banner + main_menu);
     EXPECT_THAT(second.logged(), ElementsAre(cannot_bind(0), attempt(0, "unable to bind the client socket"),

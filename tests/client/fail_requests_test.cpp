@@ -42,7 +42,7 @@ class fail_requests : public testing::Test {
         return [this](client&, const auto& answer) {
             EXPECT_EQ(answer.result, outcome::failed);
             EXPECT_EQ(answer.device_id, 0U);
-            errors.push_back(answer.error->status);
+            errors.push_back(std::uint32_t{answer.error->status}); // packed: no reference to it
         };
     }
 
