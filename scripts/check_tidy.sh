@@ -44,7 +44,7 @@ if [ $# -gt 0 ]; then
 else
     # The build's own files count only where they gather several sources.
     mapfile -t sources < <(sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$build/compile_commands.json" |
-        grep -E "^$root/(src|app|simulator|tests|bench)/.*\.cpp\$|^$build/.*/Unity/.*\.cxx\$" | sort -u)
+        grep -E "^$root/(src|app|simulator|tests|bench|fuzz)/.*\.cpp\$|^$build/.*/Unity/.*\.cxx\$" | sort -u)
 fi
 [ ${#sources[@]} -gt 0 ] || fail "$build/compile_commands.json names no sources"
 
@@ -52,7 +52,7 @@ fi
 # sources include them is their purpose.
 tidy_one() {
     local output checks=-bugprone-suspicious-include
-    [[ $2 != */tests/* ]] || checks='-*,clang-diagnostic-*,readability-identifier-naming'
+    [[ $2 != */tests/* && $2 != "$PWD"/fuzz/* && $2 != "$1"/fuzz/* ]] || checks='-*,clang-diagnostic-*,readability-identifier-naming'
     if ! output=$(clang-tidy --quiet -p "$1" "--checks=$checks" "$2" 2>&1); then
         printf '%s\n' "$output" | grep -vE '^[0-9]+ warnings? (generated|treated)' >&2
         return 1
