@@ -103,7 +103,7 @@ TEST_F(a_connection, takes_the_operations_of_a_datagram_one_by_one) {
     ASSERT_EQ(begin(datagram({op(2, 1), op(2, 2), op(81, 3, join({id_5, {9}}))})), vantu_orvanta_success);
     for (const std::uint8_t tag : {std::uint8_t{1}, std::uint8_t{2}}) {
         EXPECT_EQ(take(), vantu_orvanta_success);
-        EXPECT_EQ(event.event_type, +vantu_orvanta_event_ack);
+        EXPECT_EQ(+event.event_type, +vantu_orvanta_event_ack);
         EXPECT_EQ(event.tag, tag);
     }
     EXPECT_EQ(take(), vantu_orvanta_success);
@@ -186,7 +186,7 @@ TEST_F(a_connection, is_over_with_the_goodbye_of_the_service_until_the_next_acce
     EXPECT_EQ(take(), vantu_orvanta_success);
     EXPECT_FALSE(subject.is_over());
     EXPECT_EQ(take(), vantu_orvanta_success);
-    EXPECT_EQ(event.event_type, +vantu_orvanta_event_disconnected);
+    EXPECT_EQ(+event.event_type, +vantu_orvanta_event_disconnected);
     EXPECT_TRUE(subject.is_over());
     EXPECT_EQ(take(), vantu_orvanta_success);
     EXPECT_TRUE(subject.is_over());

@@ -163,7 +163,7 @@ TEST_F(the_device_table, keeps_its_records_apart_from_those_that_it_is_swapped_w
     EXPECT_EQ(apply(vantu_orvanta_event_cursor_state, filled(24, 2)), vantu_orvanta_success);
     vantu_orvanta_device device{};
     ASSERT_TRUE(moved.copy_device(5, device));
-    EXPECT_EQ(device.update_count, 2U);
+    EXPECT_EQ(+device.update_count, 2U);
     EXPECT_EQ(stored(), hex(join({u64(1), filled(45, 0), {1}, filled(24, 2)})));
     table = std::move(moved);
     EXPECT_EQ(stored(), hex(join({u64(2), listing(1), filled(25, 0), {1}, filled(24, 1)})));

@@ -6,6 +6,7 @@
 #include "vantu/orvanta/common/byte_buffer.hpp"
 #include "vantu/orvanta/communication/compose.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -20,7 +21,7 @@ inline bytes written_bytes(const vantu::orvanta::byte_buffer& buffer) {
 
 inline void put(vantu::orvanta::byte_buffer& buffer, const bytes& received) {
     ASSERT_LE(received.size(), buffer.write_len());
-    std::memcpy(buffer.unwritten(), received.data(), received.size());
+    std::copy(received.begin(), received.end(), reinterpret_cast<std::uint8_t*>(buffer.unwritten()));
     buffer.skip_write(received.size());
 }
 
