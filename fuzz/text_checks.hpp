@@ -20,7 +20,7 @@ inline void require_one_line(std::string_view text) {
     std::uint8_t before = 0;
     for (const char letter : text) {
         const auto value = static_cast<std::uint8_t>(letter);
-        const bool is_second_of_control = before == 0xC2 && value < 0xA0;
+        const bool is_second_of_control = before == 0xC2 && value >= 0x80 && value < 0xA0;
         is_plain = is_plain && value >= ' ' && value != 0x7F && !is_second_of_control;
         before = value;
     }
