@@ -150,7 +150,7 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_device_ids(vantu_orvanta_context* contex
 VANTU_ORVANTA_API int32_t vantu_orvanta_device_info(vantu_orvanta_context* context, uint32_t device_id,
                                                     vantu_orvanta_device* device);
 
-/* Requests. Each sends one datagram without waiting and without a lock; the answer comes later as an
+/* Requests. Each sends one datagram and does not wait for its answer, which comes later as an
  * event that carries the request's tag, or as an error event with the same tag. Tag 0 means that
  * nobody waits for this answer in particular. Each returns 0 once the datagram is sent; 2 for a null
  * or device id 0; 3 when not connected; or a transport code. A datagram that goes out puts the next
