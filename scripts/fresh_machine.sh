@@ -29,7 +29,7 @@ apt_settings() {
 }
 
 make_system() {
-    local format='deb $(REPO_URI) $(RELEASE) $(COMPONENT)' sources mirror proxy=
+    local format='deb $(REPO_URI) $(RELEASE) $(COMPONENT)' sources mirror log proxy=
     sources=$(apt-get indextargets --format "$format" 'Origin: Debian' 'Created-By: Packages')
     mirror=$(awk '$3 !~ /-security/ { print $2; exit }' <<<"$sources")
     [ -n "$mirror" ] || fail "no Debian mirror is known to apt: run 'apt-get update', then try again"
@@ -38,9 +38,10 @@ make_system() {
 
     eval "$(apt-config shell proxy Acquire::http::Proxy)"
     say "making a bare Debian ($release) in $folder"
-    http_proxy=${http_proxy-$proxy} debootstrap --variant=minbase "$release" "$folder" "$mirror" >"$folder.log" 2>&1 ||
-        fail "debootstrap failed: see $folder.log"
-    rm "$folder.log"
+    log=$(mktemp "${TMPDIR:-/tmp}/fresh_machine.XXXXXX.log")
+    http_proxy=${http_proxy-$proxy} debootstrap --variant=minbase "$release" "$folder" "$mirror" >"$log" 2>&1 ||
+        fail "debootstrap failed: see $log"
+    rm "$log"
     printf '%s\n' "$sources" >"$folder/etc/apt/sources.list"
     apt_settings >"$folder/etc/apt/apt.conf.d/99machine"
     [[ $sources != *https:* ]] || install -D -t "$folder/etc/ssl/certs" /etc/ssl/certs/ca-certificates.crt
