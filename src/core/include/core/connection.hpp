@@ -1,7 +1,7 @@
 // The client's side of one connection, without socket, clock, thread or lock: bytes and times go in;
 // events, bytes and the next due time come out. A poll is these steps:
 //
-//     if (now >= connection.due_ns()) send the bytes of compose_keep_alive, then note_send(now)
+//     if (now >= connection.due_ns()) send a keep_alive operation, then note_send(now)
 //     if (!connection.has_operation()) fill receive_buffer(), then begin_datagram()
 //     decode(event), then apply(event)
 #pragma once
