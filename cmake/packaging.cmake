@@ -32,6 +32,7 @@ install(TARGETS orvanta EXPORT vantu_orvanta_targets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES
   ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/orvanta.h
+  ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu/orvanta/wait.h
   ${PROJECT_SOURCE_DIR}/src/client/include/vantu/orvanta/client.hpp
   ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/error_codes.h
   ${PROJECT_BINARY_DIR}/include/vantu/orvanta/export.h

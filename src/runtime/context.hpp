@@ -3,16 +3,19 @@
 
 #include "core/connection.hpp"
 #include "network/socket.hpp"
+#include "network/socket_waiter.hpp"
 #include "shared_socket.hpp"
 #include "vantu/orvanta/orvanta.h"
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
 
 // Written by the handshake before the socket opens and read-only while it is open: service,
 // client_address_text, process_id.
-// Under the mutex: the connection but for its devices, and the opening and closing of the socket.
+// Under the mutex: the connection but for its devices, the opening and closing of the socket, and what the
+// waiter watches.
 // Under the devices' mutex: the connection's devices.
 // Locks are taken in the order mutex, then the devices' mutex.
 struct vantu_orvanta_context {
@@ -26,4 +29,18 @@ struct vantu_orvanta_context {
     vantu::orvanta::connection connection;
     vantu::orvanta::receive_record receive{connection.receive_buffer()};
     mutable std::mutex devices_mutex;
+
+    // Null until the first wait, wake or handle; then in place for the context's life.
+    std::atomic<vantu::orvanta::socket_waiter*> waiter{nullptr};
+
+    vantu_orvanta_context() = default;
+    ~vantu_orvanta_context();
+    vantu_orvanta_context(const vantu_orvanta_context&) = delete;
+    vantu_orvanta_context& operator=(const vantu_orvanta_context&) = delete;
+
+    // Under the mutex. The waiter, made when there is none yet; null, after a warning, when that fails.
+    [[nodiscard]] vantu::orvanta::socket_waiter* waiter_under_lock();
+
+    // Under the mutex. Closes the socket and ends the waits.
+    void close_under_lock();
 };

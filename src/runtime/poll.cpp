@@ -52,7 +52,7 @@ std::int32_t receive_datagram(vantu_orvanta_context& context, failures& failed) 
 std::int32_t take_operation(vantu_orvanta_context& context, vantu_orvanta_event& event, failures& failed) {
     const std::int32_t code = context.connection.decode(event, failed.rejected);
     if (context.connection.is_over()) {
-        context.socket.close();
+        context.close_under_lock();
     }
     if (code != vantu_orvanta_success) {
         return code;
@@ -69,6 +69,9 @@ std::int32_t poll_under_lock(vantu_orvanta_context& context, vantu_orvanta_event
     const std::lock_guard lock(context.mutex);
     if (!context.socket.is_open()) {
         return vantu_orvanta_invalid_connection_state;
+    }
+    if (socket_waiter* waiter = context.waiter.load(std::memory_order_relaxed); waiter != nullptr) {
+        waiter->clear_wakes();
     }
     std::memset(&event, 0, sizeof(event));
     if (has_come(context.connection.due_ns())) {

@@ -27,6 +27,7 @@
 #include "vantu/orvanta/communication/records.h"
 #include "vantu/orvanta/error_codes.h"
 #include "vantu/orvanta/export.h"
+#include "vantu/orvanta/wait.h"
 
 #include <stddef.h>
 #include <stdint.h>
