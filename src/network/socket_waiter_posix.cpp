@@ -18,12 +18,6 @@
 namespace vantu::orvanta {
 namespace {
 
-using namespace socket_shared;
-
-void log_refusal(int error) {
-    log_here(log_level::warning, failure_text(unable_to_wait, error_text(error)));
-}
-
 class owned_descriptor {
   public:
     explicit owned_descriptor(int descriptor) : descriptor_(descriptor) {}
@@ -40,78 +34,75 @@ class owned_descriptor {
     int descriptor_;
 };
 
-bool add(int set, int descriptor) {
-    epoll_event wanted{};
-    wanted.events = EPOLLIN;
-    return epoll_ctl(set, EPOLL_CTL_ADD, descriptor, &wanted) == 0;
-}
+class epoll_waiter final : public socket_waiter {
+  public:
+    [[nodiscard]] bool is_made() {
+        return set_.get() >= 0 && wakes_.get() >= 0 && watch(static_cast<socket_handle>(wakes_.get())) == 0;
+    }
+
+    [[nodiscard]] std::uint32_t watch(socket_handle socket) override {
+        epoll_event wanted{};
+        wanted.events = EPOLLIN;
+        const int added = epoll_ctl(set_.get(), EPOLL_CTL_ADD, static_cast<int>(socket), &wanted);
+        return added == 0 ? 0 : static_cast<std::uint32_t>(errno);
+    }
+
+    void forget(socket_handle socket) override {
+        epoll_ctl(set_.get(), EPOLL_CTL_DEL, static_cast<int>(socket), nullptr);
+    }
+
+    void wake() override {
+        // The number is there before the flag: a thread that sees the flag finds what to take back.
+        eventfd_write(wakes_.get(), 1);
+        woken_.store(true);
+    }
+
+    void clear_wakes() override {
+        if (woken_.load(std::memory_order_relaxed) && woken_.exchange(false)) {
+            eventfd_t count = 0;
+            eventfd_read(wakes_.get(), &count);
+        }
+    }
+
+    [[nodiscard]] result wait_until(std::int64_t deadline_ns) override {
+        const std::int64_t left = time_left_ns(platform::steady_now_ns(), deadline_ns);
+        const timespec limit{static_cast<time_t>(left / ns_per_second),
+                             static_cast<long>(left % ns_per_second)};
+        pollfd entry{set_.get(), POLLIN, 0};
+        const int ready = ppoll(&entry, 1, deadline_ns == latest_ns ? nullptr : &limit, nullptr);
+        if (ready == 0) {
+            // A wake that comes here is for the next wait.
+            return {status::timed_out};
+        }
+        if (ready < 0 && errno != EINTR) {
+            return {status::failed, static_cast<std::uint32_t>(errno)};
+        }
+        clear_wakes();
+        return {status::ready};
+    }
+
+    [[nodiscard]] std::intptr_t handle() const override { return set_.get(); }
+
+  private:
+    owned_descriptor set_{epoll_create1(EPOLL_CLOEXEC)};
+    owned_descriptor wakes_{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+    std::atomic<bool> woken_{false};
+};
 
 } // namespace
 
-struct socket_waiter::implementation {
-    owned_descriptor set{epoll_create1(EPOLL_CLOEXEC)};
-    owned_descriptor wakes{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
-    std::atomic<bool> woken{false};
-};
-
-std::unique_ptr<socket_waiter> socket_waiter::create() {
-    std::unique_ptr<implementation> made(new (std::nothrow) implementation);
-    if (made == nullptr) {
-        log_refusal(ENOMEM);
-        return nullptr;
+std::unique_ptr<socket_waiter> socket_waiter::create(std::uint32_t& system_error) {
+    std::unique_ptr<epoll_waiter> made(new (std::nothrow) epoll_waiter);
+    if (made != nullptr && made->is_made()) {
+        return made;
     }
-    if (made->set.get() < 0 || made->wakes.get() < 0 || !add(made->set.get(), made->wakes.get())) {
-        log_refusal(errno);
-        return nullptr;
-    }
-    return std::unique_ptr<socket_waiter>(new (std::nothrow) socket_waiter(std::move(made)));
+    system_error = static_cast<std::uint32_t>(made == nullptr ? ENOMEM : errno);
+    return nullptr;
 }
 
-socket_waiter::socket_waiter(std::unique_ptr<implementation> made) : self_(std::move(made)) {}
-socket_waiter::~socket_waiter() = default;
-
-bool socket_waiter::watch(socket_handle socket) {
-    if (add(self_->set.get(), static_cast<int>(socket))) {
-        return true;
-    }
-    log_refusal(errno);
-    return false;
-}
-
-void socket_waiter::forget(socket_handle socket) {
-    // A socket that was never watched is no failure here.
-    epoll_ctl(self_->set.get(), EPOLL_CTL_DEL, static_cast<int>(socket), nullptr);
-}
-
-void socket_waiter::wake() {
-    // The number is there before the flag: a thread that sees the flag finds what to take back.
-    eventfd_write(self_->wakes.get(), 1);
-    self_->woken.store(true, std::memory_order_release);
-}
-
-void socket_waiter::clear_wakes() {
-    if (self_->woken.load(std::memory_order_relaxed) &&
-        self_->woken.exchange(false, std::memory_order_acquire)) {
-        eventfd_t count = 0;
-        eventfd_read(self_->wakes.get(), &count);
-    }
-}
-
-socket_waiter::result socket_waiter::wait_until(std::int64_t deadline_ns) {
-    const std::int64_t left = time_left_ns(platform::steady_now_ns(), deadline_ns);
-    const timespec limit{static_cast<time_t>(left / ns_per_second), static_cast<long>(left % ns_per_second)};
-    pollfd entry{self_->set.get(), POLLIN, 0};
-    const int ready = ppoll(&entry, 1, deadline_ns == latest_ns ? nullptr : &limit, nullptr);
-    if (ready < 0 && errno != EINTR) {
-        log_refusal(errno);
-        return result::failed;
-    }
-    clear_wakes();
-    return ready == 0 ? result::timed_out : result::ready;
-}
-
-std::intptr_t socket_waiter::handle() const {
-    return self_->set.get();
+void log_wait_failure(std::uint32_t system_error) {
+    using namespace socket_shared;
+    log_here(log_level::warning, failure_text(unable_to_wait, error_text(system_error)));
 }
 
 } // namespace vantu::orvanta

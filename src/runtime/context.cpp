@@ -6,12 +6,15 @@ vantu_orvanta_context::~vantu_orvanta_context() {
     delete waiter.load(std::memory_order_relaxed);
 }
 
-socket_waiter* vantu_orvanta_context::waiter_under_lock() {
-    if (socket_waiter* made = waiter.load(std::memory_order_relaxed); made != nullptr) {
-        return made;
+socket_waiter* vantu_orvanta_context::waiter_under_lock(std::uint32_t& system_error) {
+    if (socket_waiter* there = waiter.load(std::memory_order_relaxed); there != nullptr) {
+        return there;
     }
-    std::unique_ptr<socket_waiter> made = socket_waiter::create();
-    if (made == nullptr || (socket.is_open() && !made->watch(socket.get()))) {
+    std::unique_ptr<socket_waiter> made = socket_waiter::create(system_error);
+    if (made != nullptr && socket.is_open()) {
+        system_error = made->watch(socket.get());
+    }
+    if (system_error != 0) {
         return nullptr;
     }
     waiter.store(made.get(), std::memory_order_release);

@@ -62,9 +62,11 @@ std::int32_t exchange_request(vantu_orvanta_context& context, socket_handle sock
 std::int32_t accept(vantu_orvanta_context& context, socket_guard& socket, const endpoint& service,
                     handshake_reply&& reply) {
     std::string client_address = without_final_zero(stringify_socket(socket.get()));
-    if (socket_waiter* waiter = context.waiter.load(std::memory_order_relaxed);
-        waiter != nullptr && !waiter->watch(socket.get())) {
-        return vantu_orvanta_unexpected_error;
+    if (socket_waiter* waiter = context.waiter.load(std::memory_order_relaxed); waiter != nullptr) {
+        if (const std::uint32_t error = waiter->watch(socket.get()); error != 0) {
+            log_wait_failure(error);
+            return vantu_orvanta_unexpected_error;
+        }
     }
     context.service = service;
     context.client_address_text = std::move(client_address);

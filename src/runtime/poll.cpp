@@ -67,11 +67,12 @@ std::int32_t take_operation(vantu_orvanta_context& context, vantu_orvanta_event&
 
 std::int32_t poll_under_lock(vantu_orvanta_context& context, vantu_orvanta_event& event, failures& failed) {
     const std::lock_guard lock(context.mutex);
+    if (socket_waiter* waiter = context.waiter.load(std::memory_order_relaxed);
+        waiter != nullptr && !context.is_waiting.load(std::memory_order_relaxed)) {
+        waiter->clear_wakes();
+    }
     if (!context.socket.is_open()) {
         return vantu_orvanta_invalid_connection_state;
-    }
-    if (socket_waiter* waiter = context.waiter.load(std::memory_order_relaxed); waiter != nullptr) {
-        waiter->clear_wakes();
     }
     std::memset(&event, 0, sizeof(event));
     if (has_come(context.connection.due_ns())) {

@@ -31,7 +31,7 @@ prefix=$scratch/moved
 mv "$scratch/first" "$prefix"
 
 headers=$(cd "$prefix/include" && find . -type f | sort | tr '\n' ' ')
-wanted='./vantu/orvanta/client.hpp ./vantu/orvanta/communication/records.h ./vantu/orvanta/error_codes.h ./vantu/orvanta/export.h ./vantu/orvanta/orvanta.h ./vantu/orvanta/simulator.hpp '
+wanted='./vantu/orvanta/client.hpp ./vantu/orvanta/communication/records.h ./vantu/orvanta/error_codes.h ./vantu/orvanta/export.h ./vantu/orvanta/orvanta.h ./vantu/orvanta/simulator.hpp ./vantu/orvanta/wait.h '
 [ "$headers" = "$wanted" ] || fail "installed headers are $headers"
 
 scenarios=$(cd "$source/simulator/scenarios" && ls)

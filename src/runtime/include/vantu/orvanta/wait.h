@@ -44,10 +44,10 @@ typedef struct vantu_orvanta_context vantu_orvanta_context;
 VANTU_ORVANTA_API int32_t vantu_orvanta_wait(vantu_orvanta_context* context, uint64_t timeout_ns);
 
 /** Ends the wait under way, or else the next one, as if a datagram had come; on Linux it makes the handle
- * readable until the next poll or wait, on Windows it sets the event. A poll may take it back before a wait
- * sees it: look at what you want to tell the waiting thread after each poll.
+ * readable until the next poll or wait, on Windows it sets the event. With no wait under way a poll takes it
+ * back: look at what you want to tell the waiting thread after the polls, before it waits again.
  *
- * Never blocks but for a poll under way at the first call. Any thread; not a signal handler.
+ * Never blocks but for a poll or connect under way at the first call. Any thread; not a signal handler.
  *
  * @retval vantu_orvanta_success          done
  * @retval vantu_orvanta_unexpected_error as for vantu_orvanta_wait
@@ -61,7 +61,7 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_wake(vantu_orvanta_context* context);
  * error of the socket waits. On Windows it is an event for WaitForMultipleObjects, which resets itself with the
  * wait that it ends. Neither tells of operations that are left of a datagram: poll until the event is empty.
  *
- * Never blocks but for a poll under way at the first call. Any thread.
+ * Never blocks but for a poll or connect under way at the first call. Any thread.
  *
  * @param handle receives the file descriptor, or the HANDLE (a WSAEVENT)
  * @retval vantu_orvanta_success          the handle is valid until vantu_orvanta_disconnect
@@ -72,7 +72,7 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_wait_handle(vantu_orvanta_context* conte
 /** When to poll at the latest, so that the connection stays alive: the time of the next keep-alive, or 0 while
  * operations are left of the last datagram. Each request puts it off: ask again after a timer has run.
  *
- * Never blocks but for a poll under way. Any thread.
+ * Never blocks but for a poll or connect under way. Any thread.
  *
  * @param steady_ns receives nanoseconds of the steady clock: std::chrono::steady_clock; on Linux
  *                  CLOCK_MONOTONIC, on Windows QueryPerformanceCounter
