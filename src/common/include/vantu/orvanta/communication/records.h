@@ -208,9 +208,7 @@ typedef struct vantu_orvanta_device {
     uint16_t short_id;     /**< A short number of the device, which people read as four hexadecimal digits. */
     uint8_t uuid[16];      /**< The device's unique number, in wire order. */
     uint8_t information[8]; /**< Part of the details; not specified. */
-    /** The bytes that the two kinds of device share. */
     union {
-        /** The part of an Orvanta3. */
         struct {
             uint8_t handedness; /**< enum vantu_orvanta_handedness */
             uint8_t unused[16]; /**< Not used. */
@@ -220,7 +218,7 @@ typedef struct vantu_orvanta_device {
         } orvanta3;                                    /**< For vantu_orvanta_device_type_orvanta3. */
         vantu_orvanta_palmetron_state palmetron_state; /**< For vantu_orvanta_device_type_palmetron: the
                                                           latest state. */
-    } detail;                                          /**< Read the member that goes with device_type. */
+    } detail; /**< The kinds of device share these bytes: read the member that goes with device_type. */
 } vantu_orvanta_device;
 VANTU_ORVANTA_STATIC_ASSERT(sizeof(vantu_orvanta_device) == 78);
 VANTU_ORVANTA_STATIC_ASSERT(offsetof(vantu_orvanta_device, update_count) == 0);
