@@ -25,6 +25,8 @@ int orvanta_c11_calls_without_a_connection(void) {
     vantu_orvanta_config_gravity_compensation gravity = {1, 0.75f};
     vantu_orvanta_config_torque_scaling torque = {1};
     const uint8_t left = vantu_orvanta_handedness_left;
+    const uint8_t uuid[16] = {[15] = 1};
+    char text[VANTU_ORVANTA_UUID_TEXT_SIZE];
     uint32_t id = 0;
     size_t count = 1;
     vantu_orvanta_context* context = vantu_orvanta_context_create();
@@ -37,6 +39,15 @@ int orvanta_c11_calls_without_a_connection(void) {
     EXPECT(context != NULL);
     EXPECT(sizeof(event) == 310 && sizeof(device) == 78);
     EXPECT(strcmp(vantu_orvanta_error_message(vantu_orvanta_timed_out), "operation timed out") == 0);
+    EXPECT(strcmp(vantu_orvanta_error_name(vantu_orvanta_timed_out), "timed_out") == 0);
+    EXPECT(strcmp(vantu_orvanta_event_type_name(vantu_orvanta_event_ack), "ack") == 0);
+    EXPECT(strcmp(vantu_orvanta_device_type_name(vantu_orvanta_device_type_orvanta3), "orvanta3") == 0);
+    EXPECT(strcmp(vantu_orvanta_handedness_name(left), "left") == 0);
+    EXPECT(strcmp(vantu_orvanta_log_level_name(vantu_orvanta_log_info), "info") == 0);
+    vantu_orvanta_uuid_text(uuid, text);
+    EXPECT(strcmp(text, "00000000-0000-0000-0000-000000000001") == 0);
+    EXPECT(strcmp(vantu_orvanta_version(), VANTU_ORVANTA_VERSION) == 0);
+    EXPECT(vantu_orvanta_version_number() == VANTU_ORVANTA_VERSION_NUMBER);
     EXPECT(vantu_orvanta_init() == 0);
     EXPECT(vantu_orvanta_log_sink_set(take_line) == 0 && vantu_orvanta_log_sink_set(NULL) == 0);
     EXPECT(vantu_orvanta_connect(NULL, "c", 0, 0, 1, 1) == 2);

@@ -21,8 +21,9 @@
  * | devices.h | the devices that the service has listed |
  * | communication/records.h | the event, the records of its payload, the device's record |
  * | error_codes.h | the codes by name |
- * | names.h | texts and names of codes |
+ * | names.h | texts and names of numbers |
  * | log.h | where the library's log lines go |
+ * | version.h | the version of headers and library |
  *
  * # Codes
  * Every function that returns int32_t returns an error code of error_codes.h. Arguments are checked first,
@@ -56,5 +57,6 @@
 #include "vantu/orvanta/names.h"
 #include "vantu/orvanta/poll_thread.h"
 #include "vantu/orvanta/requests.h"
+#include "vantu/orvanta/version.h"
 
 #endif
