@@ -38,6 +38,7 @@ misses() {
 
 uncomment='s,/\*\*,/*,'
 misses vantu_orvanta_error_message "$flat/names.h" "/Tells an error code/ $uncomment"
+misses vantu_orvanta_event_get_table_block_301 "$flat/event_records.h" "/Copies the record of/ $uncomment"
 misses vantu_orvanta_context "$flat/connection.h" "/One connection; opaque/ $uncomment"
 misses vantu_orvanta_log_level "$flat/log.h" "/Log levels/ $uncomment"
 misses vantu_orvanta_log_info "$flat/log.h" "/log_info/ $uncomment"

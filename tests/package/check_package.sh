@@ -31,7 +31,7 @@ prefix=$scratch/moved
 mv "$scratch/first" "$prefix"
 
 headers=$(cd "$prefix/include/vantu/orvanta" && find . -type f | sort | tr '\n' ' ')
-wanted='./client.hpp ./communication/records.h ./connection.h ./devices.h ./error_codes.h ./export.h ./log.h ./names.h ./orvanta.h ./poll_thread.h ./requests.h ./simulator.hpp ./version.h '
+wanted='./client.hpp ./communication/records.h ./connection.h ./devices.h ./error_codes.h ./event_records.h ./export.h ./log.h ./names.h ./orvanta.h ./poll_thread.h ./requests.h ./simulator.hpp ./version.h '
 [ "$headers" = "$wanted" ] || fail "installed headers are $headers"
 [ "$(find "$prefix/include" -type f | wc -l)" = "$(wc -w <<<"$wanted")" ] || fail "there are headers outside of vantu/orvanta"
 

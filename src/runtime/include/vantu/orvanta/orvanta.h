@@ -20,6 +20,7 @@
  * | requests.h | what is asked of a device; answers come as events |
  * | devices.h | the devices that the service has listed |
  * | communication/records.h | the event, the records of its payload, the device's record |
+ * | event_records.h | the record of an event, copied by type |
  * | error_codes.h | the codes by name |
  * | names.h | texts and names of numbers |
  * | log.h | where the library's log lines go |
@@ -52,6 +53,7 @@
 #include "vantu/orvanta/connection.h"
 #include "vantu/orvanta/devices.h"
 #include "vantu/orvanta/error_codes.h"
+#include "vantu/orvanta/event_records.h"
 #include "vantu/orvanta/export.h"
 #include "vantu/orvanta/log.h"
 #include "vantu/orvanta/names.h"
