@@ -4,6 +4,15 @@
 #ifndef VANTU_ORVANTA_ERROR_CODES_H
 #define VANTU_ORVANTA_ERROR_CODES_H
 
+/** Lets the compiler warn where the result of a function is ignored and something is lost with it. */
+#if defined(__cplusplus)
+#define VANTU_ORVANTA_NODISCARD [[nodiscard]]
+#elif defined(__GNUC__)
+#define VANTU_ORVANTA_NODISCARD __attribute__((warn_unused_result))
+#else
+#define VANTU_ORVANTA_NODISCARD
+#endif
+
 /** The codes that have a name. 9 to 11, 160 to 163, 176 to 178, 192 to 195, 208 and 209 are statuses of the
  * service; the client gives names to those that it uses itself. 255 is a status that it does not know. */
 enum vantu_orvanta_error_code {

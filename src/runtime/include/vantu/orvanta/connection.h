@@ -23,7 +23,7 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_init(void);
 
 /** Makes a new context, not connected. Does not block; any thread.
  * @return the context, which vantu_orvanta_disconnect frees; null when memory runs out */
-VANTU_ORVANTA_API vantu_orvanta_context* vantu_orvanta_context_create(void);
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API vantu_orvanta_context* vantu_orvanta_context_create(void);
 
 /** Connects to the service on its own port (54320), from the first of the local ports 54321 to 54336 on which
  * that works. Blocks for up to 16 reply time-outs; logs a line for each port it tries. Call it from one
@@ -43,9 +43,11 @@ VANTU_ORVANTA_API vantu_orvanta_context* vantu_orvanta_context_create(void);
  * @retval vantu_orvanta_another_client_connected the service serves another client only
  * @retval vantu_orvanta_buffer_full_or_empty     the service has no room for one more
  * @return otherwise a transport code */
-VANTU_ORVANTA_API int32_t vantu_orvanta_connect(vantu_orvanta_context* context, const char* name,
-                                                uint16_t value_a, uint16_t value_b, uint64_t keep_alive_ns,
-                                                uint64_t reply_timeout_ns);
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_connect(vantu_orvanta_context* context,
+                                                                        const char* name, uint16_t value_a,
+                                                                        uint16_t value_b,
+                                                                        uint64_t keep_alive_ns,
+                                                                        uint64_t reply_timeout_ns);
 
 /** Makes one attempt to connect, from one local port to one service port. Blocks for up to one reply
  * time-out; for the rest as vantu_orvanta_connect.
@@ -65,10 +67,9 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_connect(vantu_orvanta_context* context, 
  * @retval vantu_orvanta_another_client_connected the service serves another client only
  * @retval vantu_orvanta_buffer_full_or_empty     the service has no room for one more
  * @return otherwise a transport code */
-VANTU_ORVANTA_API int32_t vantu_orvanta_connect_ports(vantu_orvanta_context* context, const char* client_port,
-                                                      const char* service_port, const char* name,
-                                                      uint16_t value_a, uint16_t value_b,
-                                                      uint64_t keep_alive_ns, uint64_t reply_timeout_ns);
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_connect_ports(
+    vantu_orvanta_context* context, const char* client_port, const char* service_port, const char* name,
+    uint16_t value_a, uint16_t value_b, uint64_t keep_alive_ns, uint64_t reply_timeout_ns);
 
 /** Takes at most one operation from the service and keeps the connection alive. Never waits for traffic;
  * calls no handler. Any thread; calls wait for each other. Polling may go on after any code.
@@ -84,7 +85,8 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_connect_ports(vantu_orvanta_context* con
  * @retval vantu_orvanta_no_matching_device       details came of a device that is not listed with that type
  * @retval vantu_orvanta_unexpected_error         memory ran out
  * @return otherwise a transport code */
-VANTU_ORVANTA_API int32_t vantu_orvanta_poll(vantu_orvanta_context* context, vantu_orvanta_event* event);
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_poll(vantu_orvanta_context* context,
+                                                                     vantu_orvanta_event* event);
 
 /** Says goodbye to the service if connected, closes the socket and frees the context. Waits up to 100 ms for
  * the service's answer. Stop the polling thread first; nothing may use the context while or after this runs.

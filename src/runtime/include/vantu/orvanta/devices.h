@@ -20,8 +20,8 @@ extern "C" {
  * @retval vantu_orvanta_invalid_connection_state not connected
  * @retval vantu_orvanta_buffer_full_or_empty     there are more devices than room: the array is full and
  *                                                usable */
-VANTU_ORVANTA_API int32_t vantu_orvanta_device_ids(vantu_orvanta_context* context, uint32_t* ids,
-                                                   size_t* count);
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_device_ids(vantu_orvanta_context* context,
+                                                                           uint32_t* ids, size_t* count);
 
 /** Copies what the library keeps of one device: its listing, details and latest state. Waits for one table
  * update at most; any thread.
@@ -30,8 +30,9 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_device_ids(vantu_orvanta_context* contex
  * @retval vantu_orvanta_invalid_argument         context or device is null, or device_id is 0
  * @retval vantu_orvanta_invalid_connection_state not connected
  * @retval vantu_orvanta_no_matching_device       no such device is listed */
-VANTU_ORVANTA_API int32_t vantu_orvanta_device_info(vantu_orvanta_context* context, uint32_t device_id,
-                                                    vantu_orvanta_device* device);
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_device_info(vantu_orvanta_context* context,
+                                                                            uint32_t device_id,
+                                                                            vantu_orvanta_device* device);
 
 #ifdef __cplusplus
 }

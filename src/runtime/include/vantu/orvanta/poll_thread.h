@@ -28,7 +28,7 @@ typedef void (*vantu_orvanta_event_handler)(void* user, const vantu_orvanta_even
  * @param user    handed to the handler; may be null
  * @return the thread, which vantu_orvanta_poll_thread_stop frees; null for a null context or handler and when
  *         memory runs out */
-VANTU_ORVANTA_API vantu_orvanta_poll_thread* vantu_orvanta_poll_thread_start(
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API vantu_orvanta_poll_thread* vantu_orvanta_poll_thread_start(
     vantu_orvanta_context* context, vantu_orvanta_event_handler handler, void* user);
 
 /** Tells the code that ended a polling thread. Does not block; any thread, until
