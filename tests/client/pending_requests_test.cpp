@@ -13,7 +13,7 @@ using save_handler = reply_handler<vantu_orvanta_config_save>;
 
 std::int32_t send_save(pending_requests& pending, const std::function<std::int32_t(std::uint8_t tag)>& send,
                        save_handler handler = {}) {
-    return send_with_handler(pending, vantu_orvanta_event_config_save, std::move(handler), send);
+    return send_with_handler(pending, vantu_orvanta_event_config_save, std::move(handler), {}, send);
 }
 
 TEST(a_failed_send, gives_its_code_and_leaves_nothing_that_waits) {
