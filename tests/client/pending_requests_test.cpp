@@ -2,7 +2,6 @@
 #include "client/pending_requests.hpp"
 
 #include <gtest/gtest.h>
-#include <limits>
 #include <memory>
 #include <vector>
 
@@ -60,8 +59,6 @@ TEST(a_failed_send, does_not_take_out_a_later_request_under_its_tag) {
     EXPECT_TRUE(pending.withdraw(later.back())) << "the later request was taken out";
 }
 
-constexpr std::int64_t no_deadline = std::numeric_limits<std::int64_t>::max();
-
 class waiting_deadlines : public testing::Test {
   protected:
     // Enters a request and gives its tag, which is the next of 1, 2, 3.
@@ -80,7 +77,7 @@ class waiting_deadlines : public testing::Test {
 TEST_F(waiting_deadlines, pass_in_their_own_order_and_not_before_their_time) {
     const std::uint8_t third = enter(30);
     const std::uint8_t first = enter(10);
-    const std::uint8_t endless = enter(no_deadline);
+    const std::uint8_t endless = enter(latest_ns);
     const std::uint8_t second = enter(20);
     EXPECT_FALSE(expire(9));
     EXPECT_TRUE(expire(10));
@@ -89,7 +86,7 @@ TEST_F(waiting_deadlines, pass_in_their_own_order_and_not_before_their_time) {
     EXPECT_TRUE(expire(40));
     EXPECT_FALSE(waits(second));
     EXPECT_TRUE(waits(third));
-    EXPECT_FALSE(expire(no_deadline - 1));
+    EXPECT_FALSE(expire(latest_ns - 1));
     EXPECT_TRUE(waits(endless));
 }
 
@@ -104,9 +101,9 @@ TEST_F(waiting_deadlines, do_not_pass_for_what_is_newer) {
 }
 
 TEST_F(waiting_deadlines, are_found_without_the_lock_no_later_than_they_pass) {
-    EXPECT_EQ(pending.no_deadline_before_ns(), no_deadline);
-    static_cast<void>(enter(no_deadline));
-    EXPECT_EQ(pending.no_deadline_before_ns(), no_deadline);
+    EXPECT_EQ(pending.no_deadline_before_ns(), latest_ns);
+    static_cast<void>(enter(latest_ns));
+    EXPECT_EQ(pending.no_deadline_before_ns(), latest_ns);
     static_cast<void>(enter(30));
     const std::uint8_t soon = enter(10);
     static_cast<void>(enter(20));
@@ -119,15 +116,15 @@ TEST_F(waiting_deadlines, are_found_without_the_lock_no_later_than_they_pass) {
     EXPECT_TRUE(expire(30));
     EXPECT_TRUE(expire(30));
     EXPECT_FALSE(expire(30));
-    EXPECT_EQ(pending.no_deadline_before_ns(), no_deadline);
+    EXPECT_EQ(pending.no_deadline_before_ns(), latest_ns);
 }
 
 TEST_F(waiting_deadlines, are_gone_with_their_request_and_not_those_of_the_next_under_the_tag) {
     for (int i = 0; i < 255; ++i) {
         ASSERT_TRUE(waits(enter(10)));
     }
-    EXPECT_EQ(pending.next_deadline_ns(), no_deadline);
-    const std::uint8_t endless = enter(no_deadline);
+    EXPECT_EQ(pending.next_deadline_ns(), latest_ns);
+    const std::uint8_t endless = enter(latest_ns);
     EXPECT_FALSE(expire(10));
     EXPECT_TRUE(waits(endless));
 }
