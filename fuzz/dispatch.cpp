@@ -1,16 +1,18 @@
-// Class client's requests and dispatch in any order: each handler is called once with what ended its request,
-// each other event goes to its callback, and tags are used in turn.
+// Class client's requests, dispatch, deadlines and cancels in any order: each handler is called once with
+// what ended its request, each other event goes to its callback, and tags are used in turn.
 #include "flat_api_stand_in.hpp"
 #include "script.hpp"
 #include "vantu/orvanta/client.hpp"
 #include "waiting_model.hpp"
 
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <optional>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -34,6 +36,7 @@ class run {
   public:
     explicit run(script& input) : input_(input), client_(callbacks()) {
         on_request = [this](std::uint8_t tag) { return answer_request(tag); };
+        now_ns = 1'000'000'000;
     }
 
     void take_step() {
@@ -49,9 +52,19 @@ class run {
             client_.fail_requests(static_cast<std::int32_t>(*failing_code_));
             require_all_failed();
             failing_code_.reset();
-        } else {
+        } else if (step < 240) {
             dispatch(next_event(step));
+        } else if (step < 248) {
+            now_ns += input_.byte();
+            if (step % 2 == 0) {
+                expiry_ = 0;
+                client_.expire_requests();
+                require_all_expired();
+            }
+        } else {
+            cancel();
         }
+        require(client_.next_deadline_ns() == waiting_.next_deadline_ns(), "another deadline comes next");
     }
 
   private:
@@ -129,8 +142,10 @@ class run {
 
     void answered(std::uint64_t serial, outcome result, unsigned device_id, const void* record,
                   const vantu_orvanta_error* error, bool has_no_record) {
-        require(event_ != nullptr || failing_code_, "a handler was called outside dispatch");
-        if (failing_code_) {
+        require(event_ != nullptr || failing_code_ || expiry_, "a handler was called outside dispatch");
+        if (result == outcome::timed_out) {
+            expired(serial, device_id, record, error);
+        } else if (failing_code_) {
             auto next = waiting_.take_next(failed_tag_, newest_);
             while (next && !next->has_handler) {
                 next = waiting_.take_next(failed_tag_, newest_);
@@ -156,7 +171,44 @@ class run {
         }
         if (const std::uint8_t choice = input_.byte(); choice < 64) {
             request(choice);
+        } else if (choice < 72) {
+            cancel();
         }
+    }
+
+    void expired(std::uint64_t serial, unsigned device_id, const void* record,
+                 const vantu_orvanta_error* error) {
+        require(!failing_code_ && !expects_callback_ && expected_serial_ == 0 && expiry_,
+                "a deadline was looked at too early");
+        if (*expiry_ == 0) {
+            expiry_ = last_serial_;
+        }
+        auto next = waiting_.take_expired(now_ns, *expiry_);
+        while (next && !next->has_handler) {
+            next = waiting_.take_expired(now_ns, *expiry_);
+        }
+        require(next && next->serial == serial, "another request's deadline was due");
+        require(device_id == 0 && record == nullptr && error != nullptr &&
+                    error->status == vantu_orvanta_timed_out,
+                "a deadline gave something else than its error");
+    }
+
+    void require_all_expired() {
+        const std::uint64_t newest = *expiry_ == 0 ? last_serial_ : *expiry_;
+        expiry_.reset();
+        while (const auto dropped = waiting_.take_expired(now_ns, newest)) {
+            require(!dropped->has_handler, "a deadline passed and its handler waits");
+        }
+    }
+
+    void cancel() {
+        if (sent_.empty()) {
+            require(!client_.cancel({}), "no request was cancelled");
+            return;
+        }
+        const sent_request& one = sent_[input_.number(2) % sent_.size()];
+        require(client_.cancel(one.ticket) == waiting_.withdraw(one.tag, one.serial),
+                "a cancel returned something else");
     }
 
     void request(std::uint8_t step) {
@@ -164,43 +216,55 @@ class run {
         const bool wanted = step % 16 != 15;
         const bool was_full = waiting_.is_full();
         constexpr std::array<std::uint32_t, 9> answers{18, 19, 51, 64, 65, 65, 66, 66, 67};
-        const std::size_t kind = input_.byte() % answers.size();
-        expected_tag_ = was_full ? std::uint8_t{0} : waiting_.enter(answers[kind], serial, wanted);
+        const std::uint8_t choice = input_.byte();
+        const std::size_t kind = choice % answers.size();
+        const std::chrono::nanoseconds timeout =
+            choice < 128 ? std::chrono::nanoseconds::max() : std::chrono::nanoseconds(choice - 136);
+        const std::int64_t deadline_ns = choice < 128   ? waiting_model::never_ns
+                                         : choice < 136 ? now_ns
+                                                        : now_ns + choice - 136;
+        expected_tag_ =
+            was_full ? std::uint8_t{0} : waiting_.enter(answers[kind], serial, wanted, deadline_ns);
         const std::uint8_t tag = expected_tag_;
         sent_code_ = -1;
-        const std::int32_t code = ask(kind, wanted);
+        request_ticket ticket;
+        const std::int32_t code = ask(kind, wanted, {timeout, &ticket});
+        require((ticket == request_ticket{}) == was_full, "a ticket names no request");
         if (was_full) {
             require(code == vantu_orvanta_request_queue_full && sent_code_ == -1, "a request had no tag");
             return;
         }
+        sent_.push_back({ticket, tag, serial});
         require(sent_code_ != -1, "a request was not sent");
         const bool failed = sent_code_ != 0 && waiting_.withdraw(tag, serial);
         require(code == (failed ? sent_code_ : 0), "a request returned another code");
     }
 
-    std::int32_t ask(std::size_t kind, bool wanted) {
+    std::int32_t ask(std::size_t kind, bool wanted, const request_options& options) {
         switch (kind) {
         case 0:
-            return client_.device_open(1, 0, handler<void>(wanted));
+            return client_.device_open(1, 0, handler<void>(wanted), options);
         case 1:
-            return client_.device_close(1, handler<void>(wanted));
+            return client_.device_close(1, handler<void>(wanted), options);
         case 2:
-            return client_.orientation_get(1, handler<vantu_orvanta_orientation>(wanted));
+            return client_.orientation_get(1, handler<vantu_orvanta_orientation>(wanted), options);
         case 3:
-            return client_.config_save(1, handler<vantu_orvanta_config_save>(wanted));
+            return client_.config_save(1, handler<vantu_orvanta_config_save>(wanted), options);
         case 4:
             return client_.config_gravity_compensation_get(
-                1, handler<vantu_orvanta_config_gravity_compensation>(wanted));
+                1, handler<vantu_orvanta_config_gravity_compensation>(wanted), options);
         case 5:
             return client_.config_gravity_compensation_set(
-                1, {}, handler<vantu_orvanta_config_gravity_compensation>(wanted));
+                1, {}, handler<vantu_orvanta_config_gravity_compensation>(wanted), options);
         case 6:
-            return client_.config_torque_scaling_get(1, handler<vantu_orvanta_config_torque_scaling>(wanted));
+            return client_.config_torque_scaling_get(1, handler<vantu_orvanta_config_torque_scaling>(wanted),
+                                                     options);
         case 7:
-            return client_.config_torque_scaling_set(1, {},
-                                                     handler<vantu_orvanta_config_torque_scaling>(wanted));
+            return client_.config_torque_scaling_set(
+                1, {}, handler<vantu_orvanta_config_torque_scaling>(wanted), options);
         default:
-            return client_.config_handedness_set(1, 1, handler<vantu_orvanta_config_handedness>(wanted));
+            return client_.config_handedness_set(1, 1, handler<vantu_orvanta_config_handedness>(wanted),
+                                                 options);
         }
     }
 
@@ -209,7 +273,7 @@ class run {
         require(tag == expected_tag_ && tag != 0, "a request has another tag than the one longest free");
         const std::uint8_t choice = input_.byte();
         const std::int32_t code = choice % 4 == 1 ? vantu_orvanta_invalid_connection_state : 0;
-        if (choice >= 192 && event_ == nullptr && !failing_code_) {
+        if (choice >= 192 && event_ == nullptr && !failing_code_ && !expiry_) {
             vantu_orvanta_event event = next_event(choice);
             event.tag = choice >= 224 ? tag : event.tag;
             dispatch(event);
@@ -258,11 +322,19 @@ class run {
                 expected_serial_ = taken->has_handler ? taken->serial : 0;
             }
         }
+        expiry_ = 0;
         const bool result = client_.dispatch(event);
         require(result == (event.event_type != 0), "dispatch returned something else");
         require(!expects_callback_ && expected_serial_ == 0, "an event went nowhere");
+        require_all_expired();
         event_ = nullptr;
     }
+
+    struct sent_request {
+        request_ticket ticket;
+        std::uint8_t tag;
+        std::uint64_t serial;
+    };
 
     script& input_;
     waiting_model waiting_;
@@ -272,6 +344,9 @@ class run {
     std::optional<std::uint32_t> failing_code_; // while an end of the connection ends the requests
     std::uint8_t failed_tag_{0};                // up to which it has
     std::uint64_t newest_{0};                   // the last request that it ends
+    std::optional<std::uint64_t>
+        expiry_; // while deadlines are looked at: the newest request that counts, or 0
+    std::vector<sent_request> sent_;
     std::uint8_t expected_tag_{0};
     std::int32_t sent_code_{-1};
     std::uint64_t last_serial_{0};

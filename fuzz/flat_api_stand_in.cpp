@@ -1,5 +1,7 @@
 #include "flat_api_stand_in.hpp"
 
+#include "runtime/idle_task.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 #include "vantu/orvanta/orvanta.h"
 
 struct vantu_orvanta_context {
@@ -7,6 +9,16 @@ struct vantu_orvanta_context {
 };
 
 using orvanta_fuzz::on_request;
+
+namespace vantu::orvanta {
+
+void set_idle_task(vantu_orvanta_context& /*context*/, const idle_task* /*task*/) {}
+
+std::int64_t platform::steady_now_ns() noexcept {
+    return orvanta_fuzz::now_ns;
+}
+
+} // namespace vantu::orvanta
 
 vantu_orvanta_context* vantu_orvanta_context_create() {
     return new vantu_orvanta_context;

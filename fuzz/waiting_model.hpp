@@ -1,20 +1,24 @@
-// The waiting requests of class client, modelled in another way: by tag, the event that answers
+// The waiting requests of class client, modelled in another way: by tag, the event that answers, the deadline
 // and the handler; and the tags that are free, the longest free first.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <optional>
 
 namespace orvanta_fuzz {
 
 class waiting_model {
   public:
+    static constexpr std::int64_t never_ns = std::numeric_limits<std::int64_t>::max();
+
     struct entry {
         std::uint32_t answer{0}; // the type of the event that answers; 0: the tag is free
         std::uint64_t serial{0}; // of the request; counted from 1
         bool has_handler{false};
+        std::int64_t deadline_ns{never_ns};
     };
 
     waiting_model() {
@@ -25,10 +29,11 @@ class waiting_model {
 
     [[nodiscard]] bool is_full() const { return free_.empty(); }
 
-    std::uint8_t enter(std::uint32_t answer, std::uint64_t serial, bool has_handler) {
+    std::uint8_t enter(std::uint32_t answer, std::uint64_t serial, bool has_handler,
+                       std::int64_t deadline_ns) {
         const std::uint8_t tag = free_.front();
         free_.pop_front();
-        entries_[tag] = {answer, serial, has_handler};
+        entries_[tag] = {answer, serial, has_handler, deadline_ns};
         return tag;
     }
 
@@ -59,6 +64,27 @@ class waiting_model {
             }
         }
         return std::nullopt;
+    }
+
+    // The request with the earliest deadline of those that are not newer than this one, if it has passed; of
+    // equal ones that with the lowest tag.
+    std::optional<entry> take_expired(std::int64_t time_ns, std::uint64_t newest) {
+        std::uint8_t found = 0;
+        for (const entry& one : entries_) {
+            if (one.answer != 0 && one.serial <= newest && one.deadline_ns <= time_ns &&
+                (found == 0 || one.deadline_ns < entries_[found].deadline_ns)) {
+                found = static_cast<std::uint8_t>(&one - entries_.data());
+            }
+        }
+        return found == 0 ? std::nullopt : std::optional(release(found));
+    }
+
+    [[nodiscard]] std::int64_t next_deadline_ns() const {
+        std::int64_t next_ns = never_ns;
+        for (const entry& one : entries_) {
+            next_ns = one.answer != 0 && one.deadline_ns < next_ns ? one.deadline_ns : next_ns;
+        }
+        return next_ns;
     }
 
   private:

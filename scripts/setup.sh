@@ -25,6 +25,7 @@ test)
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
         mandoc:mandoc
+        doxygen:doxygen
         python3:python3
         ccache:ccache
     )

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pending_requests.hpp"
+#include "runtime/idle_task.hpp"
 #include "vantu/orvanta/client.hpp"
 
 #include <cstdint>
@@ -21,17 +22,18 @@ struct client::implementation {
 
     config callbacks;
     pending_requests pending;
+    idle_task when_idle{};
     std::unique_ptr<vantu_orvanta_context, context_deleter> context;
 
     // Sends a request whose handler waits for the answer that the operation table names.
     template <std::uint8_t operation, typename Record, typename Send>
-    std::int32_t request(reply_handler<Record>&& handler, Send send) {
+    std::int32_t request(reply_handler<Record>&& handler, const request_options& options, Send send) {
         static_assert(has_handler(communication::row_of(operation, communication::direction::to_service)),
                       "the operation table names the answer of the request");
         static_assert(std::is_same_v<answer_record<operation>, Record>,
                       "a handler takes the record of the request's answer");
         constexpr std::uint32_t event_type = communication::answer_event_of(operation);
-        return send_with_handler(pending, event_type, std::move(handler), std::move(send));
+        return send_with_handler(pending, event_type, std::move(handler), options, std::move(send));
     }
 };
 

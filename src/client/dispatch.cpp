@@ -1,5 +1,6 @@
 // The way of an event to the handler that waits for it, or to its callback.
 #include "client_implementation.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 #include "vantu/orvanta/communication/bodies.hpp"
 
 #include <cstring>
@@ -41,30 +42,34 @@ outcome outcome_of(std::uint32_t event_type) {
     }
 }
 
-void complete(client& owner, const reply_handler<void>& handler, const vantu_orvanta_event& event) {
-    const outcome result = outcome_of(event.event_type);
-    call(handler, owner,
-         reply<void>{result, event.device_id,
-                     result == outcome::failed ? &record_of<vantu_orvanta_error>(event) : nullptr});
+const vantu_orvanta_error* error_of(outcome result, const vantu_orvanta_event& event) {
+    const bool has_error = result == outcome::failed || result == outcome::timed_out;
+    return has_error ? &record_of<vantu_orvanta_error>(event) : nullptr;
+}
+
+void complete(client& owner, const reply_handler<void>& handler, const vantu_orvanta_event& event,
+              outcome result) {
+    call(handler, owner, reply<void>{result, event.device_id, error_of(result, event)});
 }
 
 template <typename Record>
-void complete(client& owner, const reply_handler<Record>& handler, const vantu_orvanta_event& event) {
-    const outcome result = outcome_of(event.event_type);
+void complete(client& owner, const reply_handler<Record>& handler, const vantu_orvanta_event& event,
+              outcome result) {
     call(handler, owner,
          reply<Record>{result, event.device_id,
                        result == outcome::replied ? &record_of<Record>(event) : nullptr,
-                       result == outcome::failed ? &record_of<vantu_orvanta_error>(event) : nullptr});
+                       error_of(result, event)});
 }
 
 // Calls a handler that was taken out; false when there is none.
-bool complete(client& owner, const any_reply_handler& waiting, const vantu_orvanta_event& event) {
+bool complete(client& owner, const any_reply_handler& waiting, const vantu_orvanta_event& event,
+              outcome result) {
     return std::visit(
         [&](const auto& handler) {
             if constexpr (std::is_same_v<std::decay_t<decltype(handler)>, std::monostate>) {
                 return false;
             } else {
-                complete(owner, handler, event);
+                complete(owner, handler, event, result);
                 return true;
             }
         },
@@ -73,7 +78,8 @@ bool complete(client& owner, const any_reply_handler& waiting, const vantu_orvan
 
 // Calls the handler that waits for an event; false when there is none, as for every event that is no answer.
 bool complete_request(client& owner, pending_requests& pending, const vantu_orvanta_event& event) {
-    return event.tag != 0 && complete(owner, pending.take(event.event_type, event.tag), event);
+    return event.tag != 0 &&
+           complete(owner, pending.take(event.event_type, event.tag), event, outcome_of(event.event_type));
 }
 
 void call_on_device(const client::record_callback<vantu_orvanta_device>& callback, client& owner,
@@ -85,18 +91,26 @@ void call_on_device(const client::record_callback<vantu_orvanta_device>& callbac
     call(callback, owner, event.device_id, device);
 }
 
-} // namespace
+// The event that ends a request without one of the service.
+vantu_orvanta_event error_event(std::int32_t code) {
+    vantu_orvanta_event event{};
+    event.event_type = vantu_orvanta_event_error;
+    const vantu_orvanta_error error{static_cast<std::uint32_t>(code)};
+    std::memcpy(event.payload, &error, sizeof(error));
+    return event;
+}
 
-bool client::dispatch(const vantu_orvanta_event& event) {
-    config& callbacks = self_->callbacks;
-    const auto deliver = [&](const auto& callback) {
-        if (complete_request(*this, self_->pending, event)) {
+// The way of an event to its handler or callback; false when it is empty.
+bool deliver(client& owner, const client::config& callbacks, pending_requests& pending,
+             const vantu_orvanta_event& event) {
+    const auto hand_on = [&](const auto& callback) {
+        if (complete_request(owner, pending, event)) {
             return;
         }
-        if constexpr (std::is_same_v<std::decay_t<decltype(callback)>, device_callback>) {
-            call(callback, *this, event.device_id);
+        if constexpr (std::is_same_v<std::decay_t<decltype(callback)>, client::device_callback>) {
+            call(callback, owner, event.device_id);
         } else {
-            call_with_record(callback, *this, event);
+            call_with_record(callback, owner, event);
         }
     };
     if (event.event_type > vantu_orvanta_event_error) {
@@ -106,91 +120,113 @@ bool client::dispatch(const vantu_orvanta_event& event) {
     case vantu_orvanta_event_none:
         return false;
     case vantu_orvanta_event_disconnected:
-        fail_requests(vantu_orvanta_disconnected_from_service);
-        call(callbacks.on_disconnected, *this);
+        owner.fail_requests(vantu_orvanta_disconnected_from_service);
+        call(callbacks.on_disconnected, owner);
         break;
     case vantu_orvanta_event_device_added:
-        call_on_device(callbacks.on_device, *this, event);
+        call_on_device(callbacks.on_device, owner, event);
         break;
     case vantu_orvanta_event_device_removed:
-        deliver(callbacks.on_device_removed);
+        hand_on(callbacks.on_device_removed);
         break;
     case vantu_orvanta_event_orvanta3_info:
-        deliver(callbacks.on_orvanta3_info);
+        hand_on(callbacks.on_orvanta3_info);
         break;
     case vantu_orvanta_event_palmetron_info:
-        deliver(callbacks.on_palmetron_info);
+        hand_on(callbacks.on_palmetron_info);
         break;
     case vantu_orvanta_event_cursor_state:
-        deliver(callbacks.on_cursor_state);
+        hand_on(callbacks.on_cursor_state);
         break;
     case vantu_orvanta_event_cursor_state_b:
-        deliver(callbacks.on_cursor_state_b);
+        hand_on(callbacks.on_cursor_state_b);
         break;
     case vantu_orvanta_event_palmetron_state:
-        deliver(callbacks.on_palmetron_state);
+        hand_on(callbacks.on_palmetron_state);
         break;
     case vantu_orvanta_event_service_stream_a:
-        call(callbacks.on_service_stream_a, *this, record_of<vantu_orvanta_service_stream_a>(event));
+        call(callbacks.on_service_stream_a, owner, record_of<vantu_orvanta_service_stream_a>(event));
         break;
     case vantu_orvanta_event_service_stream_b:
-        deliver(callbacks.on_service_stream_b);
+        hand_on(callbacks.on_service_stream_b);
         break;
     case vantu_orvanta_event_ack:
-        deliver(callbacks.on_ack);
+        hand_on(callbacks.on_ack);
         break;
     case vantu_orvanta_event_device_opened:
-        deliver(callbacks.on_device_opened);
+        hand_on(callbacks.on_device_opened);
         break;
     case vantu_orvanta_event_device_closed:
-        deliver(callbacks.on_device_closed);
+        hand_on(callbacks.on_device_closed);
         break;
     case vantu_orvanta_event_device_block:
-        deliver(callbacks.on_device_block);
+        hand_on(callbacks.on_device_block);
         break;
     case vantu_orvanta_event_orientation:
-        deliver(callbacks.on_orientation);
+        hand_on(callbacks.on_orientation);
         break;
     case vantu_orvanta_event_config_save:
-        deliver(callbacks.on_config_save);
+        hand_on(callbacks.on_config_save);
         break;
     case vantu_orvanta_event_config_gravity_compensation:
-        deliver(callbacks.on_config_gravity_compensation);
+        hand_on(callbacks.on_config_gravity_compensation);
         break;
     case vantu_orvanta_event_config_torque_scaling:
-        deliver(callbacks.on_config_torque_scaling);
+        hand_on(callbacks.on_config_torque_scaling);
         break;
     case vantu_orvanta_event_config_handedness:
-        deliver(callbacks.on_config_handedness);
+        hand_on(callbacks.on_config_handedness);
         break;
     case vantu_orvanta_event_status_motor_current:
-        deliver(callbacks.on_status_motor_current);
+        hand_on(callbacks.on_status_motor_current);
         break;
     case vantu_orvanta_event_status_power_supply:
-        deliver(callbacks.on_status_power_supply);
+        hand_on(callbacks.on_status_power_supply);
         break;
     case vantu_orvanta_event_table_block_128:
-        deliver(callbacks.on_table_block_128);
+        hand_on(callbacks.on_table_block_128);
         break;
     case vantu_orvanta_event_table_block_301:
-        deliver(callbacks.on_table_block_301);
+        hand_on(callbacks.on_table_block_301);
         break;
     case vantu_orvanta_event_error:
-        deliver(callbacks.on_error);
+        hand_on(callbacks.on_error);
         break;
     }
     return true;
 }
 
+} // namespace
+
 void client::fail_requests(std::int32_t code) {
-    vantu_orvanta_event event{};
-    event.event_type = vantu_orvanta_event_error;
-    const vantu_orvanta_error error{static_cast<std::uint32_t>(code)};
-    std::memcpy(event.payload, &error, sizeof(error));
+    const vantu_orvanta_event event = error_event(code);
     const std::uint64_t newest = self_->pending.newest();
     for (unsigned tag = 1; tag <= pending_requests::tag_count; ++tag) {
-        complete(*this, self_->pending.take_entered_until(newest, static_cast<std::uint8_t>(tag)), event);
+        complete(*this, self_->pending.take_entered_until(newest, static_cast<std::uint8_t>(tag)), event,
+                 outcome::failed);
     }
+}
+
+void client::expire_requests() {
+    pending_requests& pending = self_->pending;
+    const std::int64_t due_ns = pending.no_deadline_before_ns();
+    if (due_ns == latest_ns) {
+        return;
+    }
+    const std::int64_t now_ns = platform::steady_now_ns();
+    if (now_ns < due_ns) {
+        return;
+    }
+    const vantu_orvanta_event event = error_event(vantu_orvanta_timed_out);
+    const std::uint64_t newest = pending.newest();
+    while (complete(*this, pending.take_expired(now_ns, newest), event, outcome::timed_out)) {
+    }
+}
+
+bool client::dispatch(const vantu_orvanta_event& event) {
+    const bool is_event = deliver(*this, self_->callbacks, self_->pending, event);
+    expire_requests();
+    return is_event;
 }
 
 void client::dispatch_event(void* user, const vantu_orvanta_event* event) {

@@ -4,6 +4,7 @@
 #include "core/connection.hpp"
 #include "network/socket.hpp"
 #include "network/socket_waiter.hpp"
+#include "runtime/idle_task.hpp"
 #include "shared_socket.hpp"
 #include "vantu/orvanta/orvanta.h"
 
@@ -23,6 +24,7 @@ struct vantu_orvanta_context {
     vantu::orvanta::endpoint service;
     std::string client_address_text;
     std::uint32_t process_id{0};
+    std::atomic<const vantu::orvanta::idle_task*> when_idle{nullptr};
 
     // On lines of their own: the polling thread works here while others send.
     alignas(64) std::mutex mutex;

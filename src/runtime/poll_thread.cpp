@@ -24,7 +24,18 @@ void run_polling_thread(void* record) {
     run_poll_loop(system);
 }
 
+void run_idle_task(const vantu_orvanta_poll_thread& thread) {
+    const idle_task* task = thread.context->when_idle.load(std::memory_order_acquire);
+    if (task != nullptr && task->user == thread.user) {
+        task->run(task->user);
+    }
+}
+
 } // namespace
+
+void set_idle_task(vantu_orvanta_context& context, const idle_task* task) {
+    context.when_idle.store(task, std::memory_order_release);
+}
 
 poll_step run_poll_step(vantu_orvanta_poll_thread& thread) {
     vantu_orvanta_event event;
@@ -34,6 +45,7 @@ poll_step run_poll_step(vantu_orvanta_poll_thread& thread) {
         return poll_step::finished;
     }
     if (event.event_type == vantu_orvanta_event_none) {
+        run_idle_task(thread);
         return poll_step::idle;
     }
     thread.handler(thread.user, &event);

@@ -3,6 +3,7 @@
 #include "vantu/orvanta/communication/operations.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,6 +18,8 @@ using testing::ElementsAre;
 using vantu::orvanta::client;
 using vantu::orvanta::outcome;
 using vantu::orvanta::reply;
+using vantu::orvanta::request_options;
+using vantu::orvanta::request_ticket;
 
 // The arguments of handlers and default callbacks, as lines of text.
 struct notes {
@@ -25,15 +28,17 @@ struct notes {
     template <typename Record> void handler(const reply<Record>& answer) {
         std::string line = answer.result == outcome::replied        ? "replied"
                            : answer.result == outcome::acknowledged ? "acknowledged"
+                           : answer.result == outcome::timed_out    ? "timed out"
                                                                     : "failed";
         if constexpr (!std::is_void_v<Record>) {
             EXPECT_EQ(answer.record != nullptr, answer.result == outcome::replied);
             line += answer.record == nullptr ? "" : " " + hex(bytes_of(*answer.record));
         }
-        EXPECT_EQ(answer.error != nullptr, answer.result == outcome::failed);
+        EXPECT_EQ(answer.error != nullptr,
+                  answer.result == outcome::failed || answer.result == outcome::timed_out);
         line += answer.error == nullptr ? "" : " " + std::to_string(answer.error->status);
-        if (answer.result == outcome::replied) {
-            EXPECT_EQ(answer.device_id, 5U);
+        if (answer.result == outcome::replied || answer.result == outcome::timed_out) {
+            EXPECT_EQ(answer.device_id, answer.result == outcome::replied ? 5U : 0U);
         }
         lines.push_back(line);
     }
@@ -61,7 +66,7 @@ struct notes {
 
 struct handled_request {
     std::string name;
-    std::function<std::int32_t(client&, unsigned device, notes&)> send;
+    std::function<std::int32_t(client&, unsigned device, notes&, const request_options&)> send;
     std::uint8_t code;
     bytes body; // for device 5
     std::uint8_t reply_code;
@@ -71,47 +76,64 @@ struct handled_request {
 const std::vector<handled_request>& handled_requests() {
     static const std::vector<handled_request> all{
         {"device_open",
-         [](client& c, unsigned d, notes& n) { return c.device_open(d, 0x1234, n.noting()); },
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.device_open(d, 0x1234, n.noting(), o);
+         },
          18,
          join({id_5, {0x34, 0x12}}),
          19,
          {}},
         {"device_close",
-         [](client& c, unsigned d, notes& n) { return c.device_close(d, n.noting()); },
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.device_close(d, n.noting(), o);
+         },
          20,
          id_5,
          21,
          {}},
-        {"orientation_get", [](client& c, unsigned d, notes& n) { return c.orientation_get(d, n.noting()); },
+        {"orientation_get",
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.orientation_get(d, n.noting(), o);
+         },
          47, id_5, 47, counting(0x20, 16)},
         {"config_save",
-         [](client& c, unsigned d, notes& n) { return c.config_save(d, n.noting()); },
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.config_save(d, n.noting(), o);
+         },
          64,
          id_5,
          64,
          {1}},
         {"config_gravity_compensation_get",
-         [](client& c, unsigned d, notes& n) { return c.config_gravity_compensation_get(d, n.noting()); }, 66,
-         id_5, 66, gravity_bytes},
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.config_gravity_compensation_get(d, n.noting(), o);
+         },
+         66, id_5, 66, gravity_bytes},
         {"config_gravity_compensation_set",
-         [](client& c, unsigned d, notes& n) {
-             return c.config_gravity_compensation_set(d, gravity, n.noting());
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.config_gravity_compensation_set(d, gravity, n.noting(), o);
          },
          67, join({id_5, gravity_bytes}), 66, gravity_bytes},
         {"config_torque_scaling_get",
-         [](client& c, unsigned d, notes& n) { return c.config_torque_scaling_get(d, n.noting()); },
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.config_torque_scaling_get(d, n.noting(), o);
+         },
          68,
          id_5,
          68,
          {1}},
         {"config_torque_scaling_set",
-         [](client& c, unsigned d, notes& n) { return c.config_torque_scaling_set(d, torque, n.noting()); },
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.config_torque_scaling_set(d, torque, n.noting(), o);
+         },
          69,
          join({id_5, {1}}),
          68,
          {1}},
         {"config_handedness_set",
-         [](client& c, unsigned d, notes& n) { return c.config_handedness_set(d, 2, n.noting()); },
+         [](client& c, unsigned d, notes& n, const request_options& o) {
+             return c.config_handedness_set(d, 2, n.noting(), o);
+         },
          71,
          join({id_5, {2}}),
          70,
@@ -123,9 +145,9 @@ const std::vector<handled_request>& handled_requests() {
 class a_handled_request : public testing::TestWithParam<handled_request> {
   protected:
     // Sends the request and returns its tag.
-    std::uint8_t send() {
+    std::uint8_t send(const request_options& options = {}) {
         session.expect(GetParam().code, GetParam().body);
-        EXPECT_EQ(GetParam().send(session.client(), 5, noted), 0);
+        EXPECT_EQ(GetParam().send(session.client(), 5, noted, options), 0);
         const std::uint8_t tag = session.tag_of_last_request();
         EXPECT_NE(tag, 0);
         return tag;
@@ -155,6 +177,24 @@ TEST_P(a_handled_request, ends_with_the_error_of_the_service) {
     EXPECT_THAT(noted.lines, ElementsAre("failed 177"));
 }
 
+TEST_P(a_handled_request, ends_at_its_deadline) {
+    const std::uint8_t tag = send({std::chrono::seconds(-1)});
+    session.client().expire_requests();
+    EXPECT_THAT(noted.lines, ElementsAre("timed out 4"));
+    session.receive(op(2, tag));
+    session.client().expire_requests();
+    EXPECT_THAT(noted.lines, ElementsAre("timed out 4", "default ack"));
+}
+
+TEST_P(a_handled_request, is_not_ended_after_a_cancel) {
+    request_ticket ticket;
+    const std::uint8_t tag = send({std::chrono::seconds(-1), &ticket});
+    EXPECT_TRUE(session.client().cancel(ticket));
+    session.client().expire_requests();
+    session.receive(op(2, tag));
+    EXPECT_THAT(noted.lines, ElementsAre("default ack"));
+}
+
 TEST_P(a_handled_request, ends_once_and_leaves_what_follows_to_the_default_callbacks) {
     const std::uint8_t tag = send();
     session.receive(reply_under(tag));
@@ -179,7 +219,7 @@ TEST_P(a_handled_request, is_not_ended_by_its_own_reply_under_another_tag) {
 }
 
 TEST_P(a_handled_request, returns_2_for_device_0_and_enters_nothing) {
-    EXPECT_EQ(GetParam().send(session.client(), 0, noted), vantu_orvanta_invalid_argument);
+    EXPECT_EQ(GetParam().send(session.client(), 0, noted, {}), vantu_orvanta_invalid_argument);
     for (int tag = 0; tag < 256; ++tag) {
         session.client().dispatch(make_event(vantu_orvanta_event_ack, static_cast<std::uint8_t>(tag)));
     }
@@ -188,7 +228,7 @@ TEST_P(a_handled_request, returns_2_for_device_0_and_enters_nothing) {
 
 TEST_P(a_handled_request, returns_3_without_a_connection_and_enters_nothing) {
     client unconnected(noted.config());
-    EXPECT_EQ(GetParam().send(unconnected, 5, noted), vantu_orvanta_invalid_connection_state);
+    EXPECT_EQ(GetParam().send(unconnected, 5, noted, {}), vantu_orvanta_invalid_connection_state);
     for (int tag = 0; tag < 256; ++tag) {
         unconnected.dispatch(make_event(vantu_orvanta_event_ack, static_cast<std::uint8_t>(tag)));
     }

@@ -30,9 +30,18 @@ cmake --install "$build" --prefix "$scratch/first"
 prefix=$scratch/moved
 mv "$scratch/first" "$prefix"
 
-headers=$(cd "$prefix/include" && find . -type f | sort | tr '\n' ' ')
-wanted='./vantu/orvanta/client.hpp ./vantu/orvanta/communication/records.h ./vantu/orvanta/error_codes.h ./vantu/orvanta/export.h ./vantu/orvanta/orvanta.h ./vantu/orvanta/simulator.hpp ./vantu/orvanta/wait.h '
+headers=$(cd "$prefix/include/vantu/orvanta" && find . -type f | sort | tr '\n' ' ')
+wanted='./client.hpp ./communication/records.h ./connection.h ./devices.h ./error_codes.h ./event_records.h ./export.h ./log.h ./names.h ./orvanta.h ./poll_thread.h ./requests.h ./simulator.hpp ./version.h ./wait.h '
 [ "$headers" = "$wanted" ] || fail "installed headers are $headers"
+[ "$(find "$prefix/include" -type f | wc -l)" = "$(wc -w <<<"$wanted")" ] || fail "there are headers outside of vantu/orvanta"
+
+# Each header of the flat API can be read first, and needs no other before it, in both languages.
+for header in "$prefix"/include/vantu/orvanta/{,communication/}*.h; do
+    for language in 'cc -std=c11 -x c' 'c++ -std=c++20 -x c++'; do
+        $language -I "$prefix/include" -Wall -Wextra -Wpedantic -Werror -fsyntax-only "$header" ||
+            fail "$header cannot stand alone: $language"
+    done
+done
 
 scenarios=$(cd "$source/simulator/scenarios" && ls)
 installed=$(cd "$prefix/share/orvanta/scenarios" && ls)

@@ -1,5 +1,7 @@
 // The polling thread: what it hands on, when it ends, and how it is stopped.
+#include "runtime/idle_task.hpp"
 #include "runtime/native_thread.hpp"
+#include "runtime/poll_thread.hpp"
 #include "support/log_capture.hpp"
 #include "support/service_session.hpp"
 
@@ -128,6 +130,45 @@ TEST_F(poll_thread, hands_on_the_goodbye_of_the_service_and_ends_with_3) {
     EXPECT_TRUE(ends_with(vantu_orvanta_invalid_connection_state));
     ASSERT_EQ(recorded.events.size(), 1U);
     EXPECT_EQ(+recorded.events[0].event_type, +vantu_orvanta_event_disconnected);
+}
+
+// The step by itself, without its thread.
+class idle_task : public testing::Test {
+  protected:
+    static void count(void* user) { ++static_cast<idle_task*>(user)->runs; }
+
+    vantu::orvanta::poll_step step(void* user) {
+        vantu_orvanta_poll_thread record{session.context, [](void*, const vantu_orvanta_event*) {}, user};
+        return vantu::orvanta::run_poll_step(record);
+    }
+
+    service_session session;
+    int runs{0};
+    const vantu::orvanta::idle_task task{count, this};
+};
+
+TEST_F(idle_task, runs_after_a_poll_without_an_event_on_the_thread_of_its_user_alone) {
+    using vantu::orvanta::poll_step;
+    EXPECT_EQ(step(this), poll_step::idle);
+    vantu::orvanta::set_idle_task(*session.context, &task);
+    EXPECT_EQ(step(nullptr), poll_step::idle);
+    EXPECT_EQ(step(&session), poll_step::idle);
+    EXPECT_EQ(runs, 0);
+    EXPECT_EQ(step(this), poll_step::idle);
+    EXPECT_EQ(runs, 1);
+    session.service.push(datagram({op(2, 1)}));
+    EXPECT_TRUE(wait_until([&] { return step(nullptr) == poll_step::handled; }));
+    session.service.push(datagram({op(2, 1)}));
+    EXPECT_TRUE(wait_until([&] {
+        const int before = runs;
+        const bool handled = step(this) == poll_step::handled;
+        EXPECT_EQ(runs - before, handled ? 0 : 1);
+        return handled;
+    }));
+    vantu::orvanta::set_idle_task(*session.context, nullptr);
+    const int before = runs;
+    EXPECT_EQ(step(this), poll_step::idle);
+    EXPECT_EQ(runs, before);
 }
 
 TEST(poll_thread_start, ends_with_3_at_once_on_a_context_that_never_connected) {

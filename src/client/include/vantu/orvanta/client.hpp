@@ -4,6 +4,7 @@
 #include "vantu/orvanta/export.h"
 #include "vantu/orvanta/orvanta.h"
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -12,7 +13,8 @@
 
 namespace vantu::orvanta {
 
-// The codes of the flat API by name.
+// The codes of the flat API by name, and those of the service that reach the program as they are: as the
+// error of a reply, or from a connect.
 enum class error_code : std::int32_t {
     success = vantu_orvanta_success,
     unexpected_error = vantu_orvanta_unexpected_error,
@@ -23,6 +25,22 @@ enum class error_code : std::int32_t {
     protocol_parse_failed = vantu_orvanta_protocol_parse_failed,
     no_matching_device = vantu_orvanta_no_matching_device,
     disconnected_from_service = vantu_orvanta_disconnected_from_service,
+    buffer_full_or_empty = vantu_orvanta_buffer_full_or_empty,
+    request_queue_empty = vantu_orvanta_request_queue_empty,
+    request_queue_full = vantu_orvanta_request_queue_full,
+    invalid_version = 160,
+    invalid_operation = 161,
+    invalid_body = 162,
+    invalid_request_argument = 163,
+    client_not_connected = 176,
+    device_not_opened = 177,
+    another_client_connected = vantu_orvanta_another_client_connected,
+    invalid_device_id = 192,
+    invalid_device_type = 193,
+    unsupported_device_model = 194,
+    unparsable_device_pointer = 195,
+    device_communication_error = 208,
+    unknown_client_id = 209,
     os_socket_error = vantu_orvanta_os_socket_error,
 };
 
@@ -59,6 +77,7 @@ enum class outcome : std::uint8_t {
     replied,      // with its record
     acknowledged, // the service took it and sends no record
     failed,       // see error
+    timed_out,    // no end came before the deadline of its request: error 4
 };
 
 // The argument of a one-shot handler; valid until the handler returns.
@@ -66,17 +85,41 @@ template <typename Record> struct reply {
     outcome result;
     unsigned device_id;
     const Record* record;             // null unless replied
-    const vantu_orvanta_error* error; // null unless failed
+    const vantu_orvanta_error* error; // null unless failed or timed out
 };
 
 // The reply to opening or closing a device carries no record.
 template <> struct reply<void> {
     outcome result;
     unsigned device_id;
-    const vantu_orvanta_error* error; // null unless failed
+    const vantu_orvanta_error* error; // null unless failed or timed out
 };
 
 template <typename Record> using reply_handler = std::function<void(client&, const reply<Record>&)>;
+
+// Names one request of one client, for its cancel; a new ticket names none. Copies name the same request.
+class request_ticket {
+  public:
+    friend bool operator==(const request_ticket& a, const request_ticket& b) noexcept {
+        return a.serial_ == b.serial_;
+    }
+    friend bool operator!=(const request_ticket& a, const request_ticket& b) noexcept { return !(a == b); }
+
+  private:
+    friend class pending_requests;
+    std::uint64_t serial_{0};
+    std::uint8_t tag_{0};
+};
+
+// How a request with a handler waits.
+struct request_options {
+    // From the call until the handler is given outcome::timed_out; max() waits without limit, and 0 or less
+    // until the next expire_requests.
+    std::chrono::nanoseconds timeout{std::chrono::nanoseconds::max()};
+    // Null, or receives the request's ticket: before it is sent and before its handler can run. It names no
+    // request after a return of 11.
+    request_ticket* ticket{nullptr};
+};
 
 // One connection with callbacks. Not copyable, not movable: callbacks are given a reference to it.
 //
@@ -84,6 +127,14 @@ template <typename Record> using reply_handler = std::function<void(client&, con
 // at a time, with no lock of the library held. They may send requests and read the device table;
 // they must not stop the polling thread nor destroy the client. What they throw leaves dispatch; on
 // a polling thread that ends the process.
+//
+// Good to know:
+// - on_device is not called for the devices that the service listed while it accepted the connection. They
+// are
+//   in the device table after the connect: see vantu_orvanta_device_ids.
+// - A failed poll ends the polling thread without a callback; vantu_orvanta_poll_thread_result has its code.
+// - An exception between the start and the stop of the polling thread destroys the client under the thread:
+//   let a guard stop it.
 class VANTU_ORVANTA_API client {
   public:
     using signal_callback = std::function<void(client&)>;
@@ -136,11 +187,13 @@ class VANTU_ORVANTA_API client {
     [[nodiscard]] vantu_orvanta_context* context() const noexcept;
 
     // Hands one event to the one-shot handler that waits for it or to its callback. False when the
-    // event is empty (type 0), true otherwise, also for a type it does not know. One thread at a
-    // time. A goodbye calls fail_requests(8) before on_disconnected.
+    // event is empty (type 0), true otherwise, also for a type it does not know; calls expire_requests
+    // afterwards in both cases. One thread at a time. A goodbye calls fail_requests(8) before
+    // on_disconnected.
     bool dispatch(const vantu_orvanta_event& event);
 
-    // A vantu_orvanta_event_handler whose user pointer is the client: dispatches the event to it.
+    // A vantu_orvanta_event_handler whose user pointer is the client: dispatches the event to it. A polling
+    // thread with that user pointer also calls expire_requests while no event comes.
     static void dispatch_event(void* user, const vantu_orvanta_event* event);
 
     // Calls every handler that waits with this code as its error and device id 0, and frees its tag. For the
@@ -150,31 +203,61 @@ class VANTU_ORVANTA_API client {
     // it waits for an answer of its own. What a handler throws leaves the call; those not called yet wait on.
     void fail_requests(std::int32_t code);
 
+    // Calls every handler whose deadline has passed, the earliest first, with outcome::timed_out, error 4 and
+    // device id 0, and frees its tag. Nearly free while nothing is due. For the thread that dispatches, and
+    // only needed by an event loop that does not dispatch at the next deadline. Handlers may send, and throw,
+    // as for fail_requests.
+    void expire_requests();
+
+    // The earliest deadline of a waiting request, in nanoseconds of std::chrono::steady_clock since its
+    // epoch; the largest number when none has a deadline. Any thread.
+    [[nodiscard]] std::int64_t next_deadline_ns() const;
+
+    // Ends the wait of a request without a call, and frees its tag. True: its handler has not been called,
+    // never will be, and is destroyed. False: it was called, is about to be or runs now, or the ticket names
+    // no request that was sent. Any thread, handlers and callbacks included. The request itself is not taken
+    // back.
+    bool cancel(const request_ticket& ticket);
+
     // Requests with a one-shot handler. Each picks a free tag, sends and returns the code of the send; 11
     // when all 255 tags are waiting, and nothing is sent. After a return of 0 the handler is called exactly
-    // once, by the first of
+    // once, unless cancel returns true, by the first of
     // - dispatch, given the answer: its record, an acknowledgement, or the error of the service;
     // - dispatch, given the service's goodbye: error 8;
-    // - fail_requests: the code given to it.
-    // Nothing else ends the wait: no time does, and no code that a poll returns. A destroyed client drops
-    // the handlers that wait. After any other return the handler is never called. Any thread, handlers and
-    // callbacks included. An empty handler is allowed.
-    std::int32_t device_open(unsigned device_id, std::uint16_t value, reply_handler<void> handler);
-    std::int32_t device_close(unsigned device_id, reply_handler<void> handler);
-    std::int32_t orientation_get(unsigned device_id, reply_handler<vantu_orvanta_orientation> handler);
-    std::int32_t config_save(unsigned device_id, reply_handler<vantu_orvanta_config_save> handler);
+    // - fail_requests: the code given to it;
+    // - expire_requests, when the deadline of its options has passed: outcome::timed_out.
+    // Nothing else ends the wait: no code that a poll returns does. A destroyed client drops the handlers
+    // that wait. After any other return the handler is never called. Any thread, handlers and callbacks
+    // included. An empty handler is allowed.
+    //
+    // An answer that comes after its request timed out, was cancelled or failed goes to the default callback
+    // of its event. Its tag is used again after all the others that are free: an answer that is later still,
+    // and fits the request that has the tag by then, is taken for that request's.
+    std::int32_t device_open(unsigned device_id, std::uint16_t value, reply_handler<void> handler,
+                             const request_options& options = {});
+    std::int32_t device_close(unsigned device_id, reply_handler<void> handler,
+                              const request_options& options = {});
+    std::int32_t orientation_get(unsigned device_id, reply_handler<vantu_orvanta_orientation> handler,
+                                 const request_options& options = {});
+    std::int32_t config_save(unsigned device_id, reply_handler<vantu_orvanta_config_save> handler,
+                             const request_options& options = {});
     std::int32_t config_gravity_compensation_get(
-        unsigned device_id, reply_handler<vantu_orvanta_config_gravity_compensation> handler);
+        unsigned device_id, reply_handler<vantu_orvanta_config_gravity_compensation> handler,
+        const request_options& options = {});
     std::int32_t config_gravity_compensation_set(
         unsigned device_id, const vantu_orvanta_config_gravity_compensation& value,
-        reply_handler<vantu_orvanta_config_gravity_compensation> handler);
+        reply_handler<vantu_orvanta_config_gravity_compensation> handler,
+        const request_options& options = {});
     std::int32_t config_torque_scaling_get(unsigned device_id,
-                                           reply_handler<vantu_orvanta_config_torque_scaling> handler);
+                                           reply_handler<vantu_orvanta_config_torque_scaling> handler,
+                                           const request_options& options = {});
     std::int32_t config_torque_scaling_set(unsigned device_id,
                                            const vantu_orvanta_config_torque_scaling& value,
-                                           reply_handler<vantu_orvanta_config_torque_scaling> handler);
+                                           reply_handler<vantu_orvanta_config_torque_scaling> handler,
+                                           const request_options& options = {});
     std::int32_t config_handedness_set(unsigned device_id, std::uint8_t handedness,
-                                       reply_handler<vantu_orvanta_config_handedness> handler);
+                                       reply_handler<vantu_orvanta_config_handedness> handler,
+                                       const request_options& options = {});
 
   private:
     struct implementation;

@@ -1,4 +1,5 @@
-/* Waiting for the service without a tick: in a thread of your own, or in any event loop. C11 and C++.
+/** @file
+ * Waiting for the service without a tick: in a thread of your own, or in any event loop.
  *
  * A loop that waits and then polls until it gets an empty event hears of everything at once and uses no
  * processor while nothing happens:
@@ -17,6 +18,7 @@
 #ifndef VANTU_ORVANTA_WAIT_H
 #define VANTU_ORVANTA_WAIT_H
 
+#include "vantu/orvanta/connection.h"
 #include "vantu/orvanta/error_codes.h"
 #include "vantu/orvanta/export.h"
 
@@ -25,8 +27,6 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-typedef struct vantu_orvanta_context vantu_orvanta_context;
 
 /** Sleeps until there is a reason to poll: a datagram, an operation left of the last one, a keep-alive that is
  * due, an error of the socket, a wake, or a signal that the calling thread handled.
