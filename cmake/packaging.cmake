@@ -30,11 +30,11 @@ install(TARGETS orvanta EXPORT vantu_orvanta_targets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-# Every header of the runtime's include folder is public. Those of the other folders are named.
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/runtime/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  FILES_MATCHING PATTERN "*.h")
+# The headers below vantu/ of these layers are public. Those of the other folders are named.
+foreach(layer runtime client session)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/${layer}/include/vantu DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+endforeach()
 install(FILES
-  ${PROJECT_SOURCE_DIR}/src/client/include/vantu/orvanta/client.hpp
   ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/error_codes.h
   ${PROJECT_BINARY_DIR}/include/vantu/orvanta/export.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta)
