@@ -3,12 +3,6 @@ include(CMakePackageConfigHelpers)
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vantu_orvanta)
 
-if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
-  # Hidden visibility leaves instances of the standard library's templates visible; this hides them.
-  target_link_options(orvanta PRIVATE LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exported_symbols.map)
-  set_target_properties(orvanta PROPERTIES LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exported_symbols.map)
-endif()
-
 if(ORVANTA_BUILD_PROGRAMS)
   # The tools find the library beside themselves, wherever the folder is moved to.
   file(RELATIVE_PATH library_from_tools /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
