@@ -25,6 +25,7 @@ test)
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
         mandoc:mandoc
+        pkg-config:pkg-config
         python3:python3
         ccache:ccache
     )
