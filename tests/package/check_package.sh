@@ -111,10 +111,11 @@ fi
 if [ "$kind" != static ]; then
     library=$prefix/lib/libvantu_orvanta.so
     [ -e "$library" ] || library=$(find "$prefix" -name libvantu_orvanta.so)
+    # All in the version of the interface.
     surplus=$(nm -D --defined-only --demangle "$library" | cut -d' ' -f3- |
-        grep -vE '^(vantu_orvanta_[a-z0-9_]+$|(non-virtual thunk to |vtable for |typeinfo for |typeinfo name for )?vantu::orvanta::)' || true)
+        grep -vE '^(VANTU_ORVANTA_2$|vantu_orvanta_[a-z0-9_]+@@VANTU_ORVANTA_2$|(non-virtual thunk to |vtable for |typeinfo for |typeinfo name for )?vantu::orvanta::.*@@VANTU_ORVANTA_2$)' || true)
     [ -z "$surplus" ] || fail "the library shows more than its own names: $surplus"
-    nm -D --defined-only "$library" | grep ' T vantu_orvanta_poll$' >/dev/null || fail "vantu_orvanta_poll is not exported"
+    nm -D --defined-only "$library" | grep ' T vantu_orvanta_poll@@VANTU_ORVANTA_2$' >/dev/null || fail "vantu_orvanta_poll is not exported"
     foreign=$(needs "$library" | grep -vE "$runtime" || true)
     [ -z "$foreign" ] || fail "the library needs $foreign"
     needs "$consumer/flat" | grep '^libvantu_orvanta\.so' >/dev/null || fail "the consumer does not use the shared library"
