@@ -37,7 +37,7 @@ simulator=OFF
 cmake -S "$here/consumer" -B "$consumer" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
     -Dvantu_orvanta_DIR="$prefix/lib/cmake/vantu_orvanta" -DUSE_SIMULATOR=$simulator
 cmake --build "$consumer" --parallel 2
-programs=("$consumer/flat.exe" "$consumer/classes.exe" "$consumer/readme_program.exe")
+programs=("$consumer/flat.exe" "$consumer/classes.exe" "$consumer/readme_session.exe" "$consumer/readme_program.exe")
 [ $simulator = OFF ] || programs+=("$consumer/simulated.exe")
 "$here/check_imports.sh" "${programs[@]}" || fail "the consumer's programs need more than Windows"
 
