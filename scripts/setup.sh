@@ -25,6 +25,8 @@ test)
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
         mandoc:mandoc
+        doxygen:doxygen
+        pkg-config:pkg-config
         python3:python3
         ccache:ccache
     )

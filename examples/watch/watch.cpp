@@ -88,7 +88,10 @@ void watch::find_device() {
     }
     std::array<std::uint32_t, 64> ids{};
     std::size_t count = ids.size();
-    vantu_orvanta_device_ids(client_->context(), ids.data(), &count);
+    const std::int32_t code = vantu_orvanta_device_ids(client_->context(), ids.data(), &count);
+    if (code != vantu_orvanta_success && code != vantu_orvanta_buffer_full_or_empty) {
+        return;
+    }
     for (std::size_t i = 0; i < count && !sees_a_device(); ++i) {
         vantu_orvanta_device device{};
         if (vantu_orvanta_device_info(client_->context(), ids[i], &device) == vantu_orvanta_success &&

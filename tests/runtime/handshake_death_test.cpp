@@ -24,7 +24,8 @@ void connect_with_name(const std::string& name) {
     vantu_orvanta_init();
     scripted_service service;
     vantu_orvanta_context* context = vantu_orvanta_context_create();
-    vantu_orvanta_connect_ports(context, "0", service.port().c_str(), name.c_str(), 0, 0, 0, 1'000'000);
+    static_cast<void>(
+        vantu_orvanta_connect_ports(context, "0", service.port().c_str(), name.c_str(), 0, 0, 0, 1'000'000));
 }
 
 TEST_F(handshake_death, ends_for_a_name_of_32_characters) {

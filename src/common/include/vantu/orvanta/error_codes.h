@@ -1,39 +1,40 @@
-/* The error codes that every function of the library returns as int32_t. C11 and C++.
+/** @file
+ * The error codes that every function of the library returns as int32_t. C11 and C++.
  * vantu_orvanta_error_message has the text of each. */
 #ifndef VANTU_ORVANTA_ERROR_CODES_H
 #define VANTU_ORVANTA_ERROR_CODES_H
 
-/* Codes 9 to 11, 160 to 163, 176 to 178, 192 to 195, 208 and 209 are statuses of the service; the client
- * gives names to those that it uses itself. */
+/** Lets the compiler warn where the result of a function is ignored and something is lost with it. */
+#if defined(__cplusplus)
+#define VANTU_ORVANTA_NODISCARD [[nodiscard]]
+#elif defined(__GNUC__)
+#define VANTU_ORVANTA_NODISCARD __attribute__((warn_unused_result))
+#else
+#define VANTU_ORVANTA_NODISCARD
+#endif
+
+/** The codes that have a name. 9 to 11, 160 to 163, 176 to 178, 192 to 195, 208 and 209 are statuses of the
+ * service; the client gives names to those that it uses itself. 255 is a status that it does not know. */
 enum vantu_orvanta_error_code {
-    /* The call did what it was asked to do. */
-    vantu_orvanta_success = 0,
-    /* The system refused, or memory ran out; a refusal was logged as a warning. */
-    vantu_orvanta_unexpected_error = 1,
-    /* An argument cannot be used: a null, device id 0, or a value out of its range. */
-    vantu_orvanta_invalid_argument = 2,
-    /* The context is not connected; for a connect: it already is. */
-    vantu_orvanta_invalid_connection_state = 3,
-    /* No answer came in time. */
-    vantu_orvanta_timed_out = 4,
-    /* The local port or the service's address cannot be used. */
-    vantu_orvanta_socket_bind_failed = 5,
-    /* Bytes of the service are not understood. */
-    vantu_orvanta_protocol_parse_failed = 6,
-    /* The device is not listed, or is listed with another type. */
-    vantu_orvanta_no_matching_device = 7,
-    /* The service's port is closed, or the service said goodbye. */
-    vantu_orvanta_disconnected_from_service = 8,
-    /* A buffer or an array is too small. */
-    vantu_orvanta_buffer_full_or_empty = 9,
-    /* The service has no request to answer. */
-    vantu_orvanta_request_queue_empty = 10,
-    /* No request tag is free. */
-    vantu_orvanta_request_queue_full = 11,
-    /* The service serves another client only. */
-    vantu_orvanta_another_client_connected = 178,
-    /* The system has no room to send now. */
-    vantu_orvanta_os_socket_error = 254
+    vantu_orvanta_success = 0,          /**< The call did what it was asked to do. */
+    vantu_orvanta_unexpected_error = 1, /**< The system refused, or memory ran out; a refusal was logged as a
+                                             warning. */
+    vantu_orvanta_invalid_argument = 2, /**< An argument cannot be used: a null, device id 0, or a value out
+                                           of its range. */
+    vantu_orvanta_invalid_connection_state = 3, /**< The context is not connected; for a connect: it already
+                                                     is. */
+    vantu_orvanta_timed_out = 4,                /**< No answer came in time. */
+    vantu_orvanta_socket_bind_failed = 5,    /**< The local port or the service's address cannot be used. */
+    vantu_orvanta_protocol_parse_failed = 6, /**< Bytes of the service are not understood. */
+    vantu_orvanta_no_matching_device = 7,    /**< The device is not listed, or is listed with another
+                                                  type. */
+    vantu_orvanta_disconnected_from_service = 8,  /**< The service's port is closed, or the service said
+                                                       goodbye. */
+    vantu_orvanta_buffer_full_or_empty = 9,       /**< A buffer or an array is too small. */
+    vantu_orvanta_request_queue_empty = 10,       /**< The service has no request to answer. */
+    vantu_orvanta_request_queue_full = 11,        /**< No request tag is free. */
+    vantu_orvanta_another_client_connected = 178, /**< The service serves another client only. */
+    vantu_orvanta_os_socket_error = 254           /**< The system has no room to send now. */
 };
 
 #endif
