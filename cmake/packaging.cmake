@@ -30,8 +30,8 @@ install(TARGETS orvanta EXPORT vantu_orvanta_targets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-# Every header of the runtime's include folder is public. Those of the other folders are named.
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/runtime/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+# Every header of the runtime that C can read is public. Those of the other layers are named.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   FILES_MATCHING PATTERN "*.h")
 install(FILES
   ${PROJECT_SOURCE_DIR}/src/client/include/vantu/orvanta/client.hpp

@@ -58,5 +58,13 @@ for call in 'init()' 'sleep(1)' 'device_open(context, 1, 0, 0)' 'event_get_devic
     silent orvanta.h "vantu_orvanta_$call" "${c[@]}"
     silent orvanta.h "vantu_orvanta_$call" "${cpp[@]}"
 done
+# A request that is not sent never calls its handler.
+declarations='extern vantu::orvanta::client client;
+extern vantu_orvanta_config_gravity_compensation gravity; extern vantu_orvanta_config_torque_scaling torque;'
+for call in 'device_open(1, 0, {})' 'device_close(1, {})' 'orientation_get(1, {})' 'config_save(1, {})' \
+    'config_gravity_compensation_get(1, {})' 'config_gravity_compensation_set(1, gravity, {})' \
+    'config_torque_scaling_get(1, {})' 'config_torque_scaling_set(1, torque, {})' 'config_handedness_set(1, 1, {})'; do
+    warned client.hpp "client.$call" "${cpp[@]}"
+done
 
 exit $broken

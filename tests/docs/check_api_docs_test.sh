@@ -49,4 +49,10 @@ misses scaling_factor "$common/communication/records.h" "/float scaling_factor;/
 misses state_kind "$common/communication/records.h" "/uint8_t state_kind;/ $uncomment"
 misses detail "$common/communication/records.h" "/\} detail;/ $uncomment"
 misses VANTU_ORVANTA_PAYLOAD_SIZE "$common/communication/records.h" "/Bytes of vantu_orvanta_event/ $uncomment"
+
+class=src/client/include/$headers/client.hpp
+misses check_result "$class" '/Throws exception.code, label/ s,///,//,'
+misses acknowledged "$class" '/ acknowledged,/ s,///<,//,'
+misses on_ack "$class" '/ on_ack;/ s,///<,//,'
+misses config_handedness_set "$class" '/Requests with a one-shot/,/std::int32_t/ s,///,//,'
 exit $broken
