@@ -4,9 +4,12 @@ add_library(orvanta_options INTERFACE)
 if(MSVC)
   # 5030: attributes of other compilers are passed over. 4251, 4275: members and bases of exported classes
   # come from the standard library, which is the same for the library and its users.
-  target_compile_options(orvanta_options INTERFACE /W4 /WX /wd5030 /wd4251 /wd4275 /permissive- /utf-8)
+  target_compile_options(orvanta_options INTERFACE /W4 /wd5030 /wd4251 /wd4275 /permissive- /utf-8)
 else()
-  target_compile_options(orvanta_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+  target_compile_options(orvanta_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+endif()
+if(ORVANTA_WERROR)
+  target_compile_options(orvanta_options INTERFACE $<IF:$<BOOL:${MSVC}>,/WX,-Werror>)
 endif()
 
 if(WIN32)

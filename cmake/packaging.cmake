@@ -1,49 +1,55 @@
-# Installation: tools, scenarios, library, public headers and the CMake package vantu_orvanta.
+# Installation, by component: runtime (the shared library), development (headers, what links, the CMake package
+# and the pkg-config file, the simulator's library), tools (the console tool) and simulator.
 include(CMakePackageConfigHelpers)
 
+# Public headers: those of vantu/orvanta itself, each in the folder below "include" that it is included from.
+file(GLOB public_headers CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/src/*/include/vantu/orvanta/*.h ${PROJECT_SOURCE_DIR}/src/*/include/vantu/orvanta/*.hpp)
+list(APPEND public_headers ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/communication/records.h)
+list(APPEND public_headers ${PROJECT_BINARY_DIR}/include/vantu/orvanta/export.h)
+set(libraries orvanta)
+if(TARGET orvanta_static)
+  list(APPEND libraries orvanta_static)
+endif()
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vantu_orvanta)
 
-if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
-  # Hidden visibility leaves instances of the standard library's templates visible; this hides them.
-  target_link_options(orvanta PRIVATE LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exported_symbols.map)
-  set_target_properties(orvanta PROPERTIES LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exported_symbols.map)
-endif()
-
 if(ORVANTA_BUILD_PROGRAMS)
+  list(APPEND public_headers ${PROJECT_SOURCE_DIR}/simulator/include/vantu/orvanta/simulator.hpp)
   # The tools find the library beside themselves, wherever the folder is moved to.
   file(RELATIVE_PATH library_from_tools /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-  set(tools orvanta-cli orvanta-simulator)
-  set_target_properties(${tools} PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
-  install(TARGETS ${tools} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  install(TARGETS orvanta_simulator EXPORT vantu_orvanta_simulator_targets
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  install(EXPORT vantu_orvanta_simulator_targets
-    NAMESPACE vantu:: FILE vantu_orvanta-simulator-targets.cmake DESTINATION ${package_folder})
-  install(FILES ${PROJECT_SOURCE_DIR}/simulator/include/vantu/orvanta/simulator.hpp
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta)
+  set_target_properties(orvanta-cli orvanta-simulator PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
+  install(TARGETS orvanta-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(TARGETS orvanta-simulator RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
-    FILES_MATCHING PATTERN "*.json")
-  install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5)
+    COMPONENT simulator FILES_MATCHING PATTERN "*.json")
+  install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT simulator)
+  install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT simulator)
+  install(TARGETS orvanta_simulator EXPORT vantu_orvanta_simulator_targets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+  install(EXPORT vantu_orvanta_simulator_targets
+    NAMESPACE vantu:: FILE vantu_orvanta-simulator-targets.cmake DESTINATION ${package_folder} COMPONENT development)
 endif()
-install(TARGETS orvanta EXPORT vantu_orvanta_targets
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-# Every header of the runtime that C can read is public. Those of the other layers are named.
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/runtime/include/vantu DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-  FILES_MATCHING PATTERN "*.h")
-install(FILES
-  ${PROJECT_SOURCE_DIR}/src/client/include/vantu/orvanta/client.hpp
-  ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/error_codes.h
-  ${PROJECT_BINARY_DIR}/include/vantu/orvanta/export.h
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta)
-install(FILES ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/communication/records.h
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vantu/orvanta/communication)
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+install(TARGETS ${libraries} EXPORT vantu_orvanta_targets
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
+foreach(header IN LISTS public_headers)
+  string(REGEX REPLACE "^.*/include/(.*/)[^/]*$" "\\1" folder ${header})
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder} COMPONENT development)
+endforeach()
+
+# What a program without C++ of its own links for a static library: the C++ compiler's libraries that the C
+# compiler does not link.
+set(cxx_runtime ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
+list(REMOVE_ITEM cxx_runtime ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
+list(REMOVE_DUPLICATES cxx_runtime)
 
 install(EXPORT vantu_orvanta_targets
-  NAMESPACE vantu:: FILE vantu_orvanta-targets.cmake DESTINATION ${package_folder})
+  NAMESPACE vantu:: FILE vantu_orvanta-targets.cmake DESTINATION ${package_folder} COMPONENT development)
 configure_package_config_file(
   ${PROJECT_SOURCE_DIR}/cmake/vantu_orvanta-config.cmake.in ${PROJECT_BINARY_DIR}/vantu_orvanta-config.cmake
   INSTALL_DESTINATION ${package_folder} NO_SET_AND_CHECK_MACRO)
@@ -52,4 +58,12 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vantu_orvanta-config-vers
 install(FILES
   ${PROJECT_BINARY_DIR}/vantu_orvanta-config.cmake
   ${PROJECT_BINARY_DIR}/vantu_orvanta-config-version.cmake
-  DESTINATION ${package_folder})
+  DESTINATION ${package_folder} COMPONENT development)
+
+include(pkg_config_file)
+
+if(PROJECT_IS_TOP_LEVEL AND NOT TARGET uninstall)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake.in ${PROJECT_BINARY_DIR}/uninstall.cmake @ONLY)
+  add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${PROJECT_BINARY_DIR}/uninstall.cmake
+    COMMENT "Removing what was installed" VERBATIM)
+endif()

@@ -26,6 +26,7 @@ test)
         llvm:llvm-symbolizer
         mandoc:mandoc
         doxygen:doxygen
+        pkg-config:pkg-config
         python3:python3
         ccache:ccache
     )

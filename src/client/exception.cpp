@@ -15,6 +15,13 @@ exception::exception(std::uint32_t code)
 exception::exception(std::uint32_t code, std::string label)
     : code_(code), message_(std::move(label) + ": " + error_message(static_cast<std::int32_t>(code))) {}
 
+exception::exception(std::uint32_t code, std::string message, whole)
+    : code_(code), message_(std::move(message)) {}
+
+exception exception::with_message(std::uint32_t code, std::string message) {
+    return {code, std::move(message), whole{}};
+}
+
 exception::exception(const exception& other) = default;
 exception& exception::operator=(const exception& other) = default;
 exception::~exception() = default;

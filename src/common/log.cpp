@@ -5,11 +5,13 @@
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/common/platform.hpp"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <mutex>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace vantu::orvanta {
 namespace {
@@ -25,6 +27,17 @@ logger& the_logger() {
     alignas(logger) static std::byte place[sizeof(logger)];
     static auto* instance = new (place) logger;
     return *instance;
+}
+
+constexpr std::uint32_t no_level_set = ~std::uint32_t{0};
+std::atomic<std::uint32_t> least_level{no_level_set};
+
+// Of the innermost scope; null outside of all.
+thread_local const log_sink* sink_of_this_thread = nullptr;
+
+bool standard_streams_get(log_level level) {
+    return sink_of_this_thread == nullptr || level >= log_level::warning ||
+           least_level.load(std::memory_order_relaxed) != no_level_set;
 }
 
 const char* prefix_of(log_level level) {
@@ -85,14 +98,34 @@ void write_default_log_line(log_level level, const std::string& path, std::uint6
     std::fflush(stream);
 }
 
+void set_log_level(log_level least) {
+    least_level.store(static_cast<std::uint32_t>(least), std::memory_order_relaxed);
+}
+
+bool is_logged(log_level level) {
+    const std::uint32_t least = least_level.load(std::memory_order_relaxed);
+    return least == no_level_set || static_cast<std::uint32_t>(level) >= least;
+}
+
+log_scope::log_scope(const log_sink& sink) : before_(std::exchange(sink_of_this_thread, &sink)) {}
+
+log_scope::~log_scope() {
+    sink_of_this_thread = before_;
+}
+
 void log(log_level level, const std::string& path, std::uint64_t line, const std::string& message) {
+    if (!is_logged(level)) {
+        return;
+    }
     // The call owns what it hands out, whatever a sink does to the original.
     const std::string owned = message; // NOLINT(performance-unnecessary-copy-initialization)
     logger& target = the_logger();
     const std::lock_guard lock(target.mutex);
-    if (target.sink) {
+    if (sink_of_this_thread != nullptr && *sink_of_this_thread) {
+        (*sink_of_this_thread)(target.opaque, level, path, line, owned);
+    } else if (target.sink) {
         target.sink(target.opaque, level, path, line, owned);
-    } else {
+    } else if (standard_streams_get(level)) {
         write_default_log_line(level, path, line, owned);
     }
 }

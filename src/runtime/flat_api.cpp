@@ -32,6 +32,14 @@ std::int32_t vantu_orvanta_log_sink_set(vantu_orvanta_log_sink sink) {
     return vantu_orvanta_success;
 }
 
+std::int32_t vantu_orvanta_log_level_set(std::uint32_t level) {
+    if (level > vantu_orvanta_log_error) {
+        return vantu_orvanta_invalid_argument;
+    }
+    set_log_level(static_cast<log_level>(level));
+    return vantu_orvanta_success;
+}
+
 vantu_orvanta_context* vantu_orvanta_context_create() {
     return new (std::nothrow) vantu_orvanta_context;
 }

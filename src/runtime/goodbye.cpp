@@ -33,7 +33,7 @@ void say_goodbye(vantu_orvanta_context& context) {
         await_goodbye(system);
     }
     const std::lock_guard lock(context.mutex);
-    context.socket.close();
+    context.close_under_lock();
 }
 
 } // namespace vantu::orvanta

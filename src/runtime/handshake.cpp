@@ -59,9 +59,15 @@ std::int32_t exchange_request(vantu_orvanta_context& context, socket_handle sock
 }
 
 // All that can fail comes before the first change of the context.
-void accept(vantu_orvanta_context& context, socket_guard& socket, const endpoint& service,
-            handshake_reply&& reply) {
+std::int32_t accept(vantu_orvanta_context& context, socket_guard& socket, const endpoint& service,
+                    handshake_reply&& reply) {
     std::string client_address = without_final_zero(stringify_socket(socket.get()));
+    if (socket_waiter* waiter = context.waiter.load(std::memory_order_relaxed); waiter != nullptr) {
+        if (const std::uint32_t error = waiter->watch(socket.get()); error != 0) {
+            log_wait_failure(error);
+            return vantu_orvanta_unexpected_error;
+        }
+    }
     context.service = service;
     context.client_address_text = std::move(client_address);
     context.process_id = platform::process_id();
@@ -70,6 +76,7 @@ void accept(vantu_orvanta_context& context, socket_guard& socket, const endpoint
         context.connection.accept(std::move(reply), platform::steady_now_ns());
     }
     context.socket.attach(socket.release());
+    return vantu_orvanta_success;
 }
 
 std::int32_t attempt(vantu_orvanta_context& context, const std::string& client_port,
@@ -97,10 +104,10 @@ std::int32_t attempt(vantu_orvanta_context& context, const std::string& client_p
     handshake_reply reply;
     const std::int32_t code = read_handshake_reply(context.connection.receive_buffer(), reply);
     rejected = reply.rejected;
-    if (code == vantu_orvanta_success) {
-        accept(context, socket, service.address, std::move(reply));
+    if (code != vantu_orvanta_success) {
+        return code;
     }
-    return code;
+    return accept(context, socket, service.address, std::move(reply));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // Threads by the POSIX interface.
-#include "native_thread.hpp"
+#include "runtime/native_thread.hpp"
 
 #include <csignal>
 #include <pthread.h>

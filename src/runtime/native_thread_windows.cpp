@@ -1,5 +1,5 @@
 // Threads by the C runtime of Windows.
-#include "native_thread.hpp"
+#include "runtime/native_thread.hpp"
 
 #include <process.h>
 #include <system_error>

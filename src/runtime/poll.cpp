@@ -52,7 +52,7 @@ std::int32_t receive_datagram(vantu_orvanta_context& context, failures& failed) 
 std::int32_t take_operation(vantu_orvanta_context& context, vantu_orvanta_event& event, failures& failed) {
     const std::int32_t code = context.connection.decode(event, failed.rejected);
     if (context.connection.is_over()) {
-        context.socket.close();
+        context.close_under_lock();
     }
     if (code != vantu_orvanta_success) {
         return code;
@@ -67,6 +67,10 @@ std::int32_t take_operation(vantu_orvanta_context& context, vantu_orvanta_event&
 
 std::int32_t poll_under_lock(vantu_orvanta_context& context, vantu_orvanta_event& event, failures& failed) {
     const std::lock_guard lock(context.mutex);
+    if (socket_waiter* waiter = context.waiter.load(std::memory_order_relaxed);
+        waiter != nullptr && !context.is_waiting.load(std::memory_order_relaxed)) {
+        waiter->clear_wakes();
+    }
     if (!context.socket.is_open()) {
         return vantu_orvanta_invalid_connection_state;
     }

@@ -3,7 +3,7 @@
 
 #include "context.hpp"
 #include "core/poll_loop.hpp"
-#include "native_thread.hpp"
+#include "runtime/native_thread.hpp"
 #include "vantu/orvanta/orvanta.h"
 
 #include <atomic>

@@ -17,9 +17,9 @@ broken=0
 misses() {
     local checkout=$scratch/checkout
     rm -rf "$checkout"
-    mkdir -p "$checkout/src/"{runtime,common,client} "$checkout/docs"
+    mkdir -p "$checkout/src/"{runtime,common,client,session} "$checkout/docs"
     cp "$source/docs/Doxyfile" "$checkout/docs"
-    for layer in runtime common client; do
+    for layer in runtime common client session; do
         cp -r "$source/src/$layer/include" "$checkout/src/$layer"
     done
     sed -i -E "$3" "$checkout/$2"
@@ -55,4 +55,5 @@ misses check_result "$class" '/Throws exception.code, label/ s,///,//,'
 misses acknowledged "$class" '/ acknowledged,/ s,///<,//,'
 misses on_ack "$class" '/ on_ack;/ s,///<,//,'
 misses config_handedness_set "$class" '/Requests with a one-shot/,/std::int32_t/ s,///,//,'
+misses has_value "src/session/include/$headers/result.hpp" '/Whether there is a value/ s,///,//,'
 exit $broken

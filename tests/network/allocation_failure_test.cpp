@@ -1,6 +1,7 @@
 // The socket layer when memory runs out: at each allocation of a call in turn, the call reports what it
 // reports otherwise, throws nothing and keeps no descriptor. Only its log line may be missing.
 #include "network/loopback.hpp"
+#include "network/socket_waiter.hpp"
 #include "runtime/allocation_trap.hpp"
 #include "support/library_sockets.hpp"
 #include "support/log_capture.hpp"
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <gmock/gmock.h>
+#include <memory>
 #include <netdb.h>
 #include <new>
 #include <string>
@@ -64,7 +66,7 @@ class memory_that_runs_out : public testing::Test {
         return [this, call, error] { calls.fail(call, error, 1, scripted_calls::always); };
     }
     auto failing_resolver(int result, int error) {
-        return [this, result, error] { calls.fail_resolver(system_call::getaddrinfo, result, error); };
+        return [this, result, error] { calls.end_with(system_call::getaddrinfo, result, error); };
     }
 
     loopback_socket socket{host};
@@ -144,6 +146,36 @@ TEST_F(memory_that_runs_out, ends_a_wait_for_several_sockets_with_false) {
     };
     EXPECT_EQ(fail_each_allocation(nothing, look, false), 1U);
     EXPECT_GE(fail_each_allocation(failing(system_call::ppoll, ENOMEM), look, false), 2U);
+}
+
+TEST_F(memory_that_runs_out, makes_no_waiter_and_hinders_none) {
+    std::uint32_t error = 0;
+    std::size_t refusals = 0;
+    EXPECT_EQ(fail_each_allocation(
+                  [&] { error = 0; },
+                  [&] {
+                      const auto made = socket_waiter::create(error);
+                      refusals += made == nullptr && error == ENOMEM ? 1 : 0;
+                      return (made == nullptr) == (error != 0);
+                  },
+                  true),
+              1U);
+    EXPECT_EQ(refusals, 1U);
+    const std::unique_ptr<socket_waiter> waiter = socket_waiter::create(error);
+    const auto use = [&] {
+        const std::uint32_t refused = waiter->watch(socket.handle());
+        waiter->wake();
+        waiter->clear_wakes();
+        const auto waited = waiter->wait_until(0);
+        waiter->forget(socket.handle());
+        return refused == 0 && waited.outcome == socket_waiter::status::timed_out;
+    };
+    EXPECT_EQ(fail_each_allocation(nothing, use, true), 0U);
+    const auto report = [] {
+        log_wait_failure(ENOMEM);
+        return true;
+    };
+    EXPECT_GE(fail_each_allocation(nothing, report, true), 2U);
 }
 
 // These return a text, for which there may be no memory.

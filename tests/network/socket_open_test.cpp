@@ -266,10 +266,10 @@ TEST(socket_resolver, reports_its_failure_with_its_own_text) {
 
 TEST(socket_resolver, reports_the_systems_text_where_the_system_failed) {
     scripted_calls calls;
-    calls.fail_resolver(system_call::getaddrinfo, EAI_SYSTEM, ENFILE);
+    calls.end_with(system_call::getaddrinfo, EAI_SYSTEM, ENFILE);
     const log_capture log;
     EXPECT_EQ(resolve_address("localhost", "54320").status, socket_status::os_error);
-    calls.fail_resolver(system_call::getaddrinfo, EAI_SYSTEM, ENFILE);
+    calls.end_with(system_call::getaddrinfo, EAI_SYSTEM, ENFILE);
     const auto opened = open_bound_socket("localhost", "54321");
     EXPECT_EQ(opened.status, socket_status::os_error);
     EXPECT_EQ(opened.socket, invalid_socket);

@@ -97,9 +97,9 @@ TEST(address_text, of_a_cut_address_is_empty) {
 TEST(address_text, that_the_system_cannot_make_is_empty) {
     const log_capture log;
     scripted_calls calls;
-    calls.fail_resolver(system_call::getnameinfo, EAI_SYSTEM, ENOMEM);
+    calls.end_with(system_call::getnameinfo, EAI_SYSTEM, ENOMEM);
     EXPECT_EQ(stringify_addr(ipv4_loopback(54321)), "");
-    calls.fail_resolver(system_call::getnameinfo, EAI_OVERFLOW);
+    calls.end_with(system_call::getnameinfo, EAI_OVERFLOW);
     EXPECT_EQ(stringify_addr(ipv4_loopback(54321)), "");
     EXPECT_THAT(log.lines(), ElementsAre(std::string(address_failure) + "Cannot allocate memory",
                                          std::string(address_failure) + gai_strerror(EAI_OVERFLOW)));
@@ -131,7 +131,7 @@ TEST(socket_text, that_the_system_cannot_make_is_empty_after_one_line) {
     const loopback_socket socket("127.0.0.1");
     const log_capture log;
     scripted_calls calls;
-    calls.fail_resolver(system_call::getnameinfo, EAI_SYSTEM, ENOMEM);
+    calls.end_with(system_call::getnameinfo, EAI_SYSTEM, ENOMEM);
     EXPECT_EQ(stringify_socket(socket.handle()), "");
     EXPECT_THAT(log.lines(), ElementsAre(std::string(socket_failure) + "Cannot allocate memory"));
 }

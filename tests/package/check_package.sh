@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Installs the library into a scratch prefix, looks at what was installed, and builds and runs the
-# consumer project against it. The static kind makes a plain build of its own first.
+# Installs the library into a scratch prefix, looks at what was installed, builds and runs the consumer projects
+# against it, and uninstalls. The static kind makes a plain build of its own first; "both" is a shared
+# installation with the static library beside it.
 #
-# usage: check_package.sh shared|static SOURCE-FOLDER BUILD-FOLDER SCRATCH-FOLDER
+# usage: check_package.sh shared|both|static SOURCE-FOLDER BUILD-FOLDER SCRATCH-FOLDER
 set -euo pipefail
 
 kind=$1
@@ -30,16 +31,21 @@ cmake --install "$build" --prefix "$scratch/first"
 prefix=$scratch/moved
 mv "$scratch/first" "$prefix"
 
-headers=$(cd "$prefix/include/vantu/orvanta" && find . -type f | sort | tr '\n' ' ')
-wanted='./client.hpp ./communication/records.h ./connection.h ./devices.h ./error_codes.h ./event_records.h ./export.h ./log.h ./names.h ./orvanta.h ./poll_thread.h ./requests.h ./simulator.hpp ./version.h '
+# Public is what lies in vantu/orvanta itself, and the records.
+headers=$(cd "$prefix/include" && find . -type f | sort)
+wanted=$(cd "$source" && find src/*/include/vantu/orvanta simulator/include/vantu/orvanta -maxdepth 1 -type f |
+    sed 's,^.*/include/,./,' | cat - <(printf './vantu/orvanta/%s\n' communication/records.h export.h) | sort)
 [ "$headers" = "$wanted" ] || fail "installed headers are $headers"
-[ "$(find "$prefix/include" -type f | wc -l)" = "$(wc -w <<<"$wanted")" ] || fail "there are headers outside of vantu/orvanta"
-
-# Each header of the flat API can be read first, and needs no other before it, in both languages.
-for header in "$prefix"/include/vantu/orvanta/{,communication/}*.h; do
-    for language in 'cc -std=c11 -x c' 'c++ -std=c++20 -x c++'; do
-        $language -I "$prefix/include" -Wall -Wextra -Wpedantic -Werror -fsyntax-only "$header" ||
-            fail "$header cannot stand alone: $language"
+for header in $headers; do
+    # By itself, and with nothing but the installation.
+    languages=('c++ -std=c++17')
+    [[ $header != *.h ]] || languages+=('c -std=c11')
+    for language in "${languages[@]}"; do
+        # shellcheck disable=SC2086  # language and standard are two words
+        c++ -x $language -Wall -Wextra -Wpedantic -Werror -fsyntax-only -I "$prefix/include" - \
+            <<<"#include \"$header\"
+int something;" ||
+            fail "$header does not compile as $language"
     done
 done
 
@@ -75,13 +81,41 @@ cmake --build "$scratch/watch"
 "$scratch/watch/watch_test" | tee "$scratch/watch.txt"
 [ "$(grep -c '^ok: ' "$scratch/watch.txt")" -ge 9 ] || fail "the example's test says less than it should"
 
-if [ "$kind" = shared ]; then
+cmake -S "$here/c_consumer" -B "$scratch/c_consumer" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
+cmake --build "$scratch/c_consumer"
+"$scratch/c_consumer/flat_with_orvanta"
+
+# Prints what pkg-config says of the moved installation.
+package_flags() {
+    PKG_CONFIG_LIBDIR=$(find "$prefix" -name pkgconfig -type d) pkg-config "$@" vantu_orvanta
+}
+[ "$(package_flags --modversion)" = "$(sed -n 's/^project(vantu_orvanta VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt")" ] ||
+    fail "pkg-config tells another version"
+[ "$(readlink -f "$(package_flags --variable=prefix)")" = "$prefix" ] || fail "vantu_orvanta.pc remembers where it was installed to"
+IFS=' ' read -r -a flags <<<"$(package_flags --cflags --libs)"
+cc -std=c11 "$here/consumer/flat.c" -o "$scratch/flat_with_pkg_config" "${flags[@]}"
+LD_LIBRARY_PATH=$(package_flags --variable=libdir) "$scratch/flat_with_pkg_config"
+
+if [ "$kind" != shared ]; then
+    IFS=' ' read -r -a flags <<<"$(package_flags --cflags --libs --static)"
+    cc -std=c11 -static "$here/consumer/flat.c" -o "$scratch/flat_static" "${flags[@]}"
+    "$scratch/flat_static"
+fi
+if [ "$kind" = both ]; then
+    "$scratch/c_consumer/flat_with_orvanta_static"
+    ! needs "$scratch/c_consumer/flat_with_orvanta_static" | grep '^libvantu_orvanta' || fail "orvanta_static is the shared library"
+    ! nm "$scratch/c_consumer/flat_with_orvanta_static" | grep -w 'vantu_orvanta_poll' | grep -v ' t ' ||
+        fail "the static library's functions are visible outside of the program"
+fi
+
+if [ "$kind" != static ]; then
     library=$prefix/lib/libvantu_orvanta.so
     [ -e "$library" ] || library=$(find "$prefix" -name libvantu_orvanta.so)
+    # All in the version of the interface.
     surplus=$(nm -D --defined-only --demangle "$library" | cut -d' ' -f3- |
-        grep -vE '^(vantu_orvanta_[a-z0-9_]+$|(non-virtual thunk to |vtable for |typeinfo for |typeinfo name for )?vantu::orvanta::)' || true)
+        grep -vE '^(VANTU_ORVANTA_2$|vantu_orvanta_[a-z0-9_]+@@VANTU_ORVANTA_2$|(non-virtual thunk to |vtable for |typeinfo for |typeinfo name for )?vantu::orvanta::.*@@VANTU_ORVANTA_2$)' || true)
     [ -z "$surplus" ] || fail "the library shows more than its own names: $surplus"
-    nm -D --defined-only "$library" | grep ' T vantu_orvanta_poll$' >/dev/null || fail "vantu_orvanta_poll is not exported"
+    nm -D --defined-only "$library" | grep ' T vantu_orvanta_poll@@VANTU_ORVANTA_2$' >/dev/null || fail "vantu_orvanta_poll is not exported"
     foreign=$(needs "$library" | grep -vE "$runtime" || true)
     [ -z "$foreign" ] || fail "the library needs $foreign"
     needs "$consumer/flat" | grep '^libvantu_orvanta\.so' >/dev/null || fail "the consumer does not use the shared library"
@@ -97,4 +131,28 @@ for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvanta-simulator" "$consu
     [ -z "$foreign" ] || fail "$program needs $foreign"
 done
 "$prefix/bin/orvanta-simulator" --version >/dev/null || fail "the installed simulator does not start"
+
+# Each component by itself: nothing belongs to none of them, and nothing to two.
+for component in runtime development tools simulator; do
+    cmake --install "$build" --prefix "$scratch/components/$component" --component $component >/dev/null
+done
+parts=$(find "$scratch/components" ! -type d -printf '%P\n' | cut -d/ -f2- | sort)
+whole=$(find "$prefix" ! -type d -printf '%P\n' | sort)
+[ "$parts" = "$whole" ] || fail "the components and the installation differ: $(diff <(echo "$parts") <(echo "$whole"))"
+shipped() { (cd "$scratch/components/$1" && find . ! -type d | grep -vE "$2" || true); }
+surplus=$(
+    shipped runtime '/libvantu_orvanta\.so\.[0-9.]+$|/share/doc/'
+    shipped development '/include/|\.(a|so|pc|cmake)$'
+    shipped tools '/bin/orvanta-cli$|/man1/orvanta-cli\.1$'
+    shipped simulator '/bin/orvanta-simulator$|/man[15]/orvanta-(simulator\.1|scenario\.5)$|/scenarios/'
+)
+[ -z "$surplus" ] || fail "components hold what others should: $surplus"
+
+# What belongs to nobody but this project is gone after an uninstallation, and a user's own file is not.
+removed=$scratch/removed
+cmake --install "$build" --prefix "$removed" >/dev/null
+touch "$removed/lib/own"
+cmake --build "$build" --target uninstall >/dev/null
+[ "$(cd "$removed" && find . -type f -o -type l)" = ./lib/own ] || fail "uninstalling leaves $(find "$removed" -type f -o -type l)"
+[ -z "$(find "$removed" -name '*vantu*')" ] || fail "uninstalling leaves folders"
 printf 'the %s installation serves another project\n' "$kind"

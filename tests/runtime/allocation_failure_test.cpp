@@ -236,6 +236,28 @@ TEST_F(memory_that_runs_out, ends_the_wait_for_a_goodbye_and_everything_is_freed
     EXPECT_EQ(open_handles(), before);
 }
 
+TEST_F(memory_that_runs_out, ends_a_first_wait_wake_and_handle_with_code_1) {
+    const auto expect_code_1_once = [](const auto& work) {
+        service_session session;
+        const std::size_t before = open_handles();
+        std::int32_t code = 0;
+        EXPECT_EQ(fail_each_allocation(
+                      nothing, [&] { code = work(session.context); },
+                      [&](bool failed) {
+                          EXPECT_EQ(code == vantu_orvanta_unexpected_error, failed);
+                          EXPECT_EQ(open_handles() == before, failed);
+                          EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_success);
+                      }),
+                  1U);
+    };
+    std::intptr_t handle = 0;
+    expect_code_1_once([](vantu_orvanta_context* context) { return vantu_orvanta_wait(context, 0); });
+    expect_code_1_once(vantu_orvanta_wake);
+    expect_code_1_once([&](vantu_orvanta_context* context) {
+        return vantu_orvanta_wait_handle(context, &handle);
+    });
+}
+
 TEST_F(memory_that_runs_out, starts_no_polling_thread) {
     service_session session;
     vantu_orvanta_poll_thread* thread = nullptr;

@@ -71,6 +71,21 @@ TEST(an_empty_poll, allocates_nothing) {
     EXPECT_EQ(codes, vantu_orvanta_success);
 }
 
+TEST(a_wait, allocates_nothing_and_neither_do_its_handle_and_its_wake) {
+    service_session session;
+    std::intptr_t handle = 0;
+    std::uint64_t due_ns = 0;
+    std::int32_t codes = 0;
+    EXPECT_EQ(allocations_after_the_first([&] {
+                  codes |= vantu_orvanta_wait_handle(session.context, &handle);
+                  codes |= vantu_orvanta_wake(session.context);
+                  codes |= vantu_orvanta_wait(session.context, 0);
+                  codes |= vantu_orvanta_next_due(session.context, &due_ns);
+              }),
+              0U);
+    EXPECT_EQ(codes, vantu_orvanta_success);
+}
+
 // One operation of each kind that the service sends to a connected client, but for its goodbye.
 bytes operations_of_every_kind() {
     const bytes id = u32(5);

@@ -73,6 +73,20 @@ TEST_F(a_log_sink_that_blocks, in_a_receive_does_not_hold_up_the_goodbye) {
         [&] { EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_unexpected_error); });
 }
 
+TEST_F(a_log_sink_that_blocks, in_a_first_wait_does_not_hold_up_the_goodbye) {
+    scripted_calls calls;
+    calls.fail(system_call::epoll_create1, EMFILE);
+    expect_the_goodbye_during(
+        [&] { EXPECT_EQ(vantu_orvanta_wait(session.context, 0), vantu_orvanta_unexpected_error); });
+}
+
+TEST_F(a_log_sink_that_blocks, in_a_first_wake_does_not_hold_up_the_goodbye) {
+    scripted_calls calls;
+    calls.fail(system_call::eventfd, EMFILE);
+    expect_the_goodbye_during(
+        [&] { EXPECT_EQ(vantu_orvanta_wake(session.context), vantu_orvanta_unexpected_error); });
+}
+
 TEST_F(a_log_sink_that_blocks, in_a_rejection_does_not_hold_up_the_goodbye) {
     session.service.push({1, 2, 3});
     expect_the_goodbye_during(

@@ -60,6 +60,8 @@ int orvanta_c11_calls_without_a_connection(void) {
     const uint8_t left = vantu_orvanta_handedness_left;
     const uint8_t uuid[16] = {[15] = 1};
     char text[VANTU_ORVANTA_UUID_TEXT_SIZE];
+    intptr_t handle = 0;
+    uint64_t due_ns = 0;
     uint32_t id = 0;
     size_t count = 1;
     vantu_orvanta_context* context = vantu_orvanta_context_create();
@@ -101,6 +103,10 @@ int orvanta_c11_calls_without_a_connection(void) {
     EXPECT(vantu_orvanta_config_torque_scaling_get(context, 1, 0) == 3);
     EXPECT(vantu_orvanta_config_torque_scaling_set(context, 1, 0, &torque) == 3);
     EXPECT(vantu_orvanta_config_handedness_set(context, 1, 0, &left) == 3);
+    EXPECT(vantu_orvanta_wait(context, 0) == 3);
+    EXPECT(vantu_orvanta_wake(context) == 0);
+    EXPECT(vantu_orvanta_wait_handle(context, &handle) == 0);
+    EXPECT(vantu_orvanta_next_due(context, &due_ns) == 3);
     EXPECT(vantu_orvanta_sleep(1) == 0);
     vantu_orvanta_disconnect(context);
     vantu_orvanta_disconnect(NULL);

@@ -1,6 +1,8 @@
 // Which call waits for which of the context's two locks, and that requests wait for neither.
 #include "runtime/context.hpp"
 #include "support/service_session.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
+#include "vantu/orvanta/common/platform.hpp"
 
 #include <algorithm>
 #include <atomic>
@@ -104,6 +106,43 @@ TEST_F(the_locks_of_a_context, let_requests_pass_everything) {
         EXPECT_TRUE(passes(*held, [&] { code = vantu_orvanta_config_save_request(session.context, 5, 1); }));
         EXPECT_EQ(code, vantu_orvanta_success);
     }
+}
+
+TEST_F(the_locks_of_a_context, let_a_wait_and_the_due_time_wait_for_a_poll) {
+    std::uint64_t due_ns = 0;
+    EXPECT_TRUE(waits_for(mutex(), [&] { code = vantu_orvanta_next_due(session.context, &due_ns); }));
+    EXPECT_EQ(code, vantu_orvanta_success);
+    ASSERT_EQ(vantu_orvanta_wake(session.context), vantu_orvanta_success);
+    EXPECT_TRUE(waits_for(mutex(), [&] { code = vantu_orvanta_wait(session.context, 0); }));
+    EXPECT_EQ(code, vantu_orvanta_success);
+}
+
+TEST_F(the_locks_of_a_context, let_the_first_wake_wait_for_a_poll_and_no_other) {
+    EXPECT_TRUE(waits_for(mutex(), [&] { code = vantu_orvanta_wake(session.context); }));
+    EXPECT_EQ(code, vantu_orvanta_success);
+    std::intptr_t handle = 0;
+    EXPECT_TRUE(passes(mutex(), [&] {
+        code = vantu_orvanta_wake(session.context) + vantu_orvanta_wait_handle(session.context, &handle);
+    }));
+    EXPECT_EQ(code, vantu_orvanta_success);
+}
+
+// A wait that held a lock would stop all of these, and its own end too.
+TEST_F(the_locks_of_a_context, are_free_during_a_wait) {
+    session.context->connection.note_send(
+        vantu::orvanta::time_after(vantu::orvanta::platform::steady_now_ns(), patient_timeout_ns));
+    std::thread waiting([&] {
+        EXPECT_EQ(vantu_orvanta_wait(session.context, patient_timeout_ns), vantu_orvanta_success);
+    });
+    EXPECT_TRUE(wait_until([&] { return session.context->is_waiting.load(); }));
+    vantu_orvanta_sleep(long_enough_ns);
+    EXPECT_TRUE(session.context->is_waiting) << "it sleeps";
+    for (std::mutex* held : {&mutex(), &devices_mutex()}) {
+        EXPECT_TRUE(wait_until([&] { return held->try_lock(); }));
+        held->unlock();
+    }
+    EXPECT_EQ(vantu_orvanta_wake(session.context), vantu_orvanta_success);
+    waiting.join();
 }
 
 TEST(a_poll, waits_while_a_connect_waits_for_its_answer) {

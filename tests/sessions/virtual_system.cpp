@@ -1,5 +1,6 @@
 // The library's socket layer, clock and end of process, in terms of the virtual world.
 #include "network/socket.hpp"
+#include "network/socket_waiter.hpp"
 #include "sessions/differences.hpp"
 #include "sessions/virtual_world.hpp"
 #include "vantu/orvanta/common/assume.hpp"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 namespace vantu::orvanta {
 namespace {
@@ -79,6 +81,14 @@ socket_status get_overlapped_result(socket_handle socket, receive_record& record
 bool wait_for_packets(std::span<const socket_handle>, std::int64_t) {
     return false;
 }
+
+// No session waits: the world's time stands still unless it is moved.
+std::unique_ptr<socket_waiter> socket_waiter::create(std::uint32_t& system_error) {
+    system_error = 1;
+    return nullptr;
+}
+
+void log_wait_failure(std::uint32_t) {}
 
 std::string stringify_addr(const endpoint&) {
     return {"service\0", 8};

@@ -10,6 +10,8 @@
 #include <netdb.h>
 #include <optional>
 #include <poll.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <utility>
 
@@ -94,7 +96,7 @@ scripted_calls& scripted_calls::fail(system_call call, int error, int first, int
     return *this;
 }
 
-scripted_calls& scripted_calls::fail_resolver(system_call call, int result, int error) {
+scripted_calls& scripted_calls::end_with(system_call call, int result, int error) {
     fail(call, error);
     const std::lock_guard lock(script_mutex);
     script_of(call).result = result;
@@ -177,6 +179,9 @@ int __real_ppoll(pollfd* entries, nfds_t count, const timespec* limit, const sig
 int __real_getsockname(int descriptor, sockaddr* address, socklen_t* length);
 int __real_getnameinfo(const sockaddr* address, socklen_t length, char* host, socklen_t host_size, char* port,
                        socklen_t port_size, int flags);
+int __real_epoll_create1(int flags);
+int __real_epoll_ctl(int set, int operation, int descriptor, epoll_event* event);
+int __real_eventfd(unsigned value, int flags);
 
 int __wrap_getaddrinfo(const char* host, const char* port, const addrinfo* hints, addrinfo** list) {
     {
@@ -283,6 +288,21 @@ int __wrap_getnameinfo(const sockaddr* address, socklen_t length, char* host, so
                        socklen_t port_size, int flags) {
     const auto result = scripted_result(system_call::getnameinfo);
     return result ? *result : __real_getnameinfo(address, length, host, host_size, port, port_size, flags);
+}
+
+int __wrap_epoll_create1(int flags) {
+    const auto result = scripted_result(system_call::epoll_create1);
+    return result ? *result : __real_epoll_create1(flags);
+}
+
+int __wrap_epoll_ctl(int set, int operation, int descriptor, epoll_event* event) {
+    const auto result = scripted_result(system_call::epoll_ctl);
+    return result ? *result : __real_epoll_ctl(set, operation, descriptor, event);
+}
+
+int __wrap_eventfd(unsigned value, int flags) {
+    const auto result = scripted_result(system_call::eventfd);
+    return result ? *result : __real_eventfd(value, flags);
 }
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)

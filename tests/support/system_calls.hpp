@@ -26,8 +26,11 @@ enum class system_call : std::size_t {
     ppoll,
     getsockname,
     getnameinfo,
+    epoll_create1,
+    epoll_ctl,
+    eventfd,
 };
-inline constexpr std::size_t system_call_count = 14;
+inline constexpr std::size_t system_call_count = 17;
 
 // The members of the same names of addrinfo.
 struct resolver_hints {
@@ -51,8 +54,8 @@ class scripted_calls {
 
     // The calls from the first-th (1: the next one) on fail with this errno, as many as times says.
     scripted_calls& fail(system_call call, int error, int first = 1, int times = 1);
-    // The resolver's calls return this result of theirs; errno is set for EAI_SYSTEM's sake.
-    scripted_calls& fail_resolver(system_call call, int result, int error = 0);
+    // The next call returns this result; errno is set for EAI_SYSTEM's sake.
+    scripted_calls& end_with(system_call call, int result, int error = 0);
     // getaddrinfo succeeds and finds nothing.
     scripted_calls& resolve_to_nothing();
     // getaddrinfo finds these addresses, in this order, whatever the host that it is asked for.

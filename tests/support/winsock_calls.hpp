@@ -27,11 +27,12 @@ enum class winsock_call : std::size_t {
     getsockname,
     address_to_text,
     event_select,
+    create_event,   // CreateEventA
     wait,           // WaitForMultipleObjects
     format_message, // FormatMessageA
     start_thread,   // _beginthreadex
 };
-inline constexpr std::size_t winsock_call_count = 19;
+inline constexpr std::size_t winsock_call_count = 20;
 
 // The members of the same names of addrinfo.
 struct resolver_hints {

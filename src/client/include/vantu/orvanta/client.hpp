@@ -60,6 +60,8 @@ class VANTU_ORVANTA_API exception : public std::exception {
     explicit exception(std::uint32_t code);
     /// what() is "label: " and the text of the code.
     exception(std::uint32_t code, std::string label);
+    /// what() is the message as it stands.
+    [[nodiscard]] static exception with_message(std::uint32_t code, std::string message);
     ///@{
     /// Copies share nothing.
     exception(const exception& other);
@@ -73,6 +75,9 @@ class VANTU_ORVANTA_API exception : public std::exception {
     [[nodiscard]] std::uint32_t code() const noexcept { return code_; }
 
   private:
+    struct whole {};
+    exception(std::uint32_t code, std::string message, whole);
+
     std::uint32_t code_;
     std::string message_;
 };

@@ -1,6 +1,6 @@
 // The process-wide logger: one call, one line, never interleaved.
 // Debug and info lines go to standard output, warnings and errors to standard error, unless a sink
-// has been set. There is no level filter and no time stamp.
+// has been set. There is no time stamp.
 #pragma once
 
 #include "vantu/orvanta/common/source_locations.hpp"
@@ -33,9 +33,34 @@ void log(log_level level, const std::string& path, std::uint64_t line, const std
 // The same for a location that is part of the line's contract.
 void log(log_level level, const source_location& where, const std::string& message);
 
-// Logs what compose() returns; drops the line when memory runs out on the way.
+// Lines below this level are logged nowhere from here on. Any thread. Until the first call all are logged, but
+// for what log_scope holds back.
+void set_log_level(log_level least);
+
+// Whether lines of this level are logged somewhere. Costs one atomic load.
+[[nodiscard]] bool is_logged(log_level level);
+
+// While it lives, the calling thread's lines go to a sink of its own in place of the process's. With an empty
+// one they go where they go without it, but for lines below a warning, which the standard streams then get only
+// after a call of set_log_level.
+class log_scope {
+  public:
+    // The sink outlives the scope.
+    explicit log_scope(const log_sink& sink);
+    ~log_scope();
+    log_scope(const log_scope&) = delete;
+    log_scope& operator=(const log_scope&) = delete;
+
+  private:
+    const log_sink* before_;
+};
+
+// Logs what compose() returns, if the level is logged; drops the line when memory runs out on the way.
 template <typename Compose>
 void log_or_drop(log_level level, const source_location& where, const Compose& compose) {
+    if (!is_logged(level)) {
+        return;
+    }
     try {
         log(level, where, compose());
     } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): the line is what is dropped
