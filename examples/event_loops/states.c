@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 static const uint64_t keep_alive_ns = 3000000000; /* the service forgets a client that is silent so long */
 static const uint64_t reply_timeout_ns = 5000000000;
@@ -20,8 +21,10 @@ static void open_first_device(states* printed) {
     }
 }
 
-static void print_state(states* printed, const vantu_orvanta_cursor_state* state) {
-    const float* v = state->values;
+static void print_state(states* printed, const vantu_orvanta_event* event) {
+    vantu_orvanta_cursor_state state;
+    memcpy(&state, event->payload, sizeof(state));
+    const float* v = state.values;
     printf("state %.3f %.3f %.3f %.3f %.3f %.3f\n", v[0], v[1], v[2], v[3], v[4], v[5]);
     fflush(stdout);
     --printed->left;
@@ -53,7 +56,7 @@ bool states_poll(states* printed) {
             return false;
         }
         if (event.event_type == vantu_orvanta_event_cursor_state) {
-            print_state(printed, &event.payload.cursor_state);
+            print_state(printed, &event);
         }
     } while (printed->left > 0 && event.event_type != vantu_orvanta_event_none);
     if (printed->device_id == 0) {

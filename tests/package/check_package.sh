@@ -66,6 +66,12 @@ cmake --build "$scratch/watch"
 "$scratch/watch/watch_test" | tee "$scratch/watch.txt"
 [ "$(grep -c '^ok: ' "$scratch/watch.txt")" -ge 9 ] || fail "the example's test says less than it should"
 
+cmake -S "$source/examples/event_loops" -B "$scratch/event_loops" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
+cmake --build "$scratch/event_loops"
+for loop in poll_loop epoll_loop asio_loop; do
+    [ -x "$scratch/event_loops/$loop" ] || fail "the example $loop is not built"
+done
+
 if [ "$kind" = shared ]; then
     library=$prefix/lib/libvantu_orvanta.so
     [ -e "$library" ] || library=$(find "$prefix" -name libvantu_orvanta.so)
