@@ -45,6 +45,7 @@ lost=(
     'connect(context, "", 0, 0, 1, 1)'
     'connect_ports(context, "0", "0", "", 0, 0, 1, 1)'
     'poll(context, &event)'
+    'wait(context, 1)'
     'poll_thread_start(context, handle, 0)'
     'device_ids(context, ids, &count)'
     'device_info(context, 1, &device)'

@@ -41,7 +41,8 @@ extern "C" {
  * @retval vantu_orvanta_invalid_connection_state the context is not connected, or a poll on another thread
  * met the service's goodbye
  * @retval vantu_orvanta_timed_out                the time has passed, and there is no reason to poll */
-VANTU_ORVANTA_API int32_t vantu_orvanta_wait(vantu_orvanta_context* context, uint64_t timeout_ns);
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_wait(vantu_orvanta_context* context,
+                                                                     uint64_t timeout_ns);
 
 /** Ends the wait under way, or else the next one, as if a datagram had come; on Linux it makes the handle
  * readable until the next poll or wait, on Windows it sets the event. With no wait under way a poll takes it
