@@ -77,10 +77,10 @@ void request_to_handler(benchmark::State& state) {
             state, 0,
             [&] {
                 return round_trip(handled, [&] {
-                    ours.owner.orientation_get(1, [&handled](client&, const auto&) {
+                    static_cast<void>(ours.owner.orientation_get(1, [&handled](client&, const auto&) {
                         handled.fetch_add(1);
                         handled.notify_one();
-                    });
+                    }));
                 });
             },
             [&] {

@@ -22,6 +22,7 @@ test)
         clang:clang++
         clang-format:clang-format
         clang-tidy:clang-tidy
+        libasio-dev:/usr/include/asio.hpp
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
         mandoc:mandoc

@@ -108,6 +108,12 @@ if [ "$kind" = both ]; then
         fail "the static library's functions are visible outside of the program"
 fi
 
+cmake -S "$source/examples/event_loops" -B "$scratch/event_loops" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
+cmake --build "$scratch/event_loops"
+for loop in poll_loop epoll_loop asio_loop; do
+    [ -x "$scratch/event_loops/$loop" ] || fail "the example $loop is not built"
+done
+
 if [ "$kind" != static ]; then
     library=$prefix/lib/libvantu_orvanta.so
     [ -e "$library" ] || library=$(find "$prefix" -name libvantu_orvanta.so)

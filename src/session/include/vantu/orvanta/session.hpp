@@ -1,5 +1,6 @@
-// A connection that looks after itself: it starts the socket layer, connects, runs its thread, keeps the list
-// of devices, and ends in its destructor. C++17.
+/// @file
+/// A connection that looks after itself: it starts the socket layer, connects, runs its thread, keeps the
+/// list of devices, and ends in its destructor. C++17.
 #pragma once
 
 #include "vantu/orvanta/device.hpp"
@@ -108,10 +109,13 @@ class VANTU_ORVANTA_API session {
     /// from a callback.
     ~session();
 
+    ///@{
+    /// Not copyable, not movable.
     session(const session&) = delete;
     session& operator=(const session&) = delete;
     session(session&&) = delete;
     session& operator=(session&&) = delete;
+    ///@}
 
     /// Whether the connection stands.
     [[nodiscard]] bool is_connected() const;
