@@ -24,6 +24,7 @@ test)
         clang-tidy:clang-tidy
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
+        abigail-tools:abidw
         mandoc:mandoc
         pkg-config:pkg-config
         python3:python3
