@@ -38,8 +38,7 @@ extern "C" {
  * @retval vantu_orvanta_success                  poll now, until the event is empty
  * @retval vantu_orvanta_unexpected_error         the system refused, or memory ran out; a warning was logged
  * @retval vantu_orvanta_invalid_argument         the context is null
- * @retval vantu_orvanta_invalid_connection_state the context is not connected, or a poll on another thread
- * met the service's goodbye
+ * @retval vantu_orvanta_invalid_connection_state the context is not connected, or not any more
  * @retval vantu_orvanta_timed_out                the time has passed, and there is no reason to poll */
 VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_wait(vantu_orvanta_context* context,
                                                                      uint64_t timeout_ns);
@@ -58,10 +57,10 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_wake(vantu_orvanta_context* context);
 /** The handle that tells when to poll, for an event loop. It is the same for the context's whole life, before
  * and after the connection too; the context owns it.
  *
- * On Linux it is a file descriptor for poll, select or epoll: readable, level-triggered, while a datagram or
- * an error of the socket waits. On Windows it is an event for WaitForMultipleObjects, which resets itself
- * with the wait that it ends. Neither tells of operations that are left of a datagram: poll until the event
- * is empty.
+ * On Linux it is a file descriptor for poll, select or epoll: readable, level-triggered, while a datagram, an
+ * error of the socket or a wake is there. On Windows it is an event for WaitForMultipleObjects, which resets
+ * itself with the wait that it ends. Neither tells of operations that are left of a datagram: poll until the
+ * event is empty.
  *
  * Never blocks but for a poll or connect under way at the first call. Any thread.
  *
