@@ -38,8 +38,8 @@ extern "C" {
  * @retval vantu_orvanta_success                  poll now, until the event is empty
  * @retval vantu_orvanta_unexpected_error         the system refused, or memory ran out; a warning was logged
  * @retval vantu_orvanta_invalid_argument         the context is null
- * @retval vantu_orvanta_invalid_connection_state the context is not connected, or a poll on another thread
- * met the service's goodbye
+ * @retval vantu_orvanta_invalid_connection_state the context is not connected, or another thread's poll met
+ *                                                the service's goodbye
  * @retval vantu_orvanta_timed_out                the time has passed, and there is no reason to poll */
 VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_wait(vantu_orvanta_context* context,
                                                                      uint64_t timeout_ns);
