@@ -22,6 +22,8 @@ if(ORVANTA_BUILD_PROGRAMS)
   install(TARGETS orvanta-simulator RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
     COMPONENT simulator FILES_MATCHING PATTERN "*.json")
+  install(FILES ${PROJECT_SOURCE_DIR}/app/man/orvanta-cli.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT simulator)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5

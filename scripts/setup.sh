@@ -25,6 +25,7 @@ test)
         libasio-dev:/usr/include/asio.hpp
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
+        abigail-tools:abidw
         mandoc:mandoc
         doxygen:doxygen
         pkg-config:pkg-config

@@ -52,7 +52,7 @@ done
 scenarios=$(cd "$source/simulator/scenarios" && ls)
 installed=$(cd "$prefix/share/orvanta/scenarios" && ls)
 [ "$installed" = "$scenarios" ] || fail "installed scenarios are $installed"
-for page in man1/orvanta-simulator.1 man5/orvanta-scenario.5; do
+for page in man1/orvanta-cli.1 man1/orvanta-simulator.1 man5/orvanta-scenario.5; do
     [ -s "$prefix/share/man/$page" ] || fail "$page is not installed"
 done
 
