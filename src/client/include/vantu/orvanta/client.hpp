@@ -32,21 +32,24 @@ enum class error_code : std::int32_t {
     buffer_full_or_empty = vantu_orvanta_buffer_full_or_empty, ///< a buffer or an array is too small
     request_queue_empty = vantu_orvanta_request_queue_empty,   ///< the service has no request to answer
     request_queue_full = vantu_orvanta_request_queue_full,     ///< no request tag is free
-    invalid_version = 160,                                     ///< the service's "invalid version"
-    invalid_operation = 161,                                   ///< the service's "invalid operation"
-    invalid_body = 162,                                        ///< the service's "invalid body"
-    invalid_request_argument = 163,                            ///< the service's "invalid argument"
-    client_not_connected = 176,                                ///< the service does not know this client
-    device_not_opened = 177,                                   ///< the device was not opened
+    invalid_version = vantu_orvanta_invalid_version,           ///< the service's "invalid version"
+    invalid_operation = vantu_orvanta_invalid_operation,       ///< the service's "invalid operation"
+    invalid_body = vantu_orvanta_invalid_body,                 ///< the service's "invalid body"
+    invalid_request_argument = vantu_orvanta_invalid_request_argument, ///< the service's "invalid argument"
+    client_not_connected = vantu_orvanta_client_not_connected, ///< the service does not know this client
+    device_not_opened = vantu_orvanta_device_not_opened,       ///< the device was not opened
     another_client_connected =
-        vantu_orvanta_another_client_connected,      ///< the service serves another client only
-    invalid_device_id = 192,                         ///< the service's "invalid device identifier"
-    invalid_device_type = 193,                       ///< the service's "invalid device type"
-    unsupported_device_model = 194,                  ///< the service does not support the device's model
-    unparsable_device_pointer = 195,                 ///< the service cannot parse the device pointer
-    device_communication_error = 208,                ///< the service cannot talk to the device
-    unknown_client_id = 209,                         ///< the client id does not exist
-    os_socket_error = vantu_orvanta_os_socket_error, ///< the system has no room to send now
+        vantu_orvanta_another_client_connected,              ///< the service serves another client only
+    invalid_device_id = vantu_orvanta_invalid_device_id,     ///< the service's "invalid device identifier"
+    invalid_device_type = vantu_orvanta_invalid_device_type, ///< the service's "invalid device type"
+    unsupported_device_model =
+        vantu_orvanta_unsupported_device_model, ///< the service does not support the device's model
+    unparsable_device_pointer =
+        vantu_orvanta_unparsable_device_pointer, ///< the service cannot parse the device pointer
+    device_communication_error =
+        vantu_orvanta_device_communication_error,        ///< the service cannot talk to the device
+    unknown_client_id = vantu_orvanta_unknown_client_id, ///< the client id does not exist
+    os_socket_error = vantu_orvanta_os_socket_error,     ///< the system has no room to send now
 };
 
 /// The text of a code: a literal, never null, never freed. "unknown" for a code without one, "nil"
