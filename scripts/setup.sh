@@ -22,8 +22,10 @@ test)
         clang:clang++
         clang-format:clang-format
         clang-tidy:clang-tidy
+        libasio-dev:/usr/include/asio.hpp
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
+        abigail-tools:abidw
         mandoc:mandoc
         doxygen:doxygen
         pkg-config:pkg-config

@@ -182,7 +182,8 @@ void session::implementation::sleep(client& with) {
     const std::int64_t until_ns = wanted_ns();
     // In one order with consider(): it sees this time, or the second look here sees its deadline.
     sleeps_until_ns_.exchange(until_ns, std::memory_order_acq_rel);
-    if (wanted_ns() < until_ns) {
+    // The polls have taken back the wakes that came before them.
+    if (wanted_ns() < until_ns || is_stopping()) {
         return;
     }
     const std::int64_t left_ns = time_left_ns(platform::steady_now_ns(), until_ns);

@@ -80,6 +80,26 @@ TEST_F(a_wait_handle, tells_of_a_wake_and_of_the_goodbye) {
     EXPECT_TRUE(tells()) << "the connection has ended";
     EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_invalid_connection_state);
     EXPECT_FALSE(tells(0));
+    std::uint64_t due_ns = 0;
+    EXPECT_EQ(vantu_orvanta_wait(session.context, 0), vantu_orvanta_invalid_connection_state);
+    EXPECT_EQ(vantu_orvanta_next_due(session.context, &due_ns), vantu_orvanta_invalid_connection_state);
+}
+
+// Hence the poll before the first wait of a loop.
+TEST(a_first_poll, finds_what_came_with_the_acceptance_and_no_handle_tells_of) {
+    scripted_service service;
+    service.expect(connect_request()).answer(join({acceptance(), op(17, 0, device_7)}));
+    vantu_orvanta_init();
+    vantu_orvanta_context* context = vantu_orvanta_context_create();
+    ASSERT_EQ(connect_to(service, context), vantu_orvanta_success);
+    EXPECT_FALSE(is_signalled(handle_of(context)));
+    std::uint64_t due_ns = 1;
+    EXPECT_EQ(vantu_orvanta_next_due(context, &due_ns), vantu_orvanta_success);
+    EXPECT_EQ(due_ns, 0U);
+    EXPECT_EQ(vantu_orvanta_wait(context, UINT64_MAX), vantu_orvanta_success);
+    EXPECT_EQ(drain(context), 1);
+    service.expect(goodbye()).answer(goodbye_received());
+    vantu_orvanta_disconnect(context);
 }
 
 TEST_F(a_wait_handle, tells_of_a_goodbye_that_another_thread_polls) {

@@ -105,7 +105,8 @@ TEST_F(a_wait_on_linux, ends_with_a_signal_that_its_thread_handles) {
     const std::int64_t begun_ns = steady_now_ns();
     EXPECT_TRUE(wait_until([&] { return session.context->is_waiting.load(); }));
     // Until one comes while it sleeps.
-    EXPECT_TRUE(wait_until([&] { return over.load() || pthread_kill(waiting.native_handle(), SIGUSR1) != 0; }));
+    EXPECT_TRUE(
+        wait_until([&] { return over.load() || pthread_kill(waiting.native_handle(), SIGUSR1) != 0; }));
     waiting.join();
     EXPECT_GE(signals_handled, 1);
     EXPECT_LT(ended_ns - begun_ns, static_cast<std::int64_t>(patient_timeout_ns));

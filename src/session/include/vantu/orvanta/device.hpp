@@ -1,4 +1,5 @@
-// Devices and their values as a session shows them: aligned, typed, in units of the language. C++17.
+/// @file
+/// Devices and their values as a session shows them: aligned, typed, in units of the language. C++17.
 #pragma once
 
 #include "vantu/orvanta/communication/records.h"

@@ -1,5 +1,6 @@
-// A connection that looks after itself: it starts the socket layer, connects, runs its thread, keeps the list
-// of devices, and ends in its destructor. C++17.
+/// @file
+/// A connection that looks after itself: it starts the socket layer, connects, runs its thread, keeps the
+/// list of devices, and ends in its destructor. C++17.
 #pragma once
 
 #include "vantu/orvanta/device.hpp"
@@ -112,10 +113,13 @@ class VANTU_ORVANTA_API session {
     /// called from a callback, nor while another thread uses the session.
     ~session();
 
+    ///@{
+    /// Not copyable, not movable.
     session(const session&) = delete;
     session& operator=(const session&) = delete;
     session(session&&) = delete;
     session& operator=(session&&) = delete;
+    ///@}
 
     /// Whether the connection stands, and the destructor has not begun.
     [[nodiscard]] bool is_connected() const;

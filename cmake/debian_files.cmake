@@ -1,0 +1,21 @@
+# Run by cpack between installation and packing: the files that Debian wants of each package, and compressed
+# manual pages.
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} upper)
+  set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+  set(usr ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/${component}/usr)
+  if(NOT package OR NOT EXISTS ${usr})
+    message(FATAL_ERROR "nothing was installed for ${component}: ${usr}")
+  endif()
+  # The copyright file has the licences.
+  file(REMOVE_RECURSE ${usr}/share/doc/vantu_orvanta)
+  set(documents ${usr}/share/doc/${package})
+  file(MAKE_DIRECTORY ${documents})
+  file(COPY ${CPACK_ORVANTA_FILES}/copyright DESTINATION ${documents})
+  file(COPY_FILE ${CPACK_ORVANTA_FILES}/changelog ${documents}/changelog.Debian)
+  file(COPY_FILE ${CPACK_ORVANTA_CHANGES} ${documents}/changelog)
+  file(GLOB plain ${documents}/changelog* ${usr}/share/man/man*/*.[1-8])
+  execute_process(COMMAND gzip -9n ${plain} COMMAND_ERROR_IS_FATAL ANY)
+  file(MAKE_DIRECTORY ${usr}/share/lintian/overrides)
+  file(COPY_FILE ${CPACK_ORVANTA_FILES}/lintian-overrides ${usr}/share/lintian/overrides/${package})
+endforeach()
