@@ -8,29 +8,12 @@
 #include "vantu/orvanta/orvanta.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <string>
 #include <type_traits>
 #include <utility>
 
 namespace vantu::orvanta {
 namespace {
-
-constexpr std::chrono::nanoseconds without_limit = std::chrono::hours(24 * 365);
-
-template <typename Value> struct call final : waiting_call {
-    call(std::string text, session::handler<Value> wanted)
-        : waiting_call(std::move(text)), done(std::move(wanted)) {}
-
-    void fail(session& owner, const failure& why) override { finish(owner, result<Value>(why)); }
-    void finish(session& owner, const result<Value>& outcome) const {
-        if (done) {
-            done(owner, outcome);
-        }
-    }
-
-    const session::handler<Value> done;
-};
 
 // The outcome for the caller of a reply's record.
 template <typename Value, typename Record>
@@ -49,35 +32,6 @@ result<Value> outcome_of(const reply<Record>& answer, const std::string& what) {
     }
 }
 
-// Where a waiting form finds the outcome that its handler was given.
-template <typename Value> class outcome_box {
-  public:
-    void put(const result<Value>& outcome) {
-        {
-            const std::lock_guard lock(mutex_);
-            outcome_ = outcome;
-        }
-        filled_.notify_one();
-    }
-
-    // Empty when there is none in time; one that comes later is not wanted any more.
-    [[nodiscard]] std::optional<result<Value>> wait(std::chrono::nanoseconds time) {
-        const auto is_filled = [this] { return outcome_.has_value(); };
-        std::unique_lock lock(mutex_);
-        if (time >= without_limit) {
-            filled_.wait(lock, is_filled);
-        } else {
-            filled_.wait_for(lock, time, is_filled);
-        }
-        return std::move(outcome_);
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable filled_;
-    std::optional<result<Value>> outcome_;
-};
-
 // The time of a request: at least 0.
 std::chrono::nanoseconds time_of(const session::timeout& wanted, std::chrono::nanoseconds usual) {
     return std::max(wanted.value_or(usual), std::chrono::nanoseconds(0));
@@ -95,7 +49,8 @@ template <typename Value, typename Record, typename Method, typename... Argument
 void session::implementation::request(const char* name, std::uint32_t device_id, handler<Value> done,
                                       const timeout& time, Method method, const Arguments&... arguments) {
     const log_scope scope(log_);
-    const auto waiting = std::make_shared<call<Value>>(text_of(name, device_id), std::move(done));
+    const auto waiting =
+        std::make_shared<call_with_handler<Value>>(text_of(name, device_id), std::move(done));
     const entered place = enter(waiting);
     if (place.by == nullptr) {
         return;

@@ -12,8 +12,9 @@
 namespace vantu::orvanta {
 namespace {
 
-// The least time between two attempts to open a device again.
+// The time between two attempts to open a device again.
 constexpr std::chrono::nanoseconds shortest_opening = std::chrono::milliseconds(10);
+constexpr std::chrono::nanoseconds longest_opening = std::chrono::seconds(1);
 
 } // namespace
 
@@ -62,7 +63,8 @@ void session::implementation::open_again(client& with, std::uint32_t device_id) 
     if (!is_kept_open(device_id)) {
         return;
     }
-    const request_options once{std::max(options_.request_timeout, shortest_opening), nullptr};
+    const request_options once{std::clamp(options_.request_timeout, shortest_opening, longest_opening),
+                               nullptr};
     const auto repeat_when_lost = [this, device_id](client& same, const reply<void>& answer) {
         if (answer.result == outcome::timed_out) {
             open_again(same, device_id);

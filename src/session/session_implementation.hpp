@@ -7,6 +7,7 @@
 #include "runtime/native_thread.hpp"
 #include "vantu/orvanta/common/log.hpp"
 #include "vantu/orvanta/session.hpp"
+#include "waiting_call.hpp"
 
 #include <atomic>
 #include <condition_variable>
@@ -23,17 +24,6 @@
 #include <vector>
 
 namespace vantu::orvanta {
-
-// A request without an outcome. It is ended once, on the session's thread.
-struct waiting_call {
-    explicit waiting_call(std::string text) : what(std::move(text)) {}
-    waiting_call(const waiting_call&) = delete;
-    waiting_call& operator=(const waiting_call&) = delete;
-    virtual ~waiting_call() = default;
-    virtual void fail(session& owner, const failure& why) = 0;
-
-    const std::string what; // the request and its device, for messages
-};
 
 class session::implementation {
   public:
