@@ -1,11 +1,14 @@
-// The idle polling thread: its ticks a second and its share of a processor, beside a bare loop.
+// Idle clients: the polling thread's ticks a second and its share of a processor, beside a bare loop; and the
+// share of a thread that waits.
 #include "bare_loop.hpp"
 #include "bench_service.hpp"
 #include "paired.hpp"
 #include "thread_figures.hpp"
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <limits>
 #include <set>
 #include <thread>
 
@@ -27,10 +30,10 @@ struct idle_figures {
     double cpu_share;
 };
 
-idle_figures watch(pid_t thread) {
+idle_figures watch(pid_t thread, std::chrono::seconds duration = 1s) {
     const thread_figures before = figures_of(thread);
     const double begin = now_ns();
-    std::this_thread::sleep_for(1s);
+    std::this_thread::sleep_for(duration);
     const thread_figures after = figures_of(thread);
     const double elapsed_ns = now_ns() - begin;
     return {static_cast<double>(after.sleeps - before.sleeps) / elapsed_ns * 1e9,
@@ -72,6 +75,60 @@ void idle_polling_thread(benchmark::State& state) {
 }
 
 BENCHMARK(idle_polling_thread)->UseManualTime()->Iterations(5);
+
+// Waits and polls until it is told to end, keep-alives included.
+class waiting_thread {
+  public:
+    explicit waiting_thread(vantu_orvanta_context* context) : context_(context), thread_([this] { run(); }) {
+        while (id_.load() == 0) {
+            std::this_thread::yield();
+        }
+    }
+    ~waiting_thread() {
+        stop_.store(true);
+        (void)vantu_orvanta_wake(context_);
+        thread_.join();
+    }
+    waiting_thread(const waiting_thread&) = delete;
+    waiting_thread& operator=(const waiting_thread&) = delete;
+
+    [[nodiscard]] pid_t id() const { return id_.load(); }
+
+  private:
+    void run() {
+        id_.store(gettid());
+        vantu_orvanta_event event{};
+        while (!stop_.load()) {
+            (void)vantu_orvanta_wait(context_, std::numeric_limits<std::uint64_t>::max());
+            do {
+                (void)vantu_orvanta_poll(context_, &event);
+            } while (event.event_type != vantu_orvanta_event_none);
+        }
+    }
+
+    vantu_orvanta_context* context_;
+    std::atomic<pid_t> id_{0};
+    std::atomic<bool> stop_{false};
+    std::thread thread_;
+};
+
+void idle_wait(benchmark::State& state) {
+    const connected_client ours;
+    const waiting_thread thread(ours.owner.context());
+    std::vector<double> wakes;
+    std::vector<double> share;
+    for ([[maybe_unused]] auto _ : state) {
+        const idle_figures figures = watch(thread.id(), 5s);
+        wakes.push_back(figures.ticks_a_second);
+        share.push_back(100 * figures.cpu_share);
+        state.SetIterationTime(5);
+    }
+    state.counters["ours_wakes"] = median(wakes);
+    state.counters["ours_cpu%"] = median(share);
+    state.counters["target_cpu%"] = 0.1;
+}
+
+BENCHMARK(idle_wait)->UseManualTime()->Iterations(3);
 
 } // namespace
 } // namespace vantu::orvanta::bench

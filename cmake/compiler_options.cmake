@@ -27,6 +27,13 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(-fno-semantic-interposition -fno-plt)
 endif()
 
+if(NOT MSVC AND NOT ORVANTA_SANITIZE AND NOT ORVANTA_COVERAGE)
+  # What ships holds no path of the machine that built it. A debugger, on the contrary, wants them.
+  foreach(folder ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
+    add_compile_options($<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${folder}=.>)
+  endforeach()
+endif()
+
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND NOT MSVC)
   # A build made anew takes its precompiled headers from the compiler cache, although their files are younger.
   add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")

@@ -22,6 +22,8 @@ if(ORVANTA_BUILD_PROGRAMS)
   install(TARGETS orvanta-simulator RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
     COMPONENT simulator FILES_MATCHING PATTERN "*.json")
+  install(FILES ${PROJECT_SOURCE_DIR}/app/man/orvanta-cli.1
+    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT simulator)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5
@@ -36,7 +38,8 @@ install(TARGETS ${libraries} EXPORT vantu_orvanta_targets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD_PARTY.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 foreach(header IN LISTS public_headers)
   string(REGEX REPLACE "^.*/include/(.*/)[^/]*$" "\\1" folder ${header})
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder} COMPONENT development)

@@ -22,8 +22,15 @@ test)
         clang:clang++
         clang-format:clang-format
         clang-tidy:clang-tidy
+        libasio-dev:/usr/include/asio.hpp
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
+        abigail-tools:abidw
+        debootstrap:debootstrap
+        dpkg-dev:dpkg-shlibdeps
+        file:file
+        iproute2:ip
+        lintian:lintian
         mandoc:mandoc
         doxygen:doxygen
         pkg-config:pkg-config

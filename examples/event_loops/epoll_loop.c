@@ -1,6 +1,5 @@
 /* The client library in a loop around epoll(7), with a timerfd for its keep-alives and a signalfd for Ctrl-C:
  * usage: epoll_loop PORT [STATES]. */
-#define _GNU_SOURCE
 #include "states.h"
 
 #include <errno.h>

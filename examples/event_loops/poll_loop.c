@@ -1,6 +1,5 @@
 /* The client library beside standard input in a loop around poll(2): usage: poll_loop PORT [STATES]. A line
  * that begins with q ends it. */
-#define _POSIX_C_SOURCE 200809L
 #include "states.h"
 
 #include <errno.h>

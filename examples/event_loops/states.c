@@ -9,7 +9,10 @@ static const uint64_t reply_timeout_ns = 5000000000;
 static void open_first_device(states* printed) {
     uint32_t ids[64];
     size_t count = 64;
-    vantu_orvanta_device_ids(printed->context, ids, &count);
+    const int32_t code = vantu_orvanta_device_ids(printed->context, ids, &count);
+    if (code != vantu_orvanta_success && code != vantu_orvanta_buffer_full_or_empty) {
+        return;
+    }
     for (size_t i = 0; i < count && printed->device_id == 0; ++i) {
         vantu_orvanta_device device;
         if (vantu_orvanta_device_info(printed->context, ids[i], &device) == vantu_orvanta_success &&
@@ -21,8 +24,11 @@ static void open_first_device(states* printed) {
 }
 
 static void print_state(states* printed, const vantu_orvanta_cursor_state* state) {
-    const float* v = state->values;
-    printf("state %.3f %.3f %.3f %.3f %.3f %.3f\n", v[0], v[1], v[2], v[3], v[4], v[5]);
+    printf("state");
+    for (size_t i = 0; i < 6; ++i) {
+        printf(" %.3f", state->values[i]);
+    }
+    printf("\n");
     fflush(stdout);
     --printed->left;
 }
@@ -52,8 +58,9 @@ bool states_poll(states* printed) {
         if (printed->code != vantu_orvanta_success) {
             return false;
         }
-        if (event.event_type == vantu_orvanta_event_cursor_state) {
-            print_state(printed, &event.payload.cursor_state);
+        vantu_orvanta_cursor_state state;
+        if (vantu_orvanta_event_get_cursor_state(&event, &state) == vantu_orvanta_success) {
+            print_state(printed, &state);
         }
     } while (printed->left > 0 && event.event_type != vantu_orvanta_event_none);
     if (printed->device_id == 0) {

@@ -1,4 +1,4 @@
-/* What the loops have in common: a connection that prints the states of the first Orvanta3. The loops call
+/* A connection that prints the states of the first Orvanta3, which all loops have in common. The loops call
  * states_poll whenever the handle or the timer says so; the rest is up to them. */
 #ifndef STATES_H
 #define STATES_H

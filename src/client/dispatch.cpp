@@ -100,103 +100,109 @@ vantu_orvanta_event error_event(std::int32_t code) {
     return event;
 }
 
-// The way of an event to its handler or callback; false when it is empty.
-bool deliver(client& owner, const client::config& callbacks, pending_requests& pending,
-             const vantu_orvanta_event& event) {
-    const auto hand_on = [&](const auto& callback) {
-        if (complete_request(owner, pending, event)) {
-            return;
-        }
-        if constexpr (std::is_same_v<std::decay_t<decltype(callback)>, client::device_callback>) {
-            call(callback, owner, event.device_id);
-        } else {
-            call_with_record(callback, owner, event);
-        }
-    };
-    if (event.event_type > vantu_orvanta_event_error) {
-        return true; // a type without a name
-    }
-    switch (static_cast<vantu_orvanta_event_type>(event.event_type)) {
-    case vantu_orvanta_event_none:
-        return false;
-    case vantu_orvanta_event_disconnected:
-        owner.fail_requests(vantu_orvanta_disconnected_from_service);
-        call(callbacks.on_disconnected, owner);
-        break;
-    case vantu_orvanta_event_device_added:
-        call_on_device(callbacks.on_device, owner, event);
-        break;
-    case vantu_orvanta_event_device_removed:
-        hand_on(callbacks.on_device_removed);
-        break;
-    case vantu_orvanta_event_orvanta3_info:
-        hand_on(callbacks.on_orvanta3_info);
-        break;
-    case vantu_orvanta_event_palmetron_info:
-        hand_on(callbacks.on_palmetron_info);
-        break;
-    case vantu_orvanta_event_cursor_state:
-        hand_on(callbacks.on_cursor_state);
-        break;
-    case vantu_orvanta_event_cursor_state_b:
-        hand_on(callbacks.on_cursor_state_b);
-        break;
-    case vantu_orvanta_event_palmetron_state:
-        hand_on(callbacks.on_palmetron_state);
-        break;
-    case vantu_orvanta_event_service_stream_a:
-        call(callbacks.on_service_stream_a, owner, record_of<vantu_orvanta_service_stream_a>(event));
-        break;
-    case vantu_orvanta_event_service_stream_b:
-        hand_on(callbacks.on_service_stream_b);
-        break;
-    case vantu_orvanta_event_ack:
-        hand_on(callbacks.on_ack);
-        break;
-    case vantu_orvanta_event_device_opened:
-        hand_on(callbacks.on_device_opened);
-        break;
-    case vantu_orvanta_event_device_closed:
-        hand_on(callbacks.on_device_closed);
-        break;
-    case vantu_orvanta_event_device_block:
-        hand_on(callbacks.on_device_block);
-        break;
-    case vantu_orvanta_event_orientation:
-        hand_on(callbacks.on_orientation);
-        break;
-    case vantu_orvanta_event_config_save:
-        hand_on(callbacks.on_config_save);
-        break;
-    case vantu_orvanta_event_config_gravity_compensation:
-        hand_on(callbacks.on_config_gravity_compensation);
-        break;
-    case vantu_orvanta_event_config_torque_scaling:
-        hand_on(callbacks.on_config_torque_scaling);
-        break;
-    case vantu_orvanta_event_config_handedness:
-        hand_on(callbacks.on_config_handedness);
-        break;
-    case vantu_orvanta_event_status_motor_current:
-        hand_on(callbacks.on_status_motor_current);
-        break;
-    case vantu_orvanta_event_status_power_supply:
-        hand_on(callbacks.on_status_power_supply);
-        break;
-    case vantu_orvanta_event_table_block_128:
-        hand_on(callbacks.on_table_block_128);
-        break;
-    case vantu_orvanta_event_table_block_301:
-        hand_on(callbacks.on_table_block_301);
-        break;
-    case vantu_orvanta_event_error:
-        hand_on(callbacks.on_error);
-        break;
-    }
-    return true;
+// An event's type; none also for a number without a name.
+vantu_orvanta_event_type named_type(const vantu_orvanta_event& event) {
+    return event.event_type > vantu_orvanta_event_error
+               ? vantu_orvanta_event_none
+               : static_cast<vantu_orvanta_event_type>(event.event_type);
 }
 
 } // namespace
+
+bool client::dispatch(const vantu_orvanta_event& event) {
+    config& callbacks = self_->callbacks;
+    const auto deliver = [&](const auto& callback) {
+        if (complete_request(*this, self_->pending, event)) {
+            return;
+        }
+        if constexpr (std::is_same_v<std::decay_t<decltype(callback)>, device_callback>) {
+            call(callback, *this, event.device_id);
+        } else {
+            call_with_record(callback, *this, event);
+        }
+    };
+    switch (named_type(event)) {
+    case vantu_orvanta_event_none:
+        break;
+    case vantu_orvanta_event_disconnected:
+        fail_requests(vantu_orvanta_disconnected_from_service);
+        call(callbacks.on_disconnected, *this);
+        break;
+    case vantu_orvanta_event_device_added:
+        call_on_device(callbacks.on_device, *this, event);
+        break;
+    case vantu_orvanta_event_device_removed:
+        deliver(callbacks.on_device_removed);
+        break;
+    case vantu_orvanta_event_orvanta3_info:
+        deliver(callbacks.on_orvanta3_info);
+        break;
+    case vantu_orvanta_event_palmetron_info:
+        deliver(callbacks.on_palmetron_info);
+        break;
+    case vantu_orvanta_event_cursor_state:
+        deliver(callbacks.on_cursor_state);
+        break;
+    case vantu_orvanta_event_cursor_state_b:
+        deliver(callbacks.on_cursor_state_b);
+        break;
+    case vantu_orvanta_event_palmetron_state:
+        deliver(callbacks.on_palmetron_state);
+        break;
+    case vantu_orvanta_event_service_stream_a:
+        call(callbacks.on_service_stream_a, *this, record_of<vantu_orvanta_service_stream_a>(event));
+        break;
+    case vantu_orvanta_event_service_stream_b:
+        deliver(callbacks.on_service_stream_b);
+        break;
+    case vantu_orvanta_event_ack:
+        deliver(callbacks.on_ack);
+        break;
+    case vantu_orvanta_event_device_opened:
+        deliver(callbacks.on_device_opened);
+        break;
+    case vantu_orvanta_event_device_closed:
+        deliver(callbacks.on_device_closed);
+        break;
+    case vantu_orvanta_event_device_block:
+        deliver(callbacks.on_device_block);
+        break;
+    case vantu_orvanta_event_orientation:
+        deliver(callbacks.on_orientation);
+        break;
+    case vantu_orvanta_event_config_save:
+        deliver(callbacks.on_config_save);
+        break;
+    case vantu_orvanta_event_config_gravity_compensation:
+        deliver(callbacks.on_config_gravity_compensation);
+        break;
+    case vantu_orvanta_event_config_torque_scaling:
+        deliver(callbacks.on_config_torque_scaling);
+        break;
+    case vantu_orvanta_event_config_handedness:
+        deliver(callbacks.on_config_handedness);
+        break;
+    case vantu_orvanta_event_status_motor_current:
+        deliver(callbacks.on_status_motor_current);
+        break;
+    case vantu_orvanta_event_status_power_supply:
+        deliver(callbacks.on_status_power_supply);
+        break;
+    case vantu_orvanta_event_table_block_128:
+        deliver(callbacks.on_table_block_128);
+        break;
+    case vantu_orvanta_event_table_block_301:
+        deliver(callbacks.on_table_block_301);
+        break;
+    case vantu_orvanta_event_error:
+        deliver(callbacks.on_error);
+        break;
+    }
+    if (self_->pending.no_deadline_before_ns() != latest_ns) {
+        expire_requests();
+    }
+    return event.event_type != vantu_orvanta_event_none;
+}
 
 void client::fail_requests(std::int32_t code) {
     const vantu_orvanta_event event = error_event(code);
@@ -221,12 +227,6 @@ void client::expire_requests() {
     const std::uint64_t newest = pending.newest();
     while (complete(*this, pending.take_expired(now_ns, newest), event, outcome::timed_out)) {
     }
-}
-
-bool client::dispatch(const vantu_orvanta_event& event) {
-    const bool is_event = deliver(*this, self_->callbacks, self_->pending, event);
-    expire_requests();
-    return is_event;
 }
 
 void client::dispatch_event(void* user, const vantu_orvanta_event* event) {

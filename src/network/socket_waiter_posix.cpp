@@ -58,7 +58,9 @@ class epoll_waiter final : public socket_waiter {
     }
 
     void clear_wakes() override {
-        if (woken_.load(std::memory_order_relaxed) && woken_.exchange(false)) {
+        if (woken_.load(std::memory_order_relaxed)) {
+            // The flag before the number: a wake between the two leaves the flag set, never the number alone.
+            woken_.store(false);
             eventfd_t count = 0;
             eventfd_read(wakes_.get(), &count);
         }

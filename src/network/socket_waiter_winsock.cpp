@@ -65,7 +65,7 @@ class event_waiter final : public socket_waiter {
     [[nodiscard]] std::intptr_t handle() const override { return reinterpret_cast<std::intptr_t>(event_); }
 
   private:
-    HANDLE event_{CreateEventA(nullptr, FALSE, FALSE, nullptr)};
+    HANDLE event_{CreateEventExA(nullptr, nullptr, 0, EVENT_ALL_ACCESS)};
 };
 
 } // namespace

@@ -34,7 +34,8 @@ struct vantu_orvanta_context {
 
     // Null until the first wait, wake or handle; then in place for the context's life.
     std::atomic<vantu::orvanta::socket_waiter*> waiter{nullptr};
-    // Set under the mutex before a wait sleeps: from there on its wakes are its own, and no poll takes them back.
+    // Set under the mutex before a wait sleeps: from there on its wakes are its own, and no poll takes them
+    // back.
     std::atomic<bool> is_waiting{false};
 
     vantu_orvanta_context() = default;
@@ -42,7 +43,8 @@ struct vantu_orvanta_context {
     vantu_orvanta_context(const vantu_orvanta_context&) = delete;
     vantu_orvanta_context& operator=(const vantu_orvanta_context&) = delete;
 
-    // Under the mutex. The waiter, made when there is none yet; null, with the system's error, when that fails.
+    // Under the mutex. The waiter, made when there is none yet; null, with the system's error, when that
+    // fails.
     [[nodiscard]] vantu::orvanta::socket_waiter* waiter_under_lock(std::uint32_t& system_error);
 
     // Under the mutex. Closes the socket and ends the waits.

@@ -37,6 +37,30 @@ const char* name_of(vantu_orvanta_error_code value) {
         return "request_queue_empty";
     case vantu_orvanta_request_queue_full:
         return "request_queue_full";
+    case vantu_orvanta_invalid_version:
+        return "invalid_version";
+    case vantu_orvanta_invalid_operation:
+        return "invalid_operation";
+    case vantu_orvanta_invalid_body:
+        return "invalid_body";
+    case vantu_orvanta_invalid_request_argument:
+        return "invalid_request_argument";
+    case vantu_orvanta_client_not_connected:
+        return "client_not_connected";
+    case vantu_orvanta_device_not_opened:
+        return "device_not_opened";
+    case vantu_orvanta_invalid_device_id:
+        return "invalid_device_id";
+    case vantu_orvanta_invalid_device_type:
+        return "invalid_device_type";
+    case vantu_orvanta_unsupported_device_model:
+        return "unsupported_device_model";
+    case vantu_orvanta_unparsable_device_pointer:
+        return "unparsable_device_pointer";
+    case vantu_orvanta_device_communication_error:
+        return "device_communication_error";
+    case vantu_orvanta_unknown_client_id:
+        return "unknown_client_id";
     case vantu_orvanta_another_client_connected:
         return "another_client_connected";
     case vantu_orvanta_os_socket_error:

@@ -20,8 +20,8 @@ struct vantu_orvanta_poll_thread {
 
 namespace vantu::orvanta {
 
-// Polls once and hands an event to the handler; without one runs the idle task. After a failed poll, whose code is the record's result,
-// the loop is finished.
+// Polls once and hands an event to the handler; without one runs the idle task. After a failed poll, whose
+// code is the record's result, the loop is finished.
 [[nodiscard]] poll_step run_poll_step(vantu_orvanta_poll_thread& thread);
 
 } // namespace vantu::orvanta

@@ -54,7 +54,13 @@ std::string sentence(std::string_view what, std::int32_t code, std::string_view 
 } // namespace
 
 failure failure_of(std::int32_t code, std::string_view what) {
-    return {static_cast<error_code>(code), sentence(what, code, remedy_of(code))};
+    const std::int32_t told = code == vantu_orvanta_success ? vantu_orvanta_unexpected_error : code;
+    return {static_cast<error_code>(told), sentence(what, told, remedy_of(told))};
+}
+
+failure loss_failure(std::string_view what, std::string_view how) {
+    return {error_code::disconnected_from_service,
+            sentence(what, vantu_orvanta_disconnected_from_service, how)};
 }
 
 failure connect_failure(std::int32_t code, const std::string& service_port) {

@@ -8,27 +8,12 @@
 #include "vantu/orvanta/orvanta.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <string>
 #include <type_traits>
 #include <utility>
 
 namespace vantu::orvanta {
 namespace {
-
-template <typename Value> struct call final : waiting_call {
-    call(std::string text, session::handler<Value> wanted) : what(std::move(text)), done(std::move(wanted)) {}
-
-    void fail(session& owner, const failure& why) override { finish(owner, result<Value>(why)); }
-    void finish(session& owner, const result<Value>& outcome) const {
-        if (done) {
-            done(owner, outcome);
-        }
-    }
-
-    const std::string what;
-    const session::handler<Value> done;
-};
 
 // The outcome for the caller of a reply's record.
 template <typename Value, typename Record>
@@ -47,28 +32,10 @@ result<Value> outcome_of(const reply<Record>& answer, const std::string& what) {
     }
 }
 
-// Where a waiting form finds the outcome that its handler was given.
-template <typename Value> class outcome_box {
-  public:
-    void put(const result<Value>& outcome) {
-        {
-            const std::lock_guard lock(mutex_);
-            outcome_ = outcome;
-        }
-        filled_.notify_one();
-    }
-
-    [[nodiscard]] result<Value> wait() {
-        std::unique_lock lock(mutex_);
-        filled_.wait(lock, [this] { return outcome_.has_value(); });
-        return *std::move(outcome_);
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable filled_;
-    std::optional<result<Value>> outcome_;
-};
+// The time of a request: at least 0.
+std::chrono::nanoseconds time_of(const session::timeout& wanted, std::chrono::nanoseconds usual) {
+    return std::max(wanted.value_or(usual), std::chrono::nanoseconds(0));
+}
 
 std::string text_of(const char* request, std::uint32_t device_id) {
     return std::string(request) + " of device " + std::to_string(device_id);
@@ -82,8 +49,9 @@ template <typename Value, typename Record, typename Method, typename... Argument
 void session::implementation::request(const char* name, std::uint32_t device_id, handler<Value> done,
                                       const timeout& time, Method method, const Arguments&... arguments) {
     const log_scope scope(log_);
-    const auto waiting = std::make_shared<call<Value>>(text_of(name, device_id), std::move(done));
-    const entered place = enter(waiting, waiting->what);
+    const auto waiting =
+        std::make_shared<call_with_handler<Value>>(text_of(name, device_id), std::move(done));
+    const entered place = enter(waiting);
     if (place.by == nullptr) {
         return;
     }
@@ -92,8 +60,7 @@ void session::implementation::request(const char* name, std::uint32_t device_id,
             waiting->finish(owner_, outcome_of<Value>(answer, waiting->what));
         }
     };
-    const std::chrono::nanoseconds wait =
-        std::max(time.value_or(options_.request_timeout), std::chrono::nanoseconds(0));
+    const std::chrono::nanoseconds wait = time_of(time, options_.request_timeout);
     const std::int64_t deadline_ns =
         time_after(platform::steady_now_ns(), static_cast<std::uint64_t>(wait.count()));
     const std::int32_t code = (place.by.get()->*method)(device_id, arguments..., answered, {wait, nullptr});
@@ -107,13 +74,20 @@ void session::implementation::request(const char* name, std::uint32_t device_id,
 // The waiting form of a request: start is given the handler.
 template <typename Value, typename Start>
 result<Value> session::implementation::wait_for(const char* name, std::uint32_t device_id,
-                                                Start start) const {
+                                                const timeout& time, Start start) const {
     if (is_own_thread()) {
         return called_from_a_callback(text_of(name, device_id));
     }
+    if (!is_connected()) {
+        return failure_of(vantu_orvanta_disconnected_from_service, text_of(name, device_id));
+    }
     const auto box = std::make_shared<outcome_box<Value>>();
     start([box](session&, const result<Value>& outcome) { box->put(outcome); });
-    return box->wait();
+    // The thread ends it in time as a rule; a callback may keep it from that.
+    if (auto outcome = box->wait(time_of(time, options_.request_timeout))) {
+        return *std::move(outcome);
+    }
+    return failure_of(vantu_orvanta_timed_out, text_of(name, device_id));
 }
 
 session::session(options wanted) : self_(std::make_unique<implementation>(*this, std::move(wanted))) {
@@ -142,9 +116,10 @@ result<device> session::wait_for_device(std::chrono::nanoseconds time,
 }
 
 void session::open(std::uint32_t device_id, handler<void> done, timeout time) {
-    auto kept = [device_id, done = std::move(done)](session& same, const result<void>& outcome) {
+    auto kept = [device_id, number = self_->opening(), done = std::move(done)](session& same,
+                                                                               const result<void>& outcome) {
         if (outcome) {
-            same.self_->keep_open(device_id, true);
+            same.self_->opened(device_id, number);
         }
         if (done) {
             done(same, outcome);
@@ -155,17 +130,17 @@ void session::open(std::uint32_t device_id, handler<void> done, timeout time) {
 }
 
 result<void> session::open(std::uint32_t device_id, timeout time) {
-    return self_->wait_for<void>("open", device_id,
+    return self_->wait_for<void>("open", device_id, time,
                                  [&](handler<void> done) { open(device_id, std::move(done), time); });
 }
 
 void session::close(std::uint32_t device_id, handler<void> done, timeout time) {
-    self_->keep_open(device_id, false);
+    self_->closing(device_id);
     self_->request<void, void>("close", device_id, std::move(done), time, &client::device_close);
 }
 
 result<void> session::close(std::uint32_t device_id, timeout time) {
-    return self_->wait_for<void>("close", device_id,
+    return self_->wait_for<void>("close", device_id, time,
                                  [&](handler<void> done) { close(device_id, std::move(done), time); });
 }
 
@@ -175,7 +150,7 @@ void session::get_orientation(std::uint32_t device_id, handler<orientation> done
 }
 
 result<orientation> session::get_orientation(std::uint32_t device_id, timeout time) {
-    return self_->wait_for<orientation>("get_orientation", device_id, [&](handler<orientation> done) {
+    return self_->wait_for<orientation>("get_orientation", device_id, time, [&](handler<orientation> done) {
         get_orientation(device_id, std::move(done), time);
     });
 }
@@ -189,7 +164,7 @@ void session::get_gravity_compensation(std::uint32_t device_id, handler<gravity_
 
 result<gravity_compensation> session::get_gravity_compensation(std::uint32_t device_id, timeout time) {
     return self_->wait_for<gravity_compensation>(
-        "get_gravity_compensation", device_id, [&](handler<gravity_compensation> done) {
+        "get_gravity_compensation", device_id, time, [&](handler<gravity_compensation> done) {
             get_gravity_compensation(device_id, std::move(done), time);
         });
 }
@@ -205,7 +180,7 @@ result<gravity_compensation> session::set_gravity_compensation(std::uint32_t dev
                                                                const gravity_compensation& value,
                                                                timeout time) {
     return self_->wait_for<gravity_compensation>(
-        "set_gravity_compensation", device_id, [&](handler<gravity_compensation> done) {
+        "set_gravity_compensation", device_id, time, [&](handler<gravity_compensation> done) {
             set_gravity_compensation(device_id, value, std::move(done), time);
         });
 }
@@ -216,7 +191,7 @@ void session::implementation::change_gravity_compensation(const char* name, std:
                                                           handler<gravity_compensation> done,
                                                           const timeout& time, Change change) {
     using record = vantu_orvanta_config_gravity_compensation;
-    const std::chrono::nanoseconds wait = time.value_or(options_.request_timeout);
+    const std::chrono::nanoseconds wait = time_of(time, options_.request_timeout);
     const auto set = [this, name, device_id, change](gravity_compensation value,
                                                      handler<gravity_compensation> then,
                                                      std::chrono::nanoseconds left) {
@@ -250,7 +225,7 @@ void session::set_gravity_compensation_enabled(std::uint32_t device_id, bool ena
 result<gravity_compensation> session::set_gravity_compensation_enabled(std::uint32_t device_id, bool enabled,
                                                                        timeout time) {
     return self_->wait_for<gravity_compensation>(
-        "set_gravity_compensation_enabled", device_id, [&](handler<gravity_compensation> done) {
+        "set_gravity_compensation_enabled", device_id, time, [&](handler<gravity_compensation> done) {
             set_gravity_compensation_enabled(device_id, enabled, std::move(done), time);
         });
 }
@@ -265,7 +240,7 @@ void session::set_scaling_factor(std::uint32_t device_id, float factor, handler<
 result<gravity_compensation> session::set_scaling_factor(std::uint32_t device_id, float factor,
                                                          timeout time) {
     return self_->wait_for<gravity_compensation>(
-        "set_scaling_factor", device_id, [&](handler<gravity_compensation> done) {
+        "set_scaling_factor", device_id, time, [&](handler<gravity_compensation> done) {
             set_scaling_factor(device_id, factor, std::move(done), time);
         });
 }
@@ -277,7 +252,7 @@ void session::get_torque_scaling(std::uint32_t device_id, handler<torque_scaling
 
 result<torque_scaling> session::get_torque_scaling(std::uint32_t device_id, timeout time) {
     return self_->wait_for<torque_scaling>(
-        "get_torque_scaling", device_id,
+        "get_torque_scaling", device_id, time,
         [&](handler<torque_scaling> done) { get_torque_scaling(device_id, std::move(done), time); });
 }
 
@@ -290,7 +265,7 @@ void session::set_torque_scaling(std::uint32_t device_id, bool enabled, handler<
 
 result<torque_scaling> session::set_torque_scaling(std::uint32_t device_id, bool enabled, timeout time) {
     return self_->wait_for<torque_scaling>(
-        "set_torque_scaling", device_id,
+        "set_torque_scaling", device_id, time,
         [&](handler<torque_scaling> done) { set_torque_scaling(device_id, enabled, std::move(done), time); });
 }
 
@@ -302,7 +277,7 @@ void session::set_handedness(std::uint32_t device_id, handedness hand, handler<h
 }
 
 result<handedness> session::set_handedness(std::uint32_t device_id, handedness hand, timeout time) {
-    return self_->wait_for<handedness>("set_handedness", device_id, [&](handler<handedness> done) {
+    return self_->wait_for<handedness>("set_handedness", device_id, time, [&](handler<handedness> done) {
         set_handedness(device_id, hand, std::move(done), time);
     });
 }
@@ -313,9 +288,9 @@ void session::save(std::uint32_t device_id, handler<saved_configuration> done, t
 }
 
 result<saved_configuration> session::save(std::uint32_t device_id, timeout time) {
-    return self_->wait_for<saved_configuration>("save", device_id, [&](handler<saved_configuration> done) {
-        save(device_id, std::move(done), time);
-    });
+    return self_->wait_for<saved_configuration>(
+        "save", device_id, time,
+        [&](handler<saved_configuration> done) { save(device_id, std::move(done), time); });
 }
 
 } // namespace vantu::orvanta

@@ -8,8 +8,7 @@
 
 namespace vantu::orvanta {
 
-session::implementation::entered session::implementation::enter(std::shared_ptr<waiting_call> call,
-                                                                std::string_view what) {
+session::implementation::entered session::implementation::enter(std::shared_ptr<waiting_call> call) {
     {
         const std::lock_guard lock(mutex_);
         if (client_ != nullptr && !stopping_) {
@@ -17,7 +16,8 @@ session::implementation::entered session::implementation::enter(std::shared_ptr<
             calls_.emplace(number, std::move(call));
             return {number, client_};
         }
-        posted_.push_back({std::move(call), failure_of(vantu_orvanta_disconnected_from_service, what)});
+        failure why = failure_of(vantu_orvanta_disconnected_from_service, call->what);
+        posted_.push_back({std::move(call), std::move(why)});
     }
     wake();
     return {0, nullptr};
@@ -48,14 +48,14 @@ void session::implementation::consider(std::int64_t deadline_ns) {
     }
 }
 
-void session::implementation::fail_entered(const failure& why) {
+void session::implementation::fail_entered(const char* how) {
     std::map<std::uint64_t, std::shared_ptr<waiting_call>> ended;
     {
         const std::lock_guard lock(mutex_);
         ended.swap(calls_);
     }
     for (const auto& [number, call] : ended) {
-        call->fail(owner_, why);
+        call->fail(owner_, loss_failure(call->what, how));
     }
 }
 
@@ -70,9 +70,9 @@ void session::implementation::fail_posted() {
     }
 }
 
-bool session::implementation::is_stopping() const {
+bool session::implementation::has_posted() const {
     const std::lock_guard lock(mutex_);
-    return stopping_;
+    return !posted_.empty();
 }
 
 bool session::implementation::is_own_thread() const {
@@ -81,7 +81,7 @@ bool session::implementation::is_own_thread() const {
 
 bool session::implementation::is_connected() const {
     const std::lock_guard lock(mutex_);
-    return client_ != nullptr;
+    return client_ != nullptr && !stopping_;
 }
 
 std::vector<device> session::implementation::devices() const {
@@ -100,17 +100,6 @@ std::optional<gravity_compensation> session::implementation::confirmed(std::uint
     return found == confirmed_.end() ? std::nullopt : std::optional(found->second);
 }
 
-void session::implementation::keep_open(std::uint32_t device_id, bool open) {
-    const std::lock_guard lock(mutex_);
-    for (const device& one : arrived_) {
-        if (one.id == device_id && open) {
-            kept_open_.insert(one.uuid);
-        } else if (one.id == device_id) {
-            kept_open_.erase(one.uuid);
-        }
-    }
-}
-
 result<device> session::implementation::wait_for_device(std::chrono::nanoseconds time,
                                                         const std::function<bool(const device&)>& wanted) {
     constexpr const char* what = "wait_for_device";
@@ -118,7 +107,8 @@ result<device> session::implementation::wait_for_device(std::chrono::nanoseconds
         return called_from_a_callback(what);
     }
     constexpr std::chrono::nanoseconds longest = std::chrono::hours(24 * 365);
-    const auto end = std::chrono::steady_clock::now() + std::min(time, longest);
+    const auto end =
+        std::chrono::steady_clock::now() + std::clamp(time, std::chrono::nanoseconds(0), longest);
     const auto is_over = [this] { return client_ == nullptr && !options_.reconnect; };
     for (;;) {
         std::unique_lock lock(mutex_);

@@ -14,11 +14,17 @@ namespace vantu::orvanta {
 namespace {
 
 constexpr std::size_t longest_name = 31;
+constexpr const char* usual_service_port = "54320";
+constexpr int first_local_port = 54321;
 constexpr int local_ports = 16;
-constexpr auto reconnection_interval = std::chrono::seconds(1);
+constexpr std::int64_t reconnection_interval_ns = ns_per_second;
 
-// What devices come with the acceptance, or directly after it, comes within this time.
-constexpr auto longest_settling = std::chrono::milliseconds(100);
+// For so long an attempt to reconnect may keep the destructor waiting, and what the thread has to tell.
+constexpr std::uint64_t longest_attempt_ns = 100 * ns_per_millisecond;
+
+// What devices come with the acceptance, or directly after it, have arrived within this time, also those that
+// arrive without their details.
+constexpr auto longest_settling = std::chrono::milliseconds(150);
 constexpr auto quiet_when_settled = std::chrono::milliseconds(5);
 
 std::uint64_t unsigned_ns(std::chrono::nanoseconds time) {
@@ -35,6 +41,15 @@ log_sink sink_of(const session::options& wanted) {
     };
 }
 
+// Of a local port, in the time for all of them.
+std::uint64_t attempt_ns(const session::options& wanted) {
+    return std::max<std::uint64_t>(unsigned_ns(wanted.connect_timeout) / local_ports, ns_per_millisecond);
+}
+
+std::string name_for_the_service(const session::options& wanted) {
+    return wanted.name.substr(0, longest_name);
+}
+
 } // namespace
 
 session::implementation::implementation(session& owner, options wanted)
@@ -42,9 +57,18 @@ session::implementation::implementation(session& owner, options wanted)
       liveness_(options_.probe_interval.count(), 0) {
     const log_scope scope(log_);
     vantu_orvanta_init();
-    if (const std::int32_t code = try_to_connect(); code != vantu_orvanta_success) {
+    std::shared_ptr<client> fresh = new_client();
+    const std::string name = name_for_the_service(options_);
+    const std::uint64_t keep_alive_ns = unsigned_ns(options_.keep_alive);
+    const std::int32_t code =
+        options_.service_port.empty()
+            ? vantu_orvanta_connect(fresh->context(), name.c_str(), 0, 0, keep_alive_ns, attempt_ns(options_))
+            : vantu_orvanta_connect_ports(fresh->context(), "0", options_.service_port.c_str(), name.c_str(),
+                                          0, 0, keep_alive_ns, attempt_ns(options_) * local_ports);
+    if (code != vantu_orvanta_success) {
         throw_failure(connect_failure(code, options_.service_port));
     }
+    adopt(std::move(fresh));
 }
 
 session::implementation::~implementation() {
@@ -69,7 +93,8 @@ void session::implementation::start() {
     start_thread(thread_, run, this);
     const auto end = std::chrono::steady_clock::now() + longest_settling;
     std::unique_lock lock(mutex_);
-    changed_.wait_until(lock, end, [this] { return !arrived_.empty() || client_ == nullptr; });
+    changed_.wait_until(lock, end,
+                        [this] { return (!arrived_.empty() && all_have_arrived_) || client_ == nullptr; });
     lock.unlock();
     for (std::uint64_t before = ~std::uint64_t{0};
          before != events_.load(std::memory_order_relaxed) && std::chrono::steady_clock::now() < end;) {
@@ -78,29 +103,18 @@ void session::implementation::start() {
     }
 }
 
-std::int32_t session::implementation::try_to_connect() {
-    auto fresh = std::make_shared<client>(client::config{});
-    const std::string name = options_.name.substr(0, longest_name);
-    const std::uint64_t keep_alive_ns = unsigned_ns(options_.keep_alive);
-    const std::uint64_t timeout_ns =
-        std::max<std::uint64_t>(unsigned_ns(options_.connect_timeout), local_ports * ns_per_millisecond);
-    const std::int32_t code =
-        options_.service_port.empty()
-            ? vantu_orvanta_connect(fresh->context(), name.c_str(), 0, 0, keep_alive_ns,
-                                    timeout_ns / local_ports)
-            : vantu_orvanta_connect_ports(fresh->context(), "0", options_.service_port.c_str(), name.c_str(),
-                                          0, 0, keep_alive_ns, timeout_ns);
-    if (code != vantu_orvanta_success) {
-        return code;
-    }
+std::shared_ptr<client> session::implementation::new_client() const {
+    return std::make_shared<client>(client::config{});
+}
+
+void session::implementation::adopt(std::shared_ptr<client> connected) {
     const std::int64_t now_ns = platform::steady_now_ns();
     liveness_.heard(now_ns);
     failures_in_a_row_ = 0;
-    list_devices(*fresh, now_ns);
+    list_devices(*connected, now_ns);
     const std::lock_guard lock(mutex_);
-    client_ = std::move(fresh);
+    client_ = std::move(connected);
     ++connections_;
-    return code;
 }
 
 void session::implementation::wake() {
@@ -118,6 +132,7 @@ void session::implementation::wake() {
 void session::implementation::note_loss(error_code code, const char* how) {
     if (!loss_) {
         loss_ = loss{code, formatted("connection lost: {}", how)};
+        how_lost_ = how;
     }
 }
 
@@ -129,34 +144,62 @@ void session::implementation::lose() {
         lost.swap(client_);
         arrived_.clear();
         confirmed_.clear();
+        closed_.clear();
     }
     changed_.notify_all();
     arrivals_.clear();
     samples_.clear();
-    fail_entered({error_code::disconnected_from_service, why.message});
-    if (options_.callbacks.on_lost) {
+    next_attempt_ns_ = time_after(platform::steady_now_ns(), reconnection_interval_ns);
+    fail_entered(how_lost_);
+    fail_posted();
+    if (options_.callbacks.on_lost && !is_stopping()) {
         options_.callbacks.on_lost(owner_, why);
     }
 }
 
 void session::implementation::wait_for_reconnection() {
+    fail_posted();
     {
         std::unique_lock lock(mutex_);
         const auto something_to_do = [this] { return stopping_ || !posted_.empty(); };
-        if (options_.reconnect) {
-            changed_.wait_for(lock, reconnection_interval, something_to_do);
-        } else {
+        if (!options_.reconnect) {
             changed_.wait(lock, something_to_do);
+            return;
         }
-        if (stopping_) {
+        const std::int64_t left_ns = time_left_ns(platform::steady_now_ns(), next_attempt_ns_);
+        if (changed_.wait_for(lock, std::chrono::nanoseconds(left_ns), something_to_do)) {
             return;
         }
     }
-    fail_posted();
-    if (options_.reconnect && try_to_connect() == vantu_orvanta_success &&
-        options_.callbacks.on_reconnected) {
+    const bool connected = try_to_reconnect();
+    next_attempt_ns_ = time_after(platform::steady_now_ns(), reconnection_interval_ns);
+    if (connected && options_.callbacks.on_reconnected && !is_stopping()) {
         options_.callbacks.on_reconnected(owner_);
     }
+}
+
+// As vantu_orvanta_connect, with a look between two ports at what else there is to do.
+bool session::implementation::try_to_reconnect() {
+    const bool usual = options_.service_port.empty();
+    const std::string service_port = usual ? usual_service_port : options_.service_port;
+    const std::string name = name_for_the_service(options_);
+    const std::uint64_t timeout_ns = std::min(attempt_ns(options_), longest_attempt_ns);
+    for (int i = 0; i < (usual ? local_ports : 1) && !is_stopping(); ++i) {
+        const std::string local_port = usual ? std::to_string(first_local_port + i) : "0";
+        std::shared_ptr<client> fresh = new_client();
+        const std::int32_t code =
+            vantu_orvanta_connect_ports(fresh->context(), local_port.c_str(), service_port.c_str(),
+                                        name.c_str(), 0, 0, unsigned_ns(options_.keep_alive), timeout_ns);
+        if (code == vantu_orvanta_success) {
+            adopt(std::move(fresh));
+            return true;
+        }
+        fail_posted();
+        if (code != vantu_orvanta_timed_out && code != vantu_orvanta_socket_bind_failed) {
+            return false;
+        }
+    }
+    return false;
 }
 
 } // namespace vantu::orvanta

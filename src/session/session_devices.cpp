@@ -1,14 +1,20 @@
 // The session's devices: their arrival, their removal, and that those kept open are opened again.
 #include "session_implementation.hpp"
 #include "values.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 #include "vantu/orvanta/orvanta.h"
 
 #include <algorithm>
+#include <chrono>
+#include <string>
+#include <vector>
 
 namespace vantu::orvanta {
 namespace {
 
-constexpr int attempts_to_open_again = 5;
+// The time between two attempts to open a device again.
+constexpr std::chrono::nanoseconds shortest_opening = std::chrono::milliseconds(10);
+constexpr std::chrono::nanoseconds longest_opening = std::chrono::seconds(1);
 
 } // namespace
 
@@ -34,38 +40,91 @@ void session::implementation::announce(client& with, std::int64_t now_ns) {
             arriving.push_back(value_of(id, record));
         }
     }
-    if (arriving.empty()) {
-        return;
-    }
+    const bool all_have_arrived = arrivals_.due_ns() == latest_ns;
     {
         const std::lock_guard lock(mutex_);
         arrived_.insert(arrived_.end(), arriving.begin(), arriving.end());
         arrivals_so_far_ += arriving.size();
+        if (arriving.empty() && all_have_arrived_ == all_have_arrived) {
+            return;
+        }
+        all_have_arrived_ = all_have_arrived;
     }
     changed_.notify_all();
     for (const device& one : arriving) {
-        if (options_.callbacks.on_arrival) {
+        if (options_.callbacks.on_arrival && !is_stopping()) {
             options_.callbacks.on_arrival(owner_, one);
         }
-        bool keep = false;
-        {
-            const std::lock_guard lock(mutex_);
-            keep = kept_open_.count(one.uuid) != 0;
-        }
-        if (keep) {
-            open_again(with, one.id, attempts_to_open_again);
-        }
+        open_again(with, one.id);
     }
 }
 
-void session::implementation::open_again(client& with, std::uint32_t device_id, int attempts) {
-    const request_options once{options_.request_timeout, nullptr};
-    const auto repeat_when_lost = [this, device_id, attempts](client& same, const reply<void>& answer) {
-        if (answer.result == outcome::timed_out && attempts > 1) {
-            open_again(same, device_id, attempts - 1);
+void session::implementation::open_again(client& with, std::uint32_t device_id) {
+    if (!is_kept_open(device_id)) {
+        return;
+    }
+    const request_options once{std::clamp(options_.request_timeout, shortest_opening, longest_opening),
+                               nullptr};
+    const auto repeat_when_lost = [this, device_id](client& same, const reply<void>& answer) {
+        if (answer.result == outcome::timed_out) {
+            open_again(same, device_id);
         }
     };
     (void)with.device_open(device_id, 0, repeat_when_lost, once);
+}
+
+std::string session::implementation::uuid_under_lock(std::uint32_t device_id) const {
+    vantu_orvanta_device record{};
+    if (client_ == nullptr ||
+        vantu_orvanta_device_info(client_->context(), device_id, &record) != vantu_orvanta_success) {
+        return {};
+    }
+    return value_of(device_id, record).uuid;
+}
+
+bool session::implementation::is_kept_open(std::uint32_t device_id) const {
+    const std::lock_guard lock(mutex_);
+    return kept_open_.count(uuid_under_lock(device_id)) != 0;
+}
+
+std::uint64_t session::implementation::opening() {
+    const std::lock_guard lock(mutex_);
+    return ++last_opening_;
+}
+
+void session::implementation::opened(std::uint32_t device_id, std::uint64_t opening) {
+    const std::lock_guard lock(mutex_);
+    const auto closed = closed_.find(device_id);
+    const bool was_closed = closed != closed_.end() && opening <= closed->second;
+    if (const std::string uuid = uuid_under_lock(device_id); !uuid.empty() && !was_closed) {
+        kept_open_.insert(uuid);
+    }
+}
+
+void session::implementation::closing(std::uint32_t device_id) {
+    const std::lock_guard lock(mutex_);
+    if (const std::string uuid = uuid_under_lock(device_id); !uuid.empty()) {
+        kept_open_.erase(uuid);
+        closed_[device_id] = last_opening_;
+    }
+}
+
+// Another device is listed under the id of one that was, whose removal was lost.
+void session::implementation::replace(client& with, std::uint32_t device_id) {
+    vantu_orvanta_device record{};
+    if (vantu_orvanta_device_info(with.context(), device_id, &record) != vantu_orvanta_success) {
+        return;
+    }
+    const std::string listed = value_of(device_id, record).uuid;
+    const auto is_another = [&](const device& one) { return one.id == device_id && one.uuid != listed; };
+    bool replaced = false;
+    {
+        const std::lock_guard lock(mutex_);
+        replaced = std::any_of(arrived_.begin(), arrived_.end(), is_another);
+    }
+    if (replaced) {
+        remove(device_id);
+    }
 }
 
 void session::implementation::refresh(client& with, std::uint32_t device_id) {
@@ -88,6 +147,7 @@ void session::implementation::remove(std::uint32_t device_id) {
     {
         const std::lock_guard lock(mutex_);
         confirmed_.erase(device_id);
+        closed_.erase(device_id);
         const auto found = std::find_if(arrived_.begin(), arrived_.end(),
                                         [device_id](const device& one) { return one.id == device_id; });
         if (found != arrived_.end()) {

@@ -7,6 +7,7 @@
 #include "runtime/native_thread.hpp"
 #include "vantu/orvanta/common/log.hpp"
 #include "vantu/orvanta/session.hpp"
+#include "waiting_call.hpp"
 
 #include <atomic>
 #include <condition_variable>
@@ -23,12 +24,6 @@
 #include <vector>
 
 namespace vantu::orvanta {
-
-// A request without an outcome. finish is called once, on the session's thread.
-struct waiting_call {
-    virtual ~waiting_call() = default;
-    virtual void fail(session& owner, const failure& why) = 0;
-};
 
 class session::implementation {
   public:
@@ -54,14 +49,19 @@ class session::implementation {
     // What the service last confirmed of a device; empty when it is not known.
     [[nodiscard]] std::optional<gravity_compensation> confirmed(std::uint32_t device_id) const;
 
-    // From here on a device is opened again whenever it arrives, or not any more.
-    void keep_open(std::uint32_t device_id, bool open);
+    // The number of a call that opens a device, and whether no later one closes it: then it is opened again
+    // whenever it arrives.
+    [[nodiscard]] std::uint64_t opening();
+    void opened(std::uint32_t device_id, std::uint64_t opening);
+    // From here on a device is not opened again any more, whatever openings are under way.
+    void closing(std::uint32_t device_id);
 
     template <typename Value, typename Record, typename Method, typename... Arguments>
     void request(const char* name, std::uint32_t device_id, handler<Value> done, const timeout& time,
                  Method method, const Arguments&... arguments);
     template <typename Value, typename Start>
-    [[nodiscard]] result<Value> wait_for(const char* name, std::uint32_t device_id, Start start) const;
+    [[nodiscard]] result<Value> wait_for(const char* name, std::uint32_t device_id, const timeout& time,
+                                         Start start) const;
     template <typename Change>
     void change_gravity_compensation(const char* name, std::uint32_t device_id,
                                      handler<gravity_compensation> done, const timeout& time, Change change);
@@ -73,7 +73,7 @@ class session::implementation {
         std::uint64_t number;
         std::shared_ptr<client> by;
     };
-    [[nodiscard]] entered enter(std::shared_ptr<waiting_call> call, std::string_view what);
+    [[nodiscard]] entered enter(std::shared_ptr<waiting_call> call);
     [[nodiscard]] bool take(std::uint64_t number);
     // Lets a call that is still entered fail on the thread.
     void fail_later(std::uint64_t number, failure why);
@@ -86,28 +86,34 @@ class session::implementation {
     };
 
     // Of the thread, and of the constructor before there is one.
-    [[nodiscard]] std::int32_t try_to_connect();
+    [[nodiscard]] std::shared_ptr<client> new_client() const;
+    void adopt(std::shared_ptr<client> connected);
     void wake();
 
     // The rest is the thread's alone.
-    static void run(void* self);
+    static void run(void* self) noexcept;
     void serve();
     void take_events(client& with);
     void handle_event(client& with, const vantu_orvanta_event& event, std::int64_t now_ns);
     void note(client& with, const vantu_orvanta_event& event, std::int64_t now_ns);
     void list_devices(client& with, std::int64_t now_ns);
     void announce(client& with, std::int64_t now_ns);
-    void open_again(client& with, std::uint32_t device_id, int attempts);
+    void open_again(client& with, std::uint32_t device_id);
+    [[nodiscard]] std::string uuid_under_lock(std::uint32_t device_id) const;
+    [[nodiscard]] bool is_kept_open(std::uint32_t device_id) const;
+    void replace(client& with, std::uint32_t device_id);
     void refresh(client& with, std::uint32_t device_id);
     void remove(std::uint32_t device_id);
     void watch_over(client& with, std::int64_t now_ns);
     void note_loss(error_code code, const char* how);
     void lose();
-    void fail_entered(const failure& why);
+    void fail_entered(const char* how);
     void fail_posted();
+    [[nodiscard]] bool has_posted() const;
     void sleep(client& with);
     void wait_for_reconnection();
-    [[nodiscard]] bool is_stopping() const;
+    [[nodiscard]] bool try_to_reconnect();
+    [[nodiscard]] bool is_stopping() const { return stopping_.load(std::memory_order_relaxed); }
 
     session& owner_;
     const options options_;
@@ -121,8 +127,9 @@ class session::implementation {
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     // Under the mutex.
-    std::shared_ptr<client> client_; // null while there is no connection
-    bool stopping_{false};
+    std::shared_ptr<client> client_;    // null while there is no connection
+    std::atomic<bool> stopping_{false}; // changed under the mutex
+    bool all_have_arrived_{false};      // that have been listed
     std::uint64_t connections_{0};
     std::uint64_t last_number_{0};
     std::map<std::uint64_t, std::shared_ptr<waiting_call>> calls_;
@@ -131,6 +138,8 @@ class session::implementation {
     std::uint64_t arrivals_so_far_{0};
     std::map<std::uint32_t, gravity_compensation> confirmed_;
     std::set<std::string> kept_open_; // uuids
+    std::uint64_t last_opening_{0};
+    std::map<std::uint32_t, std::uint64_t> closed_; // the last opening that was before, by device
 
     // The thread's alone.
     arrivals arrivals_;
@@ -138,6 +147,8 @@ class session::implementation {
     std::map<std::uint32_t, std::uint64_t> samples_;
     int failures_in_a_row_{0};
     std::optional<loss> loss_; // noted, and to be told after the callbacks that run
+    const char* how_lost_{""};
+    std::int64_t next_attempt_ns_{0};
 };
 
 } // namespace vantu::orvanta

@@ -13,6 +13,7 @@ namespace {
 // A service that never stops sending leaves time for what else is due.
 constexpr int events_at_once = 256;
 constexpr int failures_to_give_up = 100;
+constexpr auto pause_without_waiting = std::chrono::milliseconds(1);
 // Asked for while no device is known: any answer tells that the service is there.
 constexpr std::uint32_t any_device_id = 1;
 
@@ -22,15 +23,17 @@ error_code error_of(const vantu_orvanta_event& event) {
 
 } // namespace
 
-void session::implementation::run(void* self) {
+void session::implementation::run(void* self) noexcept {
     auto& session = *static_cast<implementation*>(self);
     const log_scope scope(session.log_);
     session.thread_id_.store(std::this_thread::get_id());
     while (!session.is_stopping()) {
         session.serve();
     }
-    session.fail_entered(failure_of(vantu_orvanta_disconnected_from_service, "the session ended"));
-    session.fail_posted();
+    session.fail_entered("the session ended");
+    while (session.has_posted()) {
+        session.fail_posted();
+    }
 }
 
 void session::implementation::serve() {
@@ -46,6 +49,9 @@ void session::implementation::serve() {
     take_events(*with);
     fail_posted();
     with->expire_requests();
+    if (is_stopping()) {
+        return;
+    }
     if (!loss_) {
         const std::int64_t now_ns = platform::steady_now_ns();
         announce(*with, now_ns);
@@ -59,7 +65,7 @@ void session::implementation::serve() {
 }
 
 void session::implementation::take_events(client& with) {
-    for (int taken = 0; taken < events_at_once && !loss_; ++taken) {
+    for (int taken = 0; taken < events_at_once && !loss_ && !is_stopping(); ++taken) {
         vantu_orvanta_event event;
         const std::int32_t code = vantu_orvanta_poll(with.context(), &event);
         switch (static_cast<error_code>(code)) {
@@ -113,6 +119,7 @@ void session::implementation::note(client& with, const vantu_orvanta_event& even
     const auto& told = options_.callbacks;
     switch (event.event_type) {
     case vantu_orvanta_event_device_added:
+        replace(with, event.device_id);
         arrivals_.listed(event.device_id, now_ns);
         break;
     case vantu_orvanta_event_device_removed:
@@ -175,11 +182,16 @@ void session::implementation::sleep(client& with) {
     const std::int64_t until_ns = wanted_ns();
     // In one order with consider(): it sees this time, or the second look here sees its deadline.
     sleeps_until_ns_.exchange(until_ns, std::memory_order_acq_rel);
-    if (wanted_ns() < until_ns) {
+    // The polls have taken back the wakes that came before them.
+    if (wanted_ns() < until_ns || is_stopping()) {
         return;
     }
     const std::int64_t left_ns = time_left_ns(platform::steady_now_ns(), until_ns);
-    (void)vantu_orvanta_wait(with.context(), static_cast<std::uint64_t>(left_ns));
+    const std::int32_t code = vantu_orvanta_wait(with.context(), static_cast<std::uint64_t>(left_ns));
+    if (code == vantu_orvanta_unexpected_error) {
+        // The system gives nothing to wait with: looking now and then has to do.
+        std::this_thread::sleep_for(pause_without_waiting);
+    }
 }
 
 } // namespace vantu::orvanta

@@ -45,6 +45,7 @@ lost=(
     'connect(context, "", 0, 0, 1, 1)'
     'connect_ports(context, "0", "0", "", 0, 0, 1, 1)'
     'poll(context, &event)'
+    'wait(context, 1)'
     'poll_thread_start(context, handle, 0)'
     'device_ids(context, ids, &count)'
     'device_info(context, 1, &device)'
@@ -57,6 +58,14 @@ done
 for call in 'init()' 'sleep(1)' 'device_open(context, 1, 0, 0)' 'event_get_device_added(&event, &device)'; do
     silent orvanta.h "vantu_orvanta_$call" "${c[@]}"
     silent orvanta.h "vantu_orvanta_$call" "${cpp[@]}"
+done
+# A request that is not sent never calls its handler.
+declarations='extern vantu::orvanta::client client;
+extern vantu_orvanta_config_gravity_compensation gravity; extern vantu_orvanta_config_torque_scaling torque;'
+for call in 'device_open(1, 0, {})' 'device_close(1, {})' 'orientation_get(1, {})' 'config_save(1, {})' \
+    'config_gravity_compensation_get(1, {})' 'config_gravity_compensation_set(1, gravity, {})' \
+    'config_torque_scaling_get(1, {})' 'config_torque_scaling_set(1, torque, {})' 'config_handedness_set(1, 1, {})'; do
+    warned client.hpp "client.$call" "${cpp[@]}"
 done
 
 exit $broken

@@ -105,6 +105,30 @@ std::optional<error_code> name_of(vantu_orvanta_error_code code) {
         return error_code::request_queue_empty;
     case vantu_orvanta_request_queue_full:
         return error_code::request_queue_full;
+    case vantu_orvanta_invalid_version:
+        return error_code::invalid_version;
+    case vantu_orvanta_invalid_operation:
+        return error_code::invalid_operation;
+    case vantu_orvanta_invalid_body:
+        return error_code::invalid_body;
+    case vantu_orvanta_invalid_request_argument:
+        return error_code::invalid_request_argument;
+    case vantu_orvanta_client_not_connected:
+        return error_code::client_not_connected;
+    case vantu_orvanta_device_not_opened:
+        return error_code::device_not_opened;
+    case vantu_orvanta_invalid_device_id:
+        return error_code::invalid_device_id;
+    case vantu_orvanta_invalid_device_type:
+        return error_code::invalid_device_type;
+    case vantu_orvanta_unsupported_device_model:
+        return error_code::unsupported_device_model;
+    case vantu_orvanta_unparsable_device_pointer:
+        return error_code::unparsable_device_pointer;
+    case vantu_orvanta_device_communication_error:
+        return error_code::device_communication_error;
+    case vantu_orvanta_unknown_client_id:
+        return error_code::unknown_client_id;
     case vantu_orvanta_another_client_connected:
         return error_code::another_client_connected;
     case vantu_orvanta_os_socket_error:
@@ -155,7 +179,7 @@ TEST(error_code, gives_the_codes_of_the_flat_api_their_names) {
             ++named;
         }
     }
-    EXPECT_EQ(named, 14);
+    EXPECT_EQ(named, 26);
     static_assert(std::is_same_v<std::underlying_type_t<error_code>, std::int32_t>);
 }
 

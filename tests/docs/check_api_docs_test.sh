@@ -17,9 +17,9 @@ broken=0
 misses() {
     local checkout=$scratch/checkout
     rm -rf "$checkout"
-    mkdir -p "$checkout/src/"{runtime,common,client} "$checkout/docs"
+    mkdir -p "$checkout/src/"{runtime,common,client,session} "$checkout/docs"
     cp "$source/docs/Doxyfile" "$checkout/docs"
-    for layer in runtime common client; do
+    for layer in runtime common client session; do
         cp -r "$source/src/$layer/include" "$checkout/src/$layer"
     done
     sed -i -E "$3" "$checkout/$2"
@@ -49,4 +49,11 @@ misses scaling_factor "$common/communication/records.h" "/float scaling_factor;/
 misses state_kind "$common/communication/records.h" "/uint8_t state_kind;/ $uncomment"
 misses detail "$common/communication/records.h" "/\} detail;/ $uncomment"
 misses VANTU_ORVANTA_PAYLOAD_SIZE "$common/communication/records.h" "/Bytes of vantu_orvanta_event/ $uncomment"
+
+class=src/client/include/$headers/client.hpp
+misses check_result "$class" '/Throws exception.code, label/ s,///,//,'
+misses acknowledged "$class" '/ acknowledged,/ s,///<,//,'
+misses on_ack "$class" '/ on_ack;/ s,///<,//,'
+misses config_handedness_set "$class" '/Requests with a one-shot/,/std::int32_t/ s,///,//,'
+misses has_value "src/session/include/$headers/result.hpp" '/Whether there is a value/ s,///,//,'
 exit $broken

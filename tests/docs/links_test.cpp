@@ -115,7 +115,7 @@ TEST(readme, leads_to_every_document) {
             EXPECT_NE(text.find("(docs/" + name + ')'), std::string::npos) << name;
         }
     }
-    for (const char* name : {"CONTRIBUTING.md", "CHANGELOG.md", "SECURITY.md"}) {
+    for (const char* name : {"CONTRIBUTING.md", "CHANGELOG.md", "SECURITY.md", "THIRD_PARTY.md"}) {
         EXPECT_NE(text.find(std::string("(") + name + ')'), std::string::npos) << name;
     }
 }

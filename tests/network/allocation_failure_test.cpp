@@ -151,14 +151,13 @@ TEST_F(memory_that_runs_out, ends_a_wait_for_several_sockets_with_false) {
 TEST_F(memory_that_runs_out, makes_no_waiter_and_hinders_none) {
     std::uint32_t error = 0;
     std::size_t refusals = 0;
-    EXPECT_EQ(fail_each_allocation(
-                  [&] { error = 0; },
-                  [&] {
-                      const auto made = socket_waiter::create(error);
-                      refusals += made == nullptr && error == ENOMEM ? 1 : 0;
-                      return (made == nullptr) == (error != 0);
-                  },
-                  true),
+    EXPECT_EQ(fail_each_allocation([&] { error = 0; },
+                                   [&] {
+                                       const auto made = socket_waiter::create(error);
+                                       refusals += made == nullptr && error == ENOMEM ? 1 : 0;
+                                       return (made == nullptr) == (error != 0);
+                                   },
+                                   true),
               1U);
     EXPECT_EQ(refusals, 1U);
     const std::unique_ptr<socket_waiter> waiter = socket_waiter::create(error);

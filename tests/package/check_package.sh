@@ -52,7 +52,7 @@ done
 scenarios=$(cd "$source/simulator/scenarios" && ls)
 installed=$(cd "$prefix/share/orvanta/scenarios" && ls)
 [ "$installed" = "$scenarios" ] || fail "installed scenarios are $installed"
-for page in man1/orvanta-simulator.1 man5/orvanta-scenario.5; do
+for page in man1/orvanta-cli.1 man1/orvanta-simulator.1 man5/orvanta-scenario.5; do
     [ -s "$prefix/share/man/$page" ] || fail "$page is not installed"
 done
 
@@ -107,6 +107,12 @@ if [ "$kind" = both ]; then
     ! nm "$scratch/c_consumer/flat_with_orvanta_static" | grep -w 'vantu_orvanta_poll' | grep -v ' t ' ||
         fail "the static library's functions are visible outside of the program"
 fi
+
+cmake -S "$source/examples/event_loops" -B "$scratch/event_loops" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
+cmake --build "$scratch/event_loops"
+for loop in poll_loop epoll_loop asio_loop; do
+    [ -x "$scratch/event_loops/$loop" ] || fail "the example $loop is not built"
+done
 
 if [ "$kind" != static ]; then
     library=$prefix/lib/libvantu_orvanta.so

@@ -253,9 +253,8 @@ TEST_F(memory_that_runs_out, ends_a_first_wait_wake_and_handle_with_code_1) {
     std::intptr_t handle = 0;
     expect_code_1_once([](vantu_orvanta_context* context) { return vantu_orvanta_wait(context, 0); });
     expect_code_1_once(vantu_orvanta_wake);
-    expect_code_1_once([&](vantu_orvanta_context* context) {
-        return vantu_orvanta_wait_handle(context, &handle);
-    });
+    expect_code_1_once(
+        [&](vantu_orvanta_context* context) { return vantu_orvanta_wait_handle(context, &handle); });
 }
 
 TEST_F(memory_that_runs_out, starts_no_polling_thread) {

@@ -131,9 +131,8 @@ TEST_F(the_locks_of_a_context, let_the_first_wake_wait_for_a_poll_and_no_other) 
 TEST_F(the_locks_of_a_context, are_free_during_a_wait) {
     session.context->connection.note_send(
         vantu::orvanta::time_after(vantu::orvanta::platform::steady_now_ns(), patient_timeout_ns));
-    std::thread waiting([&] {
-        EXPECT_EQ(vantu_orvanta_wait(session.context, patient_timeout_ns), vantu_orvanta_success);
-    });
+    std::thread waiting(
+        [&] { EXPECT_EQ(vantu_orvanta_wait(session.context, patient_timeout_ns), vantu_orvanta_success); });
     EXPECT_TRUE(wait_until([&] { return session.context->is_waiting.load(); }));
     vantu_orvanta_sleep(long_enough_ns);
     EXPECT_TRUE(session.context->is_waiting) << "it sleeps";

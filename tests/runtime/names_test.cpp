@@ -35,6 +35,18 @@ TEST(names, of_error_codes_are_those_of_the_enumerators) {
                   {vantu_orvanta_buffer_full_or_empty, "buffer_full_or_empty"},
                   {vantu_orvanta_request_queue_empty, "request_queue_empty"},
                   {vantu_orvanta_request_queue_full, "request_queue_full"},
+                  {vantu_orvanta_invalid_version, "invalid_version"},
+                  {vantu_orvanta_invalid_operation, "invalid_operation"},
+                  {vantu_orvanta_invalid_body, "invalid_body"},
+                  {vantu_orvanta_invalid_request_argument, "invalid_request_argument"},
+                  {vantu_orvanta_client_not_connected, "client_not_connected"},
+                  {vantu_orvanta_device_not_opened, "device_not_opened"},
+                  {vantu_orvanta_invalid_device_id, "invalid_device_id"},
+                  {vantu_orvanta_invalid_device_type, "invalid_device_type"},
+                  {vantu_orvanta_unsupported_device_model, "unsupported_device_model"},
+                  {vantu_orvanta_unparsable_device_pointer, "unparsable_device_pointer"},
+                  {vantu_orvanta_device_communication_error, "device_communication_error"},
+                  {vantu_orvanta_unknown_client_id, "unknown_client_id"},
                   {vantu_orvanta_another_client_connected, "another_client_connected"},
                   {vantu_orvanta_os_socket_error, "os_socket_error"}});
 }

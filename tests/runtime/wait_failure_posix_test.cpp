@@ -19,14 +19,14 @@ using testing::IsEmpty;
 using testing::StartsWith;
 using vantu::orvanta::platform::steady_now_ns;
 
-constexpr std::uint64_t hour_ns = 3'600'000'000'000;
+constexpr std::uint64_t no_keep_alive_ns = 3'600'000'000'000;
 constexpr auto warning = "message: unable to wait for packets with code: ";
 
 class a_wait_between_calls : public testing::Test {
   protected:
     // So that nothing but the test ends a wait.
     a_wait_between_calls() {
-        session.context->connection.note_send(steady_now_ns() + static_cast<std::int64_t>(hour_ns));
+        session.context->connection.note_send(steady_now_ns() + static_cast<std::int64_t>(no_keep_alive_ns));
     }
 
     service_session session;

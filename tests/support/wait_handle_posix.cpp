@@ -1,3 +1,4 @@
+// The handle on Linux.
 #include "support/wait_handle.hpp"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// The handle on Windows.
 #include "support/wait_handle.hpp"
 
 #include <windows.h>

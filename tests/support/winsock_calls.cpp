@@ -190,7 +190,7 @@ STAND_IN(cancel, CancelIoEx, FALSE)
 STAND_IN(getsockname, getsockname, SOCKET_ERROR)
 STAND_IN(address_to_text, WSAAddressToStringA, SOCKET_ERROR)
 STAND_IN(event_select, WSAEventSelect, SOCKET_ERROR)
-STAND_IN(create_event, CreateEventA, nullptr)
+STAND_IN(create_event, CreateEventExA, nullptr)
 STAND_IN(wait, WaitForMultipleObjects, WAIT_FAILED)
 STAND_IN(start_thread, _beginthreadex, 0)
 

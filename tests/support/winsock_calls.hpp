@@ -27,7 +27,7 @@ enum class winsock_call : std::size_t {
     getsockname,
     address_to_text,
     event_select,
-    create_event,   // CreateEventA
+    create_event,   // CreateEventExA
     wait,           // WaitForMultipleObjects
     format_message, // FormatMessageA
     start_thread,   // _beginthreadex

@@ -27,7 +27,6 @@ int main(void) {
           "a code has its text");
     check(strcmp(vantu_orvanta_version(), VANTU_ORVANTA_VERSION) == 0,
           "library and headers are of one version");
-    check(strcmp(vantu_orvanta_version(), PACKAGE_VERSION) == 0, "library and package are of one version");
     vantu_orvanta_disconnect(context);
     return failures == 0 ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-// What a polling thread does when a poll has brought no event: how the layer above gets work done there in
+// The work of a polling thread after a poll that brought no event: the layer above gets things done there in
 // time, also while the service is silent.
 #pragma once
 

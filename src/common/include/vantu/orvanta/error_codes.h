@@ -13,8 +13,8 @@
 #define VANTU_ORVANTA_NODISCARD
 #endif
 
-/** The codes that have a name. 9 to 11, 160 to 163, 176 to 178, 192 to 195, 208 and 209 are statuses of the
- * service; the client gives names to those that it uses itself. 255 is a status that it does not know. */
+/** The codes. 9 to 11 and 160 to 209 are statuses of the service: the error of a reply, or of a connect. 255,
+ * which has no name, is a status that the library does not know. */
 enum vantu_orvanta_error_code {
     vantu_orvanta_success = 0,          /**< The call did what it was asked to do. */
     vantu_orvanta_unexpected_error = 1, /**< The system refused, or memory ran out; a refusal was logged as a
@@ -28,13 +28,26 @@ enum vantu_orvanta_error_code {
     vantu_orvanta_protocol_parse_failed = 6, /**< Bytes of the service are not understood. */
     vantu_orvanta_no_matching_device = 7,    /**< The device is not listed, or is listed with another
                                                   type. */
-    vantu_orvanta_disconnected_from_service = 8,  /**< The service's port is closed, or the service said
-                                                       goodbye. */
-    vantu_orvanta_buffer_full_or_empty = 9,       /**< A buffer or an array is too small. */
-    vantu_orvanta_request_queue_empty = 10,       /**< The service has no request to answer. */
-    vantu_orvanta_request_queue_full = 11,        /**< No request tag is free. */
-    vantu_orvanta_another_client_connected = 178, /**< The service serves another client only. */
-    vantu_orvanta_os_socket_error = 254           /**< The system has no room to send now. */
+    vantu_orvanta_disconnected_from_service = 8, /**< The service's port is closed, or the service said
+                                                      goodbye. */
+    vantu_orvanta_buffer_full_or_empty = 9,      /**< A buffer or an array is too small. */
+    vantu_orvanta_request_queue_empty = 10,      /**< The service has no request to answer. */
+    vantu_orvanta_request_queue_full = 11,       /**< No request tag is free. */
+    vantu_orvanta_invalid_version = 160,         /**< The service's "invalid version". */
+    vantu_orvanta_invalid_operation = 161,       /**< The service's "invalid operation". */
+    vantu_orvanta_invalid_body = 162,            /**< The service's "invalid body". */
+    vantu_orvanta_invalid_request_argument =
+        163, /**< The service's "invalid argument": a value of the request is out of its range. */
+    vantu_orvanta_client_not_connected = 176,       /**< The service does not know this client. */
+    vantu_orvanta_device_not_opened = 177,          /**< The device was not opened. */
+    vantu_orvanta_another_client_connected = 178,   /**< The service serves another client only. */
+    vantu_orvanta_invalid_device_id = 192,          /**< The service's "invalid device identifier". */
+    vantu_orvanta_invalid_device_type = 193,        /**< The service's "invalid device type". */
+    vantu_orvanta_unsupported_device_model = 194,   /**< The service does not support the device's model. */
+    vantu_orvanta_unparsable_device_pointer = 195,  /**< The service cannot parse the device pointer. */
+    vantu_orvanta_device_communication_error = 208, /**< The service cannot talk to the device. */
+    vantu_orvanta_unknown_client_id = 209,          /**< The client id does not exist. */
+    vantu_orvanta_os_socket_error = 254             /**< The system has no room to send now. */
 };
 
 #endif

@@ -36,9 +36,9 @@ typedef void (*vantu_orvanta_log_sink)(uint64_t opaque, uint32_t level, const ch
  * @retval vantu_orvanta_success always */
 VANTU_ORVANTA_API int32_t vantu_orvanta_log_sink_set(vantu_orvanta_log_sink sink);
 
-/** Drops the log lines of the whole process that are below a level. Until the first call all lines are logged,
- * but for those below a warning of class session, which standard output then does not get. Does not block; any
- * thread.
+/** Drops the log lines of the whole process that are below a level. Until the first call all lines are
+ * logged, but for those below a warning of class session, which standard output then does not get. Does not
+ * block; any thread.
  * @param level enum vantu_orvanta_log_level
  * @retval vantu_orvanta_success          done
  * @retval vantu_orvanta_invalid_argument no such level */

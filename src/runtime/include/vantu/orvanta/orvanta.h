@@ -3,11 +3,11 @@
 
 /** @mainpage The client library of the Orvanta3
  *
- * Plain functions over one context, for C11 and C++20. The class vantu::orvanta::client (client.hpp) puts
- * callbacks on top of them.
+ * Plain functions over one context, for C11 and C++17. The class vantu::orvanta::client (client.hpp) puts
+ * callbacks on top of them, and vantu::orvanta::session (session.hpp) a connection that looks after itself.
  *
  * A context is one connection to the device service on this machine. Create it, connect it, poll it (by
- * hand or with a polling thread), send requests, and end it with vantu_orvanta_disconnect:
+ * hand, with a wait, or with a polling thread), send requests, and end it with vantu_orvanta_disconnect:
  *
  *     vantu_orvanta_context* context = vantu_orvanta_context_create();
  *     vantu_orvanta_init();
@@ -16,6 +16,7 @@
  * | header | what it has |
  * |---|---|
  * | connection.h | the context: create, connect, poll, disconnect |
+ * | wait.h | sleeping until there is a reason to poll |
  * | poll_thread.h | a thread that polls and calls a handler |
  * | requests.h | what is asked of a device; answers come as events |
  * | devices.h | the devices that the service has listed |

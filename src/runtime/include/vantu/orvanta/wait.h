@@ -28,8 +28,8 @@
 extern "C" {
 #endif
 
-/** Sleeps until there is a reason to poll: a datagram, an operation left of the last one, a keep-alive that is
- * due, an error of the socket, a wake, or a signal that the calling thread handled.
+/** Sleeps until there is a reason to poll: a datagram, an operation left of the last one, a keep-alive that
+ * is due, an error of the socket, a wake, or a signal that the calling thread handled.
  *
  * Blocks with no lock held: other threads may send, read the device table and poll meanwhile. Any thread, but
  * one at a time. It must have returned before the context is disconnected.
@@ -38,10 +38,10 @@ extern "C" {
  * @retval vantu_orvanta_success                  poll now, until the event is empty
  * @retval vantu_orvanta_unexpected_error         the system refused, or memory ran out; a warning was logged
  * @retval vantu_orvanta_invalid_argument         the context is null
- * @retval vantu_orvanta_invalid_connection_state the context is not connected, or a poll on another thread met
- *                                                the service's goodbye
+ * @retval vantu_orvanta_invalid_connection_state the context is not connected, or not any more
  * @retval vantu_orvanta_timed_out                the time has passed, and there is no reason to poll */
-VANTU_ORVANTA_API int32_t vantu_orvanta_wait(vantu_orvanta_context* context, uint64_t timeout_ns);
+VANTU_ORVANTA_NODISCARD VANTU_ORVANTA_API int32_t vantu_orvanta_wait(vantu_orvanta_context* context,
+                                                                     uint64_t timeout_ns);
 
 /** Ends the wait under way, or else the next one, as if a datagram had come; on Linux it makes the handle
  * readable until the next poll or wait, on Windows it sets the event. With no wait under way a poll takes it
@@ -57,9 +57,10 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_wake(vantu_orvanta_context* context);
 /** The handle that tells when to poll, for an event loop. It is the same for the context's whole life, before
  * and after the connection too; the context owns it.
  *
- * On Linux it is a file descriptor for poll, select or epoll: readable, level-triggered, while a datagram or an
- * error of the socket waits. On Windows it is an event for WaitForMultipleObjects, which resets itself with the
- * wait that it ends. Neither tells of operations that are left of a datagram: poll until the event is empty.
+ * On Linux it is a file descriptor for poll, select or epoll: readable, level-triggered, while a datagram, an
+ * error of the socket or a wake is there. On Windows it is an event for WaitForMultipleObjects, which resets
+ * itself with the wait that it ends. Neither tells of operations that are left of a datagram: poll until the
+ * event is empty.
  *
  * Never blocks but for a poll or connect under way at the first call. Any thread.
  *
@@ -69,8 +70,8 @@ VANTU_ORVANTA_API int32_t vantu_orvanta_wake(vantu_orvanta_context* context);
  * @retval vantu_orvanta_invalid_argument an argument is null */
 VANTU_ORVANTA_API int32_t vantu_orvanta_wait_handle(vantu_orvanta_context* context, intptr_t* handle);
 
-/** When to poll at the latest, so that the connection stays alive: the time of the next keep-alive, or 0 while
- * operations are left of the last datagram. Each request puts it off: ask again after a timer has run.
+/** When to poll at the latest, so that the connection stays alive: the time of the next keep-alive, or 0
+ * while operations are left of the last datagram. Each request puts it off: ask again after a timer has run.
  *
  * Never blocks but for a poll or connect under way. Any thread.
  *

@@ -1,4 +1,5 @@
-// Devices and their values as a session shows them: aligned, typed, in units of the language. C++17.
+/// @file
+/// Devices and their values as a session shows them: aligned, typed, in units of the language. C++17.
 #pragma once
 
 #include "vantu/orvanta/communication/records.h"
@@ -44,7 +45,7 @@ struct device {
 struct cursor_sample {
     std::uint32_t device_id{0}; ///< the device
     std::uint8_t stream{0};     ///< 1 or 2: from which of the service's two streams
-    std::uint64_t number{0};    ///< counts this device's samples in this connection from 1
+    std::uint64_t number{0};    ///< counts this device's samples from 1, anew when it arrives again
     std::chrono::steady_clock::time_point received{}; ///< when it was taken off the socket
     std::array<float, 6> values{};                    ///< in wire order; the units are not specified
 };

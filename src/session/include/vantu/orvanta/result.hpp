@@ -1,4 +1,5 @@
-// The outcome of a request of a session: a value, or an error code with a message. C++17.
+/// @file
+/// The outcome of a request of a session: a value, or an error code with a message. C++17.
 #pragma once
 
 #include "vantu/orvanta/client.hpp"

@@ -1,5 +1,6 @@
-// A connection that looks after itself: it starts the socket layer, connects, runs its thread, keeps the list
-// of devices, and ends in its destructor. C++17.
+/// @file
+/// A connection that looks after itself: it starts the socket layer, connects, runs its thread, keeps the
+/// list of devices, and ends in its destructor. C++17.
 #pragma once
 
 #include "vantu/orvanta/device.hpp"
@@ -26,7 +27,8 @@ namespace vantu::orvanta {
 ///
 /// Callbacks and handlers run on the session's thread, one at a time and with no lock held. They may call
 /// everything but the destructor; a waiting form that is called there returns a failure at once. What they
-/// throw ends the process. All functions may be called from any thread.
+/// throw ends the process, and so does a lack of memory on that thread. All functions may be called from any
+/// thread.
 ///
 /// A session prints nothing on standard output, and warnings on standard error: see options::log.
 class VANTU_ORVANTA_API session {
@@ -97,29 +99,36 @@ class VANTU_ORVANTA_API session {
     template <typename Value> using handler = std::function<void(session&, const result<Value>&)>;
 
     /// Connects, and waits until the devices that are there have been listed: at once if the service lists
-    /// them as it accepts the connection, else for up to 100 ms. Blocks for up to options::connect_timeout.
+    /// them as it accepts the connection, else for up to 150 ms. Blocks for up to options::connect_timeout
+    /// besides.
     ///
     /// Throws vantu::orvanta::exception, whose code() is one that vantu_orvanta_connect returns and whose
     /// what() says what to do; std::bad_alloc; std::system_error when the system starts no thread.
     explicit session(options wanted);
 
     /// Says goodbye to the service and ends the thread, after the callback that runs; handlers that wait get
-    /// error_code::disconnected_from_service. Blocks for up to 100 ms and that callback. Not to be called
-    /// from a callback.
+    /// error_code::disconnected_from_service, and so do those of requests that such a handler sends: one that
+    /// asks again whatever it is told keeps the destructor from ending, unless it looks at is_connected
+    /// first. Blocks for up to 100 ms, for 200 ms while it reconnects, and for that callback. Not to be
+    /// called from a callback, nor while another thread uses the session.
     ~session();
 
+    ///@{
+    /// Not copyable, not movable.
     session(const session&) = delete;
     session& operator=(const session&) = delete;
     session(session&&) = delete;
     session& operator=(session&&) = delete;
+    ///@}
 
-    /// Whether the connection stands.
+    /// Whether the connection stands, and the destructor has not begun.
     [[nodiscard]] bool is_connected() const;
 
-    /// The devices that are there, in the order in which the service listed them; none without a connection.
+    /// The devices that are there, in the order of their arrival; none without a connection.
     [[nodiscard]] std::vector<device> devices() const;
 
     /// Waits for a device that has arrived and that the predicate likes; an empty one likes every Orvanta3.
+    /// The predicate is called on the caller's thread.
     ///   timed_out                  there was none in time
     ///   disconnected_from_service  the connection is lost, and options::reconnect off
     ///   invalid_argument           called from a callback

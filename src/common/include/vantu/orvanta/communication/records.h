@@ -1,6 +1,6 @@
 /** @file
  * The public records: the event that a poll fills, the payload records that are views of it, and the stored
- * device record. C11 and C++20. All are packed, little-endian and may stand at any address.
+ * device record. C11 and C++17. All are packed, little-endian and may stand at any address.
  *
  * Where a field is "not specified", the protocol does not say what it means, nor its unit: the library hands
  * it on as the service sends it. */
