@@ -63,7 +63,7 @@ std::set<std::string> anchors_of(const fs::path& document) {
     return anchors;
 }
 
-// What is wrong with a link of a document; empty when nothing is.
+// The fault of a link in a document; empty when there is none.
 std::string fault_of(const std::string& link, const fs::path& document) {
     const std::size_t hash = std::min(link.find('#'), link.size());
     const std::string file = link.substr(0, hash);

@@ -50,7 +50,7 @@ namespace orvanta_tests {
     return found;
 }
 
-// What stands in the parentheses of each call of a function or macro, its definition left out.
+// The text in the parentheses of each call of a function or macro, its definition left out.
 [[nodiscard]] inline std::vector<std::string> calls_of(const std::string& name, const std::string& source) {
     std::vector<std::string> found;
     for (std::size_t at = source.find(name + '('); at != std::string::npos;

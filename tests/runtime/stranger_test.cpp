@@ -31,7 +31,7 @@ class a_stranger : public testing::Test {
     a_stranger(const a_stranger&) = delete;
     a_stranger& operator=(const a_stranger&) = delete;
 
-    // What the client makes of a stranger's datagram.
+    // The client's next poll after a stranger's datagram.
     polled poll_after(const bytes& content) {
         EXPECT_TRUE(stranger_.send(content, client_));
         return poll_until_something(context_);
