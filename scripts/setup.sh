@@ -26,6 +26,11 @@ test)
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
         abigail-tools:abidw
+        debootstrap:debootstrap
+        dpkg-dev:dpkg-shlibdeps
+        file:file
+        iproute2:ip
+        lintian:lintian
         mandoc:mandoc
         doxygen:doxygen
         pkg-config:pkg-config
