@@ -23,6 +23,7 @@ fi
 command -v abidw >/dev/null || fail "there is no abidw: run scripts/setup.sh test, or install abigail-tools"
 
 # The description tells of g++'s types.
+mkdir -p "$build"
 use_compiler_cache
 CC=gcc CXX=g++ cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=None \
     -DCMAKE_CXX_FLAGS='-g -O0' -DCMAKE_UNITY_BUILD=ON -DORVANTA_BUILD_PROGRAMS=OFF -DORVANTA_BUILD_TESTS=OFF \

@@ -67,6 +67,7 @@ for tool in lintian dpkg-shlibdeps file gzip; do
     command -v "$tool" >/dev/null || fail "there is no $tool: run scripts/setup.sh test, or install it"
 done
 use_compiler_cache
+mkdir -p "$build"
 rm -f "$build"/*.deb
 (cd "$root" && cmake --workflow --preset package) >"$root/build/package.log" 2>&1 ||
     fail "the packages cannot be made: see $root/build/package.log"
