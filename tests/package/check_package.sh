@@ -66,7 +66,7 @@ consumer=$scratch/consumer
 cmake -S "$here/consumer" -B "$consumer" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
 grep -q "^vantu_orvanta_DIR:PATH=$prefix/" "$consumer/CMakeCache.txt" || fail "another vantu_orvanta was found"
 cmake --build "$consumer" --verbose
-for program in flat classes readme_program simulated; do
+for program in flat classes readme_session readme_program simulated; do
     included=$(ninja -C "$consumer" -t deps | sed -n "\\,^CMakeFiles/$program\\.dir/,,/^\$/p")
     grep -q '/vantu/orvanta/' <<<"$included" || fail "$program shows no header of the installation"
     foreign=$(grep -E 'fmt/|nlohmann/|CLI/' <<<"$included" || true)

@@ -41,7 +41,7 @@ cmake -S "$source/examples/event_loops" -B "$scratch/event_loops" -G Ninja -DCMA
     -Dvantu_orvanta_DIR="$prefix/lib/cmake/vantu_orvanta"
 cmake --build "$scratch/event_loops"
 [ -s "$scratch/event_loops/windows_loop.exe" ] || fail "the example windows_loop is not built"
-programs=("$consumer/flat.exe" "$consumer/classes.exe" "$consumer/readme_program.exe")
+programs=("$consumer/flat.exe" "$consumer/classes.exe" "$consumer/readme_session.exe" "$consumer/readme_program.exe")
 [ $simulator = OFF ] || programs+=("$consumer/simulated.exe")
 "$here/check_imports.sh" "${programs[@]}" || fail "the consumer's programs need more than Windows"
 
