@@ -40,6 +40,8 @@ install(TARGETS ${libraries} EXPORT vantu_orvanta_targets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD_PARTY.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/session
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT development)
 foreach(header IN LISTS public_headers)
   string(REGEX REPLACE "^.*/include/(.*/)[^/]*$" "\\1" folder ${header})
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder} COMPONENT development)

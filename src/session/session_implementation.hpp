@@ -5,6 +5,7 @@
 #include "failures.hpp"
 #include "liveness.hpp"
 #include "runtime/native_thread.hpp"
+#include "session/hidden.hpp"
 #include "vantu/orvanta/common/log.hpp"
 #include "vantu/orvanta/session.hpp"
 #include "waiting_call.hpp"
@@ -25,7 +26,7 @@
 
 namespace vantu::orvanta {
 
-class session::implementation {
+class ORVANTA_HIDDEN session::implementation {
   public:
     // Connects. Throws as the session's constructor does.
     implementation(session& owner, options wanted);

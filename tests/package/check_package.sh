@@ -81,6 +81,11 @@ cmake --build "$scratch/watch"
 "$scratch/watch/watch_test" | tee "$scratch/watch.txt"
 [ "$(grep -c '^ok: ' "$scratch/watch.txt")" -ge 9 ] || fail "the example's test says less than it should"
 
+# The examples that are installed, as they are installed.
+cmake -S "$prefix/share/doc/vantu_orvanta/examples/session" -B "$scratch/session" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
+    -DCMAKE_CXX_FLAGS="-Wall -Wextra -Wpedantic -Werror"
+cmake --build "$scratch/session"
+
 cmake -S "$here/c_consumer" -B "$scratch/c_consumer" -G Ninja -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$scratch/c_consumer"
 "$scratch/c_consumer/flat_with_orvanta"
@@ -130,7 +135,7 @@ else
     [ -z "$(find "$prefix" -name 'libvantu_orvanta.so*')" ] || fail "a static build installed a shared library"
 fi
 for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvanta-simulator" "$consumer/flat" "$consumer/classes" \
-    "$consumer/simulated" "$scratch/watch/watch_test"; do
+    "$consumer/simulated" "$scratch/watch/watch_test" "$scratch/session/"{list_devices,set_scaling_factor,cursor_to_csv}; do
     [ -x "$program" ] || fail "$program is missing"
     ! ldd "$program" | grep 'not found' || fail "$program does not find its libraries"
     foreign=$(needs "$program" | grep -vE "$runtime" || true)
@@ -148,7 +153,7 @@ whole=$(find "$prefix" ! -type d -printf '%P\n' | sort)
 shipped() { (cd "$scratch/components/$1" && find . ! -type d | grep -vE "$2" || true); }
 surplus=$(
     shipped runtime '/libvantu_orvanta\.so\.[0-9.]+$|/share/doc/'
-    shipped development '/include/|\.(a|so|pc|cmake)$'
+    shipped development '/include/|\.(a|so|pc|cmake)$|/share/doc/.*/examples/'
     shipped tools '/bin/orvanta-cli$|/man1/orvanta-cli\.1$'
     shipped simulator '/bin/orvanta-simulator$|/man[15]/orvanta-(simulator\.1|scenario\.5)$|/scenarios/'
 )

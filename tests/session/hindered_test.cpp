@@ -147,8 +147,8 @@ TEST(the_destructor, ends_requests_that_handlers_send_when_they_are_told_of_the_
 
 // A service that accepts the first connection alone, and never says a word after it.
 TEST(a_session_that_reconnects, lets_nothing_wait_for_its_attempts) {
-    scripted_service service;
     std::atomic<int> connects{0};
+    scripted_service service;
     service.respond_with([&](const bytes& request) -> std::vector<bytes> {
         return request.at(7) == 3 && ++connects == 1 ? std::vector<bytes>{acceptance()}
                                                      : std::vector<bytes>{};
@@ -172,9 +172,9 @@ TEST(a_session_that_reconnects, lets_nothing_wait_for_its_attempts) {
 }
 
 TEST(the_constructor, waits_until_all_devices_have_arrived_that_were_listed) {
-    scripted_service service;
     // Of the second one no details come.
     const bytes listing = acceptance_with(join({device_listed(5, 1), details_of(5), device_listed(6, 1)}));
+    scripted_service service;
     service.respond_with([&](const bytes& request) -> std::vector<bytes> {
         return request.at(7) == 3 ? std::vector<bytes>{listing} : service_of_device_5()(request);
     });
