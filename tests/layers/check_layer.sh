@@ -27,7 +27,7 @@ unseen() {
 
 seen_lines=$scratch/seen
 unseen_lines=$scratch/unseen
-for other in common network core runtime client; do
+for other in common network core runtime client session; do
     while read -r header; do
         case $used in
         *" $other "*) echo "#include \"$header\"" >>"$seen_lines" ;;

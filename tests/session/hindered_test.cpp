@@ -29,6 +29,45 @@ TEST(a_waiting_request, ends_when_its_time_is_up_while_a_callback_runs) {
     enough.set_value();
 }
 
+// Of several, because the machine may be slow now and then: the thread would sleep for up to a second.
+TEST(a_request_with_a_handler, is_told_of_its_deadline_in_time) {
+    simulated_service service;
+    auto options = options_for(service);
+    options.probe_interval = 0ns;
+    session connected(options);
+    connected.open(1).value();
+    service->command("drop @op=47,dir=out");
+    std::chrono::nanoseconds shortest = patience;
+    for (int i = 0; i < 10 && shortest > 500ms; ++i) {
+        std::promise<error_code> outcome;
+        std::this_thread::sleep_for(20ms); // the thread sleeps by then, until the next keep-alive
+        const auto begin = std::chrono::steady_clock::now();
+        connected.get_orientation(
+            1, [&](session&, const auto& answer) { outcome.set_value(answer.error()); }, 50ms);
+        EXPECT_EQ(outcome.get_future().get(), error_code::timed_out);
+        shortest = std::min(shortest, std::chrono::nanoseconds(std::chrono::steady_clock::now() - begin));
+    }
+    EXPECT_GE(shortest, 50ms);
+    EXPECT_LE(shortest, 500ms);
+}
+
+TEST(two_sessions, of_one_process_do_not_touch_each_other) {
+    simulated_service service;
+    session first(options_for(service));
+    first.open(1).value();
+    std::thread ending([&] {
+        for (int i = 0; i < 20; ++i) {
+            session second(options_for(service));
+            second.open(1).value();
+        }
+    });
+    for (int i = 0; i < 200; ++i) {
+        EXPECT_TRUE(first.get_orientation(1));
+    }
+    ending.join();
+    EXPECT_TRUE(first.get_orientation(1));
+}
+
 TEST(a_waiting_request, may_have_no_time_or_less) {
     simulated_service service;
     session connected(options_for(service));
@@ -180,6 +219,14 @@ TEST(the_constructor, waits_until_all_devices_have_arrived_that_were_listed) {
     });
     const session connected(options_for(service));
     EXPECT_EQ(connected.devices().size(), 2U);
+}
+
+TEST(a_session, lists_as_many_devices_as_there_are) {
+    auto settings = simulated_service::quiet();
+    settings.orvanta3_count = 40;
+    simulated_service service(settings);
+    const session connected(options_for(service));
+    EXPECT_EQ(connected.devices().size(), 40U);
 }
 
 } // namespace

@@ -134,6 +134,22 @@ TEST(a_session_that_reconnects, brings_devices_and_openings_back) {
     EXPECT_EQ(connected.count().connections, 2U);
 }
 
+TEST(a_session_that_reconnects, asks_anew_for_what_the_lost_service_had_confirmed) {
+    simulated_service service;
+    diary told;
+    auto options = options_for(service, told.callbacks());
+    options.probe_interval = 50ms;
+    options.reconnect = true;
+    session connected(options);
+    connected.open(1).value();
+    EXPECT_FALSE(connected.set_gravity_compensation(1, {false, 0.25F}).value().enabled);
+    service->command("restart");
+    ASSERT_TRUE(told.has("reconnected"));
+    ASSERT_TRUE(told.has("arrival 1", 2));
+    connected.open(1).value();
+    EXPECT_TRUE(connected.set_scaling_factor(1, 0.5F).value().enabled);
+}
+
 TEST(a_session, says_what_to_do_when_no_service_is_there) {
     session::options options;
     options.name = "session test";

@@ -83,6 +83,16 @@ TEST_F(on_the_wire, one_field_is_asked_for_and_set_and_from_then_on_set_alone) {
     EXPECT_TRUE(connected->set_gravity_compensation_enabled(5, true)->enabled);
 }
 
+TEST_F(on_the_wire, one_field_is_asked_for_again_after_a_removal) {
+    expect(66, id_5, 66, join({id_5, half_on}));
+    EXPECT_TRUE(connected->get_gravity_compensation(5));
+    service.push(datagram({op(17, 0, id_5), device_listed(5, 1), details_of(5)}));
+    ASSERT_TRUE(comes_about([&] { return connected->count().events >= 4; }));
+    expect(66, id_5, 66, join({id_5, half_off}));
+    expect(67, join({id_5, quarter_off}), 66, join({id_5, quarter_off}));
+    EXPECT_FALSE(connected->set_scaling_factor(5, 0.25F)->enabled);
+}
+
 TEST_F(on_the_wire, torque_scaling_is_68_and_69) {
     expect(68, id_5, 68, join({id_5, {1}}));
     EXPECT_TRUE(connected->get_torque_scaling(5)->enabled);
@@ -144,6 +154,17 @@ TEST(on_the_wire_of_a_silent_service, the_session_sends_keep_alives_and_nothing_
         service.expect(goodbye()).answer(goodbye_received());
     }
     service.await_script();
+}
+
+TEST(a_device_that_has_not_arrived, is_removed_without_a_word) {
+    scripted_service service;
+    service.respond_with(service_of_device_5());
+    diary told;
+    const session connected(options_for(service, told.callbacks()));
+    ASSERT_TRUE(told.has("arrival 5"));
+    service.push(datagram({device_listed(6, 1), op(17, 0, u32(6)), op(17, 0, id_5)}));
+    ASSERT_TRUE(told.has("removal 5"));
+    EXPECT_EQ(told.lines(), (std::vector<std::string>{"arrival 5", "removal 5"}));
 }
 
 TEST(the_events_of_a_session, come_with_the_values_of_the_wire) {
