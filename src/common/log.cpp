@@ -32,7 +32,7 @@ logger& the_logger() {
 constexpr std::uint32_t no_level_set = ~std::uint32_t{0};
 std::atomic<std::uint32_t> least_level{no_level_set};
 
-// Of the innermost scope; null outside of all.
+// The innermost scope's; null outside of all.
 thread_local const log_sink* sink_of_this_thread = nullptr;
 
 bool standard_streams_get(log_level level) {

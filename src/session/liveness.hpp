@@ -21,7 +21,7 @@ class liveness {
 
     enum class verdict : std::uint8_t { wait, ask, lost };
 
-    // What is to be done now. Counts a question that is to be asked as asked.
+    // Tells what is to be done now. Counts a question that is to be asked as asked.
     [[nodiscard]] verdict judge(std::int64_t now_ns) {
         if (interval_ns_ <= 0 || now_ns < due_ns()) {
             return verdict::wait;

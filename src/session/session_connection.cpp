@@ -22,8 +22,8 @@ constexpr std::int64_t reconnection_interval_ns = ns_per_second;
 // For so long an attempt to reconnect may keep the destructor waiting, and what the thread has to tell.
 constexpr std::uint64_t longest_attempt_ns = 100 * ns_per_millisecond;
 
-// What devices come with the acceptance, or directly after it, have arrived within this time, also those that
-// arrive without their details.
+// Devices that come with the acceptance, or directly after it, have arrived within this time, also those that
+// come without their details.
 constexpr auto longest_settling = std::chrono::milliseconds(150);
 constexpr auto quiet_when_settled = std::chrono::milliseconds(5);
 
@@ -41,7 +41,7 @@ log_sink sink_of(const session::options& wanted) {
     };
 }
 
-// Of a local port, in the time for all of them.
+// The time of one local port, of the time for all of them.
 std::uint64_t attempt_ns(const session::options& wanted) {
     return std::max<std::uint64_t>(unsigned_ns(wanted.connect_timeout) / local_ports, ns_per_millisecond);
 }

@@ -1,4 +1,4 @@
-// What a session is made of: a connection, the requests that wait on it, and the thread that serves both.
+// The inside of a session: a connection, the requests that wait on it, and the thread that serves both.
 #pragma once
 
 #include "arrivals.hpp"
@@ -47,7 +47,7 @@ class ORVANTA_HIDDEN session::implementation {
     [[nodiscard]] result<device> wait_for_device(std::chrono::nanoseconds time,
                                                  const std::function<bool(const device&)>& wanted);
 
-    // What the service last confirmed of a device; empty when it is not known.
+    // The values that the service last confirmed of a device; empty when they are not known.
     [[nodiscard]] std::optional<gravity_compensation> confirmed(std::uint32_t device_id) const;
 
     // The number of a call that opens a device, and whether no later one closes it: then it is opened again
@@ -86,7 +86,7 @@ class ORVANTA_HIDDEN session::implementation {
         failure why;
     };
 
-    // Of the thread, and of the constructor before there is one.
+    // For the thread, and for the constructor before there is one.
     [[nodiscard]] std::shared_ptr<client> new_client() const;
     void adopt(std::shared_ptr<client> connected);
     void wake();

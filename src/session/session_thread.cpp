@@ -114,7 +114,7 @@ void session::implementation::handle_event(client& with, const vantu_orvanta_eve
     }
 }
 
-// What an event tells beside the answer to a request.
+// Takes note of all that an event tells beside the answer to a request.
 void session::implementation::note(client& with, const vantu_orvanta_event& event, std::int64_t now_ns) {
     const auto& told = options_.callbacks;
     switch (event.event_type) {

@@ -29,7 +29,8 @@ TEST(a_waiting_request, ends_when_its_time_is_up_while_a_callback_runs) {
     enough.set_value();
 }
 
-// Of several, because the machine may be slow now and then: the thread would sleep for up to a second.
+// The shortest of several, because the machine may be slow now and then: the thread would sleep for up to a
+// second.
 TEST(a_request_with_a_handler, is_told_of_its_deadline_in_time) {
     simulated_service service;
     auto options = options_for(service);
@@ -211,7 +212,7 @@ TEST(a_session_that_reconnects, lets_nothing_wait_for_its_attempts) {
 }
 
 TEST(the_constructor, waits_until_all_devices_have_arrived_that_were_listed) {
-    // Of the second one no details come.
+    // No details come of the second one.
     const bytes listing = acceptance_with(join({device_listed(5, 1), details_of(5), device_listed(6, 1)}));
     scripted_service service;
     service.respond_with([&](const bytes& request) -> std::vector<bytes> {

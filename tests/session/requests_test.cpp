@@ -57,7 +57,8 @@ TEST(a_waiting_request, ends_when_its_time_is_up_and_not_before) {
     session connected(options_for(service));
     connected.open(1).value();
     service->command("drop @op=47,dir=out");
-    // Of several, because the machine may be slow now and then: the thread would sleep for up to a second.
+    // The shortest of several, because the machine may be slow now and then: the thread would sleep for up to
+    // a second.
     std::chrono::nanoseconds shortest = patience;
     for (int i = 0; i < 10 && shortest > 500ms; ++i) {
         const auto begin = std::chrono::steady_clock::now();
@@ -105,7 +106,7 @@ TEST(setting_one_field, keeps_the_other_as_the_service_last_confirmed_it) {
     EXPECT_EQ(now.scaling_factor, 0.5F);
     now = connected.set_scaling_factor(1, 0.25F).value();
     EXPECT_FALSE(now.enabled);
-    // What was refused was not confirmed.
+    // A refused value was not confirmed.
     EXPECT_EQ(connected.set_scaling_factor(1, 7.0F).error(), error_code::invalid_request_argument);
     now = connected.set_gravity_compensation_enabled(1, true).value();
     EXPECT_EQ(now.scaling_factor, 0.25F);

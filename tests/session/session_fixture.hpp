@@ -44,7 +44,7 @@ class simulated_service {
     vantu::orvanta::service_simulator simulator_;
 };
 
-// What a session's callbacks were told, as lines: "arrival 1", "removal 1", "lost timed_out", ...
+// Everything that a session's callbacks were told, as lines: "arrival 1", "removal 1", "lost timed_out", ...
 class diary {
   public:
     [[nodiscard]] vantu::orvanta::session::callbacks callbacks() {

@@ -76,7 +76,7 @@ TEST_F(on_the_wire, one_field_is_asked_for_and_set_and_from_then_on_set_alone) {
     EXPECT_EQ(connected->set_scaling_factor(5, 0.5F)->scaling_factor, 0.5F);
     expect(67, join({id_5, half_on}), 66, join({id_5, half_on}));
     EXPECT_TRUE(connected->set_gravity_compensation_enabled(5, true)->enabled);
-    // What another client has set is confirmed as well.
+    // A value that another client has set is confirmed as well.
     service.push(datagram({op(66, 0, join({id_5, quarter_off}))}));
     ASSERT_TRUE(comes_about([&] { return connected->count().events >= 4; }));
     expect(67, join({id_5, {1, 0x00, 0x00, 0x80, 0x3E}}), 66, join({id_5, half_on}));

@@ -12,7 +12,7 @@
 
 namespace vantu::orvanta {
 
-/// What went wrong: a code, and a sentence that names the request, the code's text and, where there is one,
+/// A failure is a code, and a sentence that names the request, the code's text and, where there is one,
 /// what to do about it.
 struct failure {
     error_code code;     ///< never error_code::success
@@ -50,7 +50,7 @@ template <typename Value> class [[nodiscard]] result {
 
     /// The code: error_code::success when there is a value.
     [[nodiscard]] error_code error() const noexcept { return value_ ? error_code::success : failure_.code; }
-    /// What went wrong, in one line; empty when there is a value.
+    /// The failure's sentence, in one line; empty when there is a value.
     [[nodiscard]] const std::string& message() const noexcept { return failure_.message; }
 
   private:
@@ -87,7 +87,7 @@ template <> class [[nodiscard]] result<void> {
 
     /// The code: error_code::success when the request succeeded.
     [[nodiscard]] error_code error() const noexcept { return failure_.code; }
-    /// What went wrong, in one line; empty when nothing did.
+    /// The failure's sentence, in one line; empty when there is none.
     [[nodiscard]] const std::string& message() const noexcept { return failure_.message; }
 
   private:

@@ -65,7 +65,7 @@ class VANTU_ORVANTA_API session {
         std::function<void(session&, const vantu_orvanta_event&)> on_event;
     };
 
-    /// What a session is to be like. All have a default that will do but the name.
+    /// Settings of a session. All have a default that will do but the name.
     struct options {
         /// The program's name, for the service; what is beyond 31 characters is cut off.
         std::string name;
@@ -221,7 +221,7 @@ class VANTU_ORVANTA_API session {
         std::uint64_t rejected{0};    ///< datagrams, or operations of them, that made none and were dropped
         std::uint64_t connections{0}; ///< 1, and one more with each reconnection
     };
-    /// What has happened so far.
+    /// The counters, as they are now.
     [[nodiscard]] statistics count() const;
 
   private:

@@ -33,16 +33,16 @@ void log(log_level level, const std::string& path, std::uint64_t line, const std
 // The same for a location that is part of the line's contract.
 void log(log_level level, const source_location& where, const std::string& message);
 
-// Lines below this level are logged nowhere from here on. Any thread. Until the first call all are logged, but
-// for what log_scope holds back.
+// Lines below this level are logged nowhere from here on. Any thread. Until the first call all are logged,
+// but for what log_scope holds back.
 void set_log_level(log_level least);
 
 // Whether lines of this level are logged somewhere. Costs one atomic load.
 [[nodiscard]] bool is_logged(log_level level);
 
 // While it lives, the calling thread's lines go to a sink of its own in place of the process's. With an empty
-// one they go where they go without it, but for lines below a warning, which the standard streams then get only
-// after a call of set_log_level.
+// one they go where they go without it, but for lines below a warning, which the standard streams then get
+// only after a call of set_log_level.
 class log_scope {
   public:
     // The sink outlives the scope.
