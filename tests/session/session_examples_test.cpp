@@ -1,6 +1,7 @@
 // The programs of examples/session, run as a user runs them: what they print, where, and how they end, with a
 // service that is well and with one that is not.
 #include "app/support/child_process.hpp"
+#include "support/service_process.hpp"
 
 #include <algorithm>
 #include <fstream>
@@ -21,43 +22,6 @@ using testing::StartsWith;
 constexpr ending failed{1, 0};
 const std::string orvanta3_line = "orvanta3       1  6e2b8410-5f3c-4d71-9a03-c53800000001\n";
 const std::string palmetron_line = "palmetron   1001  b1470d29-e862-4a15-8c90-7ed400000001\n";
-
-// The simulator at its own port, told lines of its console.
-class service_process {
-  public:
-    explicit service_process(const std::vector<std::string>& options = {})
-        : program_(command(options), attachment::pipes) {
-        program_.read_until("listening on port 54320\n");
-    }
-
-    void tell(const std::string& line) { program_.type(line + "\n"); }
-    // Waits until the service tells of something on standard error.
-    void await(const std::string& text) { program_.read_errors_until(text); }
-    void kill() {
-        program_.kill();
-        EXPECT_EQ(program_.wait(), killed);
-    }
-
-  private:
-    static std::vector<std::string> command(const std::vector<std::string>& options) {
-        std::vector<std::string> all{ORVANTA_SIMULATOR_PATH, "--interactive", "--verbose", "--seed", "1"};
-        all.insert(all.end(), options.begin(), options.end());
-        return all;
-    }
-
-    child_process program_;
-};
-
-struct run_of_a_program {
-    ending end;
-    std::string output;
-    std::string errors;
-};
-
-run_of_a_program ended(child_process& program) {
-    const ending end = program.wait();
-    return {end, program.rest(), program.rest_of_errors()};
-}
 
 run_of_a_program run(std::vector<std::string> command) {
     child_process program(command, attachment::pipes);

@@ -1,0 +1,22 @@
+// The command line, read: which command is asked for, and with which options.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace vantu::orvanta::ctl {
+
+struct command_row;
+
+// Each option that was not given has its default.
+struct request {
+    const command_row* command{nullptr};
+    std::vector<std::string> words; // that follow the command
+    std::string device;             // empty: the only one
+    std::chrono::nanoseconds timeout{std::chrono::seconds(2)};
+    bool json{false};
+    bool verbose{false};
+};
+
+} // namespace vantu::orvanta::ctl

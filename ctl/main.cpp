@@ -1,0 +1,45 @@
+// orvantactl: reads the command line, runs the command, and turns its failure into an exit status.
+#include "ctl/arguments/command_table.hpp"
+#include "ctl/arguments/parse.hpp"
+#include "ctl/report/exit_status.hpp"
+#include "ctl/report/interruption.hpp"
+#include "ctl/report/output.hpp"
+
+#include <exception>
+
+namespace vantu::orvanta::ctl {
+namespace {
+
+int status_number(exit_status status) {
+    return static_cast<int>(status);
+}
+
+int run(int argument_count, const char* const* arguments) {
+    output out(asks_for_json(argument_count, arguments));
+    try {
+        watch_for_interruption();
+        const request asked = parse(argument_count, arguments);
+        asked.command->run(asked, out);
+        return status_number(exit_status::done);
+    } catch (const help_asked& shown) {
+        output::write(shown.text);
+        return status_number(exit_status::done);
+    } catch (const failure_with_status& why) {
+        out.error(why.status(), why.code(), why.what());
+        return status_number(why.status());
+    } catch (const std::exception& why) {
+        out.error(exit_status::refused, error_code::unexpected_error, why.what());
+        return status_number(exit_status::refused);
+    }
+}
+
+} // namespace
+} // namespace vantu::orvanta::ctl
+
+int main(int argument_count, char** arguments) {
+    try {
+        return vantu::orvanta::ctl::run(argument_count, arguments);
+    } catch (const vantu::orvanta::ctl::output_closed&) {
+        return 0;
+    }
+}

@@ -1,0 +1,49 @@
+// The simulator at the service's own port, told lines of its console, and a program's run beside it.
+#pragma once
+
+#include "app/support/child_process.hpp"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace orvanta_tests {
+
+// The simulator at its own port, told lines of its console.
+class service_process {
+  public:
+    explicit service_process(const std::vector<std::string>& options = {})
+        : program_(command(options), attachment::pipes) {
+        program_.read_until("listening on port 54320\n");
+    }
+
+    void tell(const std::string& line) { program_.type(line + "\n"); }
+    // Waits until the service tells of something on standard error.
+    void await(const std::string& text) { program_.read_errors_until(text); }
+    void kill() {
+        program_.kill();
+        EXPECT_EQ(program_.wait(), killed);
+    }
+
+  private:
+    static std::vector<std::string> command(const std::vector<std::string>& options) {
+        std::vector<std::string> all{ORVANTA_SIMULATOR_PATH, "--interactive", "--verbose", "--seed", "1"};
+        all.insert(all.end(), options.begin(), options.end());
+        return all;
+    }
+
+    child_process program_;
+};
+
+struct run_of_a_program {
+    ending end;
+    std::string output;
+    std::string errors;
+};
+
+inline run_of_a_program ended(child_process& program) {
+    const ending end = program.wait();
+    return {end, program.rest(), program.rest_of_errors()};
+}
+
+} // namespace orvanta_tests
