@@ -31,8 +31,8 @@ using namespace vantu::orvanta::simulator;
 constexpr int status_failed = 1;
 constexpr int status_wrong_usage = 2;
 
-// One call, one line, so that lines of several programs on one terminal stay whole. At once: Windows keeps back
-// what goes into a pipe.
+// One call, one line, so that lines of several programs on one terminal stay whole. At once: Windows keeps
+// back what goes into a pipe.
 void say(std::string_view line) {
     std::string text("orvanta-simulator: ");
     text.append(line).append("\n");

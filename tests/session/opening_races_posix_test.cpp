@@ -1,4 +1,4 @@
-// What another thread asks for at the worst moment: just before a device that is kept open is opened again.
+// Calls of another thread at the worst moment: just before a device that is kept open is opened again.
 #include "scripted_session.hpp"
 #include "support/system_calls.hpp"
 
