@@ -1,6 +1,8 @@
 // Sessions at the service's own port and the local ports of every client: 54321 to 54336.
-#include "session_fixture.hpp"
+#include "scripted_session.hpp"
 #include "support/udp_socket.hpp"
+
+#include <atomic>
 
 namespace {
 
@@ -36,6 +38,22 @@ TEST(a_session_at_the_usual_ports, reconnects_by_the_next_local_port_when_the_fi
     ASSERT_TRUE(told.has("reconnected"));
     EXPECT_NE(service->status().find(":54322"), std::string::npos) << service->status();
     EXPECT_EQ(connected.count().connections, 2U);
+}
+
+TEST(a_session_at_the_usual_ports, ends_within_an_attempt_to_reconnect) {
+    std::atomic<int> connects{0};
+    scripted_service service("54320");
+    service.respond_with([&](const bytes& request) -> std::vector<bytes> {
+        return request.at(7) == 3 && ++connects == 1 ? std::vector<bytes>{acceptance()}
+                                                     : std::vector<bytes>{};
+    });
+    diary told;
+    {
+        const session connected(usual_options(told));
+        ASSERT_TRUE(comes_about([&] { return connects >= 2; }));
+    }
+    EXPECT_LT(connects, 1 + 16); // the local ports that it would have tried
+    EXPECT_EQ(told.times("reconnected"), 0);
 }
 
 } // namespace
