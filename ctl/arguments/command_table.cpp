@@ -12,6 +12,7 @@ using enum option_id;
 
 constexpr std::array option_rows{
     option_row{device, "--device", "D", "the device: its id, its short id, or a part of its uuid"},
+    option_row{duration, "--for", "TIME", "for how long at most, as in 500ms or 10s; without it, no end"},
     option_row{timeout, "--timeout", "TIME", "the longest time of the whole command, as in 500ms or 2s"},
     option_row{json, "--json", "", "print results as JSON, one document a line, and errors too"},
     option_row{verbose, "-v", "", "print the library's log on standard error"},
@@ -19,14 +20,26 @@ constexpr std::array option_rows{
 
 constexpr std::array of_each_command{timeout, json, verbose};
 constexpr std::array of_one_device{device};
+constexpr std::array of_wait{device, duration};
+
+constexpr std::array event_words{
+    word_row{"device", "an Orvanta3 is there, or the device that --device names; the default"},
+    word_row{"removal", "a device that is there is unplugged"},
+    word_row{"service", "a service answers"},
+};
 
 constexpr std::array command_rows{
     command_row{"list", words_kind::none, "", "list the devices", {}, list_devices},
     command_row{"info", words_kind::none, "", "show all that is known of a device", of_one_device,
                 show_device},
+    command_row{"wait", words_kind::event, "[EVENT]", "wait for a device, its removal or the service",
+                of_wait, wait_for_event},
     command_row{
         "version", words_kind::none, "", "print the versions of program and library", {}, show_version},
 };
+
+constexpr command_row completion_row{
+    "complete", words_kind::none, "-- WORD...", "print what the last word may become", {}, print_candidates};
 
 } // namespace
 
@@ -36,6 +49,20 @@ std::span<const command_row> commands() noexcept {
 
 std::span<const option_row> options() noexcept {
     return option_rows;
+}
+
+std::span<const word_row> words_of(words_kind kind) noexcept {
+    switch (kind) {
+    case words_kind::none:
+        return {};
+    case words_kind::event:
+        return event_words;
+    }
+    return {};
+}
+
+const command_row& completion_command() noexcept {
+    return completion_row;
 }
 
 const command_row* find_command(std::string_view name) noexcept {

@@ -14,6 +14,7 @@ class output;
 
 enum class option_id : std::uint8_t {
     device,
+    duration,
     timeout,
     json,
     verbose,
@@ -27,7 +28,16 @@ struct option_row {
 };
 
 // The words that follow a command.
-enum class words_kind : std::uint8_t { none };
+enum class words_kind : std::uint8_t {
+    none,
+    event, // one or none of those of wait
+};
+
+// A word that a command knows.
+struct word_row {
+    std::string_view name;
+    std::string_view meaning; // one line
+};
 
 struct command_row {
     std::string_view name;
@@ -40,6 +50,12 @@ struct command_row {
 
 [[nodiscard]] std::span<const command_row> commands() noexcept;
 [[nodiscard]] std::span<const option_row> options() noexcept;
+
+// The words that are all which may follow; empty where the words are free.
+[[nodiscard]] std::span<const word_row> words_of(words_kind kind) noexcept;
+
+// The command that shells ask for candidates: "complete", which no help shows.
+[[nodiscard]] const command_row& completion_command() noexcept;
 
 // Null when there is none.
 [[nodiscard]] const command_row* find_command(std::string_view name) noexcept;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,9 @@ struct command_row;
 // Each option that was not given has its default.
 struct request {
     const command_row* command{nullptr};
-    std::vector<std::string> words; // that follow the command
-    std::string device;             // empty: the only one
+    std::vector<std::string> words;                   // that follow the command
+    std::string device;                               // empty: the only one
+    std::optional<std::chrono::nanoseconds> duration; // empty: without end
     std::chrono::nanoseconds timeout{std::chrono::seconds(2)};
     bool json{false};
     bool verbose{false};

@@ -8,6 +8,8 @@ class output;
 
 void list_devices(const request& asked, output& out);
 void show_device(const request& asked, output& out);
+void wait_for_event(const request& asked, output& out);
+void print_candidates(const request& asked, output& out);
 void show_version(const request& asked, output& out);
 
 } // namespace vantu::orvanta::ctl

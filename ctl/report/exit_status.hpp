@@ -4,8 +4,10 @@
 #include "vantu/orvanta/error_codes.h"
 #include "vantu/orvanta/result.hpp"
 
+#include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace vantu::orvanta::ctl {
 
@@ -20,6 +22,13 @@ enum class exit_status : int {
     lost = 6,          // the connection, on the way
     interrupted = 130, // by Ctrl-C
 };
+
+struct exit_status_row {
+    exit_status status;
+    std::string_view meaning; // one line, as the help has it
+};
+// One for each status, in their order.
+std::span<const exit_status_row> exit_statuses() noexcept;
 
 // "done", "refused", ...: the kind of an error in JSON.
 const char* name_of(exit_status status) noexcept;
