@@ -25,13 +25,11 @@ value_set every_setting() {
 }
 
 // Without --device the one of the file, if it is there.
-device open_device_of(connection& to, const request& asked, const backup& kept) {
+device choose_device_of(connection& to, const request& asked, const backup& kept) {
     const std::vector<device> devices = to.service().devices();
     const auto same = std::find_if(devices.begin(), devices.end(),
                                    [&](const device& one) { return one.uuid == kept.uuid; });
-    device chosen = asked.device.empty() && same != devices.end() ? *same : to.choose();
-    to.open(chosen);
-    return chosen;
+    return asked.device.empty() && same != devices.end() ? *same : to.choose();
 }
 
 std::string owner_of(const backup& kept) {
@@ -64,12 +62,13 @@ void restore(const request& asked, output& out) {
     const std::string& path = asked.words.front();
     const backup kept = read_backup(path);
     connection to(asked);
-    const device chosen = open_device_of(to, asked, kept);
+    const device chosen = choose_device_of(to, asked, kept);
     if (chosen.uuid != kept.uuid && !asked.other_device) {
         throw failure_with_status(exit_status::refused,
                                   path + ": this is the backup of another device (" + owner_of(kept) +
                                       "); --other-device restores it nevertheless");
     }
+    to.open(chosen);
     const value_set in_force = read_parts_of(to, chosen.id, kept.settings);
     const std::vector<change> changes = changes_between(in_force, kept.settings);
     if (!asked.dry_run) {
@@ -85,10 +84,11 @@ void show_differences(const request& asked, output& out) {
     const std::string& path = asked.words.front();
     const backup kept = read_backup(path);
     connection to(asked);
-    const device chosen = open_device_of(to, asked, kept);
+    const device chosen = choose_device_of(to, asked, kept);
     if (chosen.uuid != kept.uuid) {
         out.note(path + ": this is the backup of another device (" + owner_of(kept) + ")");
     }
+    to.open(chosen);
     nlohmann::ordered_json documents = nlohmann::ordered_json::array();
     std::string text;
     for (const change& one :

@@ -154,7 +154,9 @@ backup read_backup(const std::string& path) {
     if (!std::filesystem::exists(path, error)) {
         refuse(path, "there is no such file");
     }
-    require_file_or_nothing(path);
+    if (!std::filesystem::is_regular_file(path, error)) {
+        refuse(path, "this is no regular file");
+    }
     std::ifstream stream(path, std::ios::binary);
     std::string text(greatest_size + 1, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
@@ -174,7 +176,11 @@ backup read_backup(const std::string& path) {
 
 void require_file_or_nothing(const std::string& path) {
     std::error_code error;
-    const auto kind = std::filesystem::status(path, error).type();
+    // A file is written beside the path and takes its place: that of a link too, which may be the system's.
+    const auto kind = std::filesystem::symlink_status(path, error).type();
+    if (kind == std::filesystem::file_type::symlink) {
+        refuse(path, "this is a link; name the file itself");
+    }
     if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {
         refuse(path, "this is no regular file");
     }

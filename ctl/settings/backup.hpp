@@ -27,7 +27,7 @@ struct backup {
 
 // Reads a file.
 [[nodiscard]] backup read_backup(const std::string& path);
-// Refuses a path at which there is something else than a file.
+// Refuses a path at which there is something else than a file, such as a link.
 void require_file_or_nothing(const std::string& path);
 // Writes the file whole or, when that fails, leaves it as it was.
 void write_backup(const std::string& path, const backup& kept);
