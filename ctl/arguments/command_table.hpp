@@ -6,7 +6,9 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantu::orvanta::ctl {
 
@@ -18,6 +20,9 @@ enum class option_id : std::uint8_t {
     timeout,
     json,
     verbose,
+    save,
+    dry_run,
+    other_device,
 };
 
 struct option_row {
@@ -30,13 +35,16 @@ struct option_row {
 // The words that follow a command.
 enum class words_kind : std::uint8_t {
     none,
-    event, // one or none of those of wait
+    keys,        // of the table in ctl/settings/keys.hpp; none: all
+    assignments, // KEY=VALUE, at least one
+    file,        // one
+    event,       // one or none of those of wait
 };
 
 // A word that a command knows.
 struct word_row {
-    std::string_view name;
-    std::string_view meaning; // one line
+    std::string name;
+    std::string meaning; // one line
 };
 
 struct command_row {
@@ -51,8 +59,8 @@ struct command_row {
 [[nodiscard]] std::span<const command_row> commands() noexcept;
 [[nodiscard]] std::span<const option_row> options() noexcept;
 
-// The words that are all which may follow; empty where the words are free.
-[[nodiscard]] std::span<const word_row> words_of(words_kind kind) noexcept;
+// The words that may follow: events, or keys; none where the words are free.
+[[nodiscard]] std::vector<word_row> words_of(words_kind kind);
 
 // The command that shells ask for candidates: "complete", which no help shows.
 [[nodiscard]] const command_row& completion_command() noexcept;
@@ -63,5 +71,7 @@ struct command_row {
 
 // Whether the option goes with each command.
 [[nodiscard]] bool is_common(option_id option) noexcept;
+// Whether it goes with this one, by itself or as a common one; with none, whether it is common.
+[[nodiscard]] bool goes_with(option_id option, const command_row* command) noexcept;
 
 } // namespace vantu::orvanta::ctl

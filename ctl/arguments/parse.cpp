@@ -2,10 +2,9 @@
 
 #include "ctl/arguments/command_table.hpp"
 #include "ctl/arguments/help.hpp"
-#include "ctl/arguments/near_word.hpp"
+#include "ctl/arguments/mistakes.hpp"
 #include "ctl/arguments/times.hpp"
 #include "ctl/report/exit_status.hpp"
-#include "vantu/orvanta/common/format.hpp"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -41,6 +40,15 @@ void add_option(CLI::App& to, const option_row& row, request& into) {
     case option_id::verbose:
         to.add_flag(name, into.verbose, meaning);
         return;
+    case option_id::save:
+        to.add_flag(name, into.save, meaning);
+        return;
+    case option_id::dry_run:
+        to.add_flag(name, into.dry_run, meaning);
+        return;
+    case option_id::other_device:
+        to.add_flag(name, into.other_device, meaning);
+        return;
     }
 }
 
@@ -48,86 +56,18 @@ void add_words(CLI::App& to, const command_row& row, request& into) {
     switch (row.words) {
     case words_kind::none:
         return;
+    case words_kind::keys:
+        to.add_option("KEY", into.words, "the keys; all when there is none");
+        return;
+    case words_kind::assignments:
+        to.add_option("KEY=VALUE", into.words, "what to set")->required();
+        return;
+    case words_kind::file:
+        to.add_option("FILE", into.words, "the path of a backup")->required()->expected(1);
+        return;
     case words_kind::event:
         to.add_option("EVENT", into.words);
         return;
-    }
-}
-
-[[noreturn]] void refuse(const std::string& text) {
-    throw failure_with_status(exit_status::wrong_usage, text);
-}
-
-// Where a mistake lies: "list: ", or nothing before there is a command.
-std::string place_of(const command_row* command) {
-    return command == nullptr ? std::string() : formatted("{}: ", command->name);
-}
-
-std::string see_help(const command_row* command) {
-    return command == nullptr ? std::string("; see orvantactl --help")
-                              : formatted("; see orvantactl {} --help", command->name);
-}
-
-template <typename Rows> std::vector<std::string_view> names_of(const Rows& rows) {
-    std::vector<std::string_view> names;
-    for (const auto& row : rows) {
-        names.push_back(row.name);
-    }
-    return names;
-}
-
-// Its end is the hint where there is one.
-[[noreturn]] void refuse_with_hint(const std::string& complaint, const std::string& hint,
-                                   const command_row* command) {
-    refuse(complaint + (hint.empty() ? see_help(command) : hint));
-}
-
-[[noreturn]] void refuse_option(const std::string& typed, const command_row* command) {
-    const std::string name = typed.substr(0, typed.find('='));
-    std::vector<std::string_view> known{"--help", "--version"};
-    for (const option_row& row : options()) {
-        const bool is_its_own =
-            command != nullptr &&
-            std::find(command->options.begin(), command->options.end(), row.id) != command->options.end();
-        if (is_common(row.id) || is_its_own) {
-            known.push_back(row.name);
-        }
-    }
-    refuse_with_hint(place_of(command) + "there is no option " + name, hint_for(name, known), command);
-}
-
-// Refuses words and options that have no place, the first of them.
-void expect_no_surplus(const std::vector<std::string>& surplus, const command_row* command) {
-    if (command == nullptr) {
-        if (surplus.empty()) {
-            refuse("a command is missing; see orvantactl --help");
-        }
-        if (!surplus.front().starts_with('-')) {
-            refuse_with_hint("there is no command '" + surplus.front() + "'",
-                             hint_for(surplus.front(), names_of(commands())), nullptr);
-        }
-    }
-    if (surplus.empty()) {
-        return;
-    }
-    if (surplus.front().starts_with('-')) {
-        refuse_option(surplus.front(), command);
-    }
-    refuse(place_of(command) + "'" + surplus.front() + "' is a word too many" + see_help(command));
-}
-
-// A command that knows its words takes one of them.
-void expect_known_words(const request& asked) {
-    const auto known = words_of(asked.command->words);
-    if (!known.empty() && asked.words.size() > 1) {
-        expect_no_surplus({asked.words[1]}, asked.command);
-    }
-    for (const std::string& word : asked.words) {
-        const auto is_it = [&word](const word_row& row) { return row.name == word; };
-        if (!known.empty() && std::none_of(known.begin(), known.end(), is_it)) {
-            refuse_with_hint(place_of(asked.command) + "'" + word + "' is no word that it knows",
-                             hint_for(word, names_of(known)), asked.command);
-        }
     }
 }
 
@@ -188,20 +128,19 @@ request parse(int argument_count, const char* const* arguments) {
     } catch (const CLI::CallForHelp&) {
         const command_row* command = command_of(app);
         throw help_asked{command == nullptr ? help_of_program() : help_of_command(*command)};
+    } catch (const CLI::ExtrasError&) {
+        refuse_surplus(command_of(app), app.remaining(true));
     } catch (const CLI::ArgumentMismatch& wrong) {
-        const std::string text = one_line(wrong.what());
-        refuse(place_of(command_of(app)) + text.substr(0, text.find(": ")) + " needs one value");
+        const std::string text = wrong.what();
+        refuse(command_of(app), text.substr(0, text.find(": ")) + " needs one value");
     } catch (const CLI::ParseError& wrong) {
-        if (dynamic_cast<const CLI::ExtrasError*>(&wrong) != nullptr) {
-            expect_no_surplus(app.remaining(true), command_of(app));
-        }
-        refuse(place_of(command_of(app)) + one_line(wrong.what()));
+        refuse(command_of(app), one_line(wrong.what()));
     } catch (const failure_with_status& wrong) {
-        refuse(place_of(command_of(app)) + wrong.what());
+        refuse(command_of(app), wrong.what());
     }
     asked.command = version ? find_command("version") : command_of(app);
     if (asked.command == nullptr) {
-        expect_no_surplus({}, nullptr);
+        refuse_surplus(nullptr, {});
     }
     expect_known_words(asked);
     return asked;

@@ -19,6 +19,9 @@ struct request {
     std::chrono::nanoseconds timeout{std::chrono::seconds(2)};
     bool json{false};
     bool verbose{false};
+    bool save{false};
+    bool dry_run{false};
+    bool other_device{false};
 };
 
 } // namespace vantu::orvanta::ctl

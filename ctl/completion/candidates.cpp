@@ -2,6 +2,8 @@
 
 #include "ctl/arguments/command_table.hpp"
 #include "ctl/service/device_text.hpp"
+#include "ctl/settings/keys.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 
@@ -71,6 +73,9 @@ void add_values(candidates& to, const option_row& option, const std::string& pre
     case option_id::device:
         add_devices(to, prefix, typed, devices);
         return;
+    case option_id::save:
+    case option_id::dry_run:
+    case option_id::other_device:
     case option_id::duration:
     case option_id::timeout:
     case option_id::json:
@@ -82,10 +87,7 @@ void add_values(candidates& to, const option_row& option, const std::string& pre
 void add_options(candidates& to, std::string_view typed, const command_row* command) {
     add(to, typed, "--help", "print the help");
     for (const option_row& row : options()) {
-        const bool is_its_own =
-            command != nullptr &&
-            std::find(command->options.begin(), command->options.end(), row.id) != command->options.end();
-        if (is_its_own || is_common(row.id)) {
+        if (goes_with(row.id, command)) {
             add(to, typed, std::string(row.name), row.meaning);
         }
     }
@@ -94,17 +96,50 @@ void add_options(candidates& to, std::string_view typed, const command_row* comm
     }
 }
 
+bool is_there(const std::vector<std::string>& words, std::string_view key) {
+    return std::any_of(words.begin(), words.end(),
+                       [key](const std::string& word) { return word.substr(0, word.find('=')) == key; });
+}
+
+// KEY= at first, and then KEY=WORD.
+void add_assignments(candidates& to, const line& so_far, std::string_view typed) {
+    const std::size_t equals = typed.find('=');
+    const key_row* key = find_key(typed.substr(0, equals));
+    if (key != nullptr && key->can_be_set && equals != std::string_view::npos) {
+        for (const std::string_view word : words_of(key->kind)) {
+            add(to, typed, formatted("{}={}", key->name, word), key->meaning);
+        }
+        return;
+    }
+    for (const word_row& row : words_of(words_kind::assignments)) {
+        if (!is_there(so_far.words, row.name)) {
+            add(to, typed, row.name + "=", row.meaning);
+        }
+    }
+}
+
 void add_words(candidates& to, const line& so_far, std::string_view typed) {
     switch (so_far.command->words) {
     case words_kind::none:
         return;
-    case words_kind::event:
-        if (so_far.words.empty()) {
-            for (const word_row& row : words_of(so_far.command->words)) {
-                add(to, typed, std::string(row.name), row.meaning);
-            }
-        }
+    case words_kind::file:
+        to.files = so_far.words.empty();
         return;
+    case words_kind::assignments:
+        add_assignments(to, so_far, typed);
+        return;
+    case words_kind::event:
+        if (!so_far.words.empty()) {
+            return;
+        }
+        break;
+    case words_kind::keys:
+        break;
+    }
+    for (const word_row& row : words_of(so_far.command->words)) {
+        if (!is_there(so_far.words, row.name)) {
+            add(to, typed, row.name, row.meaning);
+        }
     }
 }
 
