@@ -247,7 +247,8 @@ TEST_F(with_a_backup, restore_puts_back_also_what_may_be_set_and_says_what_it_co
     // The set of the torque scaling is not answered; its way back is, that of the gravity is refused.
     service.answer(0x42, 0x42, on_075).answer(0x44, 0x44, on).answer(0x43, 0x42, off_05);
     service.answer(0x43, 0xF0, {0xA3});
-    const run_of_a_program run = ctl({"restore", file});
+    // Less than the second after which the library asks whether a silent service is still there.
+    const run_of_a_program run = ctl({"restore", file, "--timeout", "900ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
     EXPECT_EQ(
         run.errors,
