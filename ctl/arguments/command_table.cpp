@@ -15,15 +15,23 @@ constexpr std::array option_rows{
     option_row{timeout, "--timeout", "TIME", "the longest time of the whole command, as in 500ms or 2s"},
     option_row{json, "--json", "", "print results as JSON, one document a line, and errors too"},
     option_row{verbose, "-v", "", "print the library's log on standard error"},
+    option_row{duration, "--for", "TIME", "for how long, as in 10s or 5m; without it until Ctrl-C"},
+    option_row{rate, "--rate", "HZ", "print so many samples a second at most"},
+    option_row{format, "--format", "FORMAT",
+               "live (only on a terminal, the default there), lines, csv or json"},
+    option_row{plot, "--plot", "FILE", "write a picture of the curves, in SVG"},
 };
 
 constexpr std::array of_each_command{timeout, json, verbose};
 constexpr std::array of_one_device{device};
+constexpr std::array of_watch{device, duration, rate, format, plot};
 
 constexpr std::array command_rows{
     command_row{"list", words_kind::none, "", "list the devices", {}, list_devices},
     command_row{"info", words_kind::none, "", "show all that is known of a device", of_one_device,
                 show_device},
+    command_row{"watch", words_kind::none, "", "show what a device measures, as it comes", of_watch,
+                watch_device},
     command_row{
         "version", words_kind::none, "", "print the versions of program and library", {}, show_version},
 };

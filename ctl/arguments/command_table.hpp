@@ -17,6 +17,10 @@ enum class option_id : std::uint8_t {
     timeout,
     json,
     verbose,
+    duration,
+    rate,
+    format,
+    plot,
 };
 
 struct option_row {

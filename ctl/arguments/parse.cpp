@@ -3,21 +3,40 @@
 #include "ctl/arguments/command_table.hpp"
 #include "ctl/arguments/times.hpp"
 #include "ctl/report/exit_status.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vantu::orvanta::ctl {
 namespace {
 
 constexpr std::size_t width_of_names = 34;
+constexpr double least_rate_hz = 0.001;
+constexpr double greatest_rate_hz = 10000;
 
 constexpr const char* exit_statuses =
     "Exit statuses: 0 done, 1 refused or failed, 2 wrong usage, 3 no service, 4 no device\n"
     "or several, 5 no answer in time, 6 lost on the way, 130 interrupted.";
+
+watch_format format_of(std::string_view option, std::string_view text) {
+    using named = std::pair<std::string_view, watch_format>;
+    constexpr std::array formats{named{"live", watch_format::live}, named{"lines", watch_format::lines},
+                                 named{"csv", watch_format::csv}, named{"json", watch_format::json}};
+    const auto* const found =
+        std::find_if(formats.begin(), formats.end(), [text](const named& one) { return one.first == text; });
+    if (found == formats.end()) {
+        throw failure_with_status(
+            exit_status::wrong_usage,
+            formatted("{}: '{}' is none of the formats live, lines, csv and json", option, text));
+    }
+    return found->second;
+}
 
 // An option's value goes into the request when the parser has found it.
 void add_option(CLI::App& to, const option_row& row, request& into) {
@@ -38,6 +57,24 @@ void add_option(CLI::App& to, const option_row& row, request& into) {
         return;
     case option_id::verbose:
         to.add_flag(name, into.verbose, meaning);
+        return;
+    case option_id::duration:
+        to.add_option_function<std::string>(
+              name, [&into, name](const std::string& text) { into.duration = time_of(name, text); }, meaning)
+            ->type_name(value);
+        return;
+    case option_id::rate:
+        to.add_option(name, into.rate_hz, meaning)
+            ->type_name(value)
+            ->check(CLI::Range(least_rate_hz, greatest_rate_hz));
+        return;
+    case option_id::format:
+        to.add_option_function<std::string>(
+              name, [&into, name](const std::string& text) { into.format = format_of(name, text); }, meaning)
+            ->type_name(value);
+        return;
+    case option_id::plot:
+        to.add_option(name, into.plot, meaning)->type_name(value);
         return;
     }
 }

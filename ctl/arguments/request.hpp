@@ -2,12 +2,16 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vantu::orvanta::ctl {
 
 struct command_row;
+
+enum class watch_format : std::uint8_t { live, lines, csv, json };
 
 // Each option that was not given has its default.
 struct request {
@@ -17,6 +21,10 @@ struct request {
     std::chrono::nanoseconds timeout{std::chrono::seconds(2)};
     bool json{false};
     bool verbose{false};
+    std::optional<std::chrono::nanoseconds> duration;
+    std::optional<double> rate_hz;
+    std::optional<watch_format> format;
+    std::string plot; // the path of a picture; empty: none
 };
 
 } // namespace vantu::orvanta::ctl
