@@ -93,8 +93,10 @@ class watching {
                 tell_progress();
                 std::this_thread::sleep_for(pause);
             }
+            taken_.close();
             printing->show(taken_, true);
         } catch (const output_closed&) {
+            taken_.close();
             is_closed_ = !is_interrupted();
         }
         finish();

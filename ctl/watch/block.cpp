@@ -113,7 +113,7 @@ std::vector<std::string> block_of(std::string_view title, const live_view& shown
     const std::span<const float> none;
 
     writer to(style);
-    to.line(formatted("{}  {:.1f} s", title, shown.seconds), bold);
+    to.line(formatted("{:.1f} s  {}", shown.seconds, title), bold);
     to.values(position, shown.latest ? std::span<const float>(shown.latest->position) : none,
               scale_for(shown.greatest_position));
     to.values(velocity, shown.latest ? std::span<const float>(shown.latest->velocity) : none,

@@ -24,6 +24,9 @@ double recording::seconds_at(time_point when) const {
 void recording::add(const cursor_sample& sample) {
     const std::span all(sample.values);
     const std::lock_guard lock(mutex_);
+    if (is_closed_) {
+        return;
+    }
     first_ = first_.value_or(sample.received);
     observation one;
     one.seconds = seconds_at(sample.received);
@@ -49,6 +52,9 @@ void recording::add(const cursor_sample& sample) {
 
 void recording::add(const motor_current& currents, time_point received) {
     const std::lock_guard lock(mutex_);
+    if (is_closed_) {
+        return;
+    }
     current_curves_.add(seconds_at(received), currents.values);
     view_.greatest_current = greatest_of(view_.greatest_current, currents.values);
     news_.motor_current = known_.motor_current = currents.values;
@@ -69,6 +75,11 @@ void recording::end(std::string why) {
     if (!end_reason_) {
         end_reason_ = std::move(why);
     }
+}
+
+void recording::close() {
+    const std::lock_guard lock(mutex_);
+    is_closed_ = true;
 }
 
 void recording::take(std::vector<observation>& into) {

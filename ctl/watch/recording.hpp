@@ -44,6 +44,8 @@ class recording {
     void end(std::string why);
 
     // By the main thread.
+    // What comes from here on is left out, so that rows, curves and counts tell of the same samples.
+    void close();
     // What is to be printed since the last call.
     void take(std::vector<observation>& into);
     // Samples that found the queue full.
@@ -58,6 +60,7 @@ class recording {
     [[nodiscard]] double seconds_at(time_point when) const;
 
     mutable std::mutex mutex_;
+    bool is_closed_{false};
     thinning thinning_;
     std::optional<time_point> first_;
     std::vector<observation> queue_;

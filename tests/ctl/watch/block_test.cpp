@@ -30,7 +30,7 @@ constexpr block_style plain_80{80, 24, false};
 
 TEST(the_block, fills_a_terminal_of_80_columns) {
     const std::vector<std::string> expected{
-        "orvanta3 3001  12.3 s",
+        "12.3 s  orvanta3 3001",
         "position x         +0.0500 [                    |##########          ] 0.1",
         "position y         -0.1000 [####################|                    ] 0.1",
         "position z         +0.0000 [                    |                    ] 0.1",
@@ -58,7 +58,7 @@ TEST(the_block, fills_a_terminal_of_80_columns) {
 TEST(the_block, stays_within_40_columns) {
     const auto block =
         block_of("orvanta3 3001  6e2b8410-5f3c-4d71-9a03-c53800000001", view(), 0, {40, 24, false});
-    EXPECT_EQ(block[0], "orvanta3 3001  6e2b8410-5f3c-4d71-9a03-");
+    EXPECT_EQ(block[0], "12.3 s  orvanta3 3001  6e2b8410-5f3c-4d");
     EXPECT_EQ(block[2], "position y         -0.1000 [####|    ]");
     EXPECT_EQ(block[20], "units           as the service has them");
     for (const std::string& line : block) {
@@ -100,7 +100,7 @@ TEST(the_block, has_colour_only_where_it_may) {
     live_view shown = view();
     shown.samples.missing = 0.051;
     const auto block = block_of("orvanta3 3001", shown, 0, {40, 24, true});
-    EXPECT_EQ(block[0], "\x1b[1morvanta3 3001  12.3 s\x1b[0m");
+    EXPECT_EQ(block[0], "\x1b[1m12.3 s  orvanta3 3001\x1b[0m");
     EXPECT_EQ(block[2], "position y         -0.1000 \x1b[36m[####|    ]\x1b[0m");
     EXPECT_EQ(block[17], "\x1b[33mmissing          about 5 %\x1b[0m");
     for (const std::string& line : block_of("orvanta3 3001", shown, 9, plain_80)) {

@@ -1,4 +1,5 @@
 // The picture of curves, and its parts.
+#include "ctl/support/xml_check.hpp"
 #include "ctl/watch/plot.hpp"
 #include "ctl/watch/plot_path.hpp"
 
@@ -89,6 +90,22 @@ TEST(a_picture, tells_of_itself) {
     EXPECT_THAT(svg, HasSubstr(" text-anchor=\"end\">-1</text>"));
     EXPECT_THAT(svg, HasSubstr(" text-anchor=\"middle\">10</text>"));
     EXPECT_THAT(svg, HasSubstr(">y</text>"));
+}
+
+TEST(a_picture, is_well_formed) {
+    EXPECT_EQ(orvanta_tests::fault_in_xml(svg_of(drawn_with(wave(101)))), "");
+    EXPECT_EQ(orvanta_tests::fault_in_xml(svg_of(drawn_with({}))), "");
+}
+
+TEST(the_check_of_pictures, finds_what_is_wrong) {
+    using orvanta_tests::fault_in_xml;
+    EXPECT_EQ(fault_in_xml("<?xml version=\"1.0\"?>\n<a b=\"1\"><c/>x &lt; y</a>\n"), "");
+    EXPECT_EQ(fault_in_xml("<a><c></a></c>"), "</a> ends <c>");
+    EXPECT_EQ(fault_in_xml("<a>"), "<a> does not end");
+    EXPECT_EQ(fault_in_xml("<a b=1></a>"), "tag <a b=1>");
+    EXPECT_EQ(fault_in_xml("<a b=\"<\"></a>"), "tag <a b=\"<\">");
+    EXPECT_EQ(fault_in_xml("<a>x & y</a>"), "text x & y");
+    EXPECT_EQ(fault_in_xml("<a></a><b></b>"), "more than one root");
 }
 
 TEST(a_picture, without_values_says_so) {

@@ -109,6 +109,20 @@ TEST(a_recording, draws_samples_that_were_not_printed) {
     EXPECT_NEAR(taken.current_curve(2)[0].seconds, 0.05, 1e-9);
 }
 
+TEST(a_recording, takes_nothing_more_after_its_close) {
+    recording taken(std::nullopt);
+    feed(taken, 3);
+    taken.close();
+    taken.add(sample(4, std::chrono::milliseconds(9)));
+    taken.add(motor_current{1, {1, 2, 3}}, begin);
+    std::vector<observation> seen;
+    taken.take(seen);
+    EXPECT_EQ(seen.size(), 3U);
+    EXPECT_EQ(taken.view(begin).samples.count, 3U);
+    EXPECT_EQ(taken.cursor_curve(0).size(), 3U);
+    EXPECT_TRUE(taken.current_curve(0).empty());
+}
+
 TEST(a_recording, remembers_what_ended_it_first) {
     recording taken(std::nullopt);
     EXPECT_FALSE(taken.end_reason());
