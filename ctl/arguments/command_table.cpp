@@ -17,10 +17,21 @@ constexpr std::array option_rows{
     option_row{save, "--save", "", "save on the device afterwards, read again and compare"},
     option_row{dry_run, "--dry-run", "", "set and save nothing, and show what would change"},
     option_row{other_device, "--other-device", "", "restore the file of another device"},
-    option_row{duration, "--for", "TIME", "for how long at most, as in 500ms or 10s; without it, no end"},
+    option_row{duration, "--for", "TIME", "for how long at most, as in 500ms or 5m; without it, no end"},
+    option_row{rate, "--rate", "HZ", "print so many samples a second at most"},
+    option_row{format, "--format", "FORMAT",
+               "live (only on a terminal, the default there), lines, csv or json"},
+    option_row{plot, "--plot", "FILE", "write a picture of the curves, in SVG"},
     option_row{timeout, "--timeout", "TIME", "the longest time of the whole command, as in 500ms or 2s"},
     option_row{json, "--json", "", "print results as JSON, one document a line, and errors too"},
     option_row{verbose, "-v", "", "print the library's log on standard error"},
+};
+
+constexpr std::array format_rows{
+    format_row{"live", watch_format::live, "bars and numbers that change in their place"},
+    format_row{"lines", watch_format::lines, "a line for people each sample"},
+    format_row{"csv", watch_format::csv, "a line of values each sample, after one of names"},
+    format_row{"json", watch_format::json, "a document each sample"},
 };
 
 constexpr std::array of_each_command{timeout, json, verbose};
@@ -28,6 +39,7 @@ constexpr std::array of_one_device{device};
 constexpr std::array of_set{device, save, dry_run};
 constexpr std::array of_restore{device, save, dry_run, other_device};
 constexpr std::array of_wait{device, duration};
+constexpr std::array of_watch{device, duration, rate, format, plot};
 
 constexpr std::array command_rows{
     command_row{"list", words_kind::none, "", "list the devices", {}, list_devices},
@@ -44,6 +56,8 @@ constexpr std::array command_rows{
     command_row{"restore", words_kind::file, "FILE", "set all settings as in a file", of_restore, restore},
     command_row{"diff", words_kind::file, "FILE", "print where file and device differ", of_one_device,
                 show_differences},
+    command_row{"watch", words_kind::none, "", "show what a device measures, as it comes", of_watch,
+                watch_device},
     command_row{"wait", words_kind::event, "[EVENT]", "wait for a device, its removal or the service",
                 of_wait, wait_for_event},
     command_row{
@@ -61,6 +75,10 @@ std::span<const command_row> commands() noexcept {
 
 std::span<const option_row> options() noexcept {
     return option_rows;
+}
+
+std::span<const format_row> formats() noexcept {
+    return format_rows;
 }
 
 std::vector<word_row> words_of(words_kind kind) {

@@ -16,19 +16,29 @@ class output;
 
 enum class option_id : std::uint8_t {
     device,
-    duration,
-    timeout,
-    json,
-    verbose,
     save,
     dry_run,
     other_device,
+    duration,
+    rate,
+    format,
+    plot,
+    timeout,
+    json,
+    verbose,
 };
 
 struct option_row {
     option_id id;
     std::string_view name;    // as typed: "--device"
     std::string_view value;   // what follows it in the help: "D"; empty for a flag
+    std::string_view meaning; // one line
+};
+
+// What may stand after --format.
+struct format_row {
+    std::string_view name;
+    watch_format format;
     std::string_view meaning; // one line
 };
 
@@ -58,6 +68,7 @@ struct command_row {
 
 [[nodiscard]] std::span<const command_row> commands() noexcept;
 [[nodiscard]] std::span<const option_row> options() noexcept;
+[[nodiscard]] std::span<const format_row> formats() noexcept;
 
 // The words that may follow: events, or keys; none where the words are free.
 [[nodiscard]] std::vector<word_row> words_of(words_kind kind);

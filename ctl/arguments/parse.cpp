@@ -5,6 +5,7 @@
 #include "ctl/arguments/mistakes.hpp"
 #include "ctl/arguments/times.hpp"
 #include "ctl/report/exit_status.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -15,39 +16,66 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
+constexpr double least_rate_hz = 0.001;
+constexpr double greatest_rate_hz = 10000;
+
+constexpr const char* exit_statuses =
+    "Exit statuses: 0 done, 1 refused or failed, 2 wrong usage, 3 no service, 4 no device\n"
+    "or several, 5 no answer in time, 6 lost on the way, 130 interrupted.";
+
+watch_format format_of(std::string_view option, std::string_view text) {
+    const auto rows = formats();
+    const auto found =
+        std::find_if(rows.begin(), rows.end(), [text](const format_row& row) { return row.name == text; });
+    if (found == rows.end()) {
+        throw failure_with_status(
+            exit_status::wrong_usage,
+            formatted("{}: '{}' is none of the formats live, lines, csv and json", option, text));
+    }
+    return found->format;
+}
+
 // An option's value goes into the request when the parser has found it.
 void add_option(CLI::App& to, const option_row& row, request& into) {
     const std::string name(row.name);
-    const std::string meaning(row.meaning);
-    const std::string value(row.value);
+    const auto add_time = [&](auto& value) {
+        to.add_option_function<std::string>(
+            name, [&value, name](const std::string& text) { value = time_of(name, text); });
+    };
     switch (row.id) {
     case option_id::device:
-        to.add_option(name, into.device, meaning)->type_name(value);
-        return;
-    case option_id::duration:
-        to.add_option_function<std::string>(
-              name, [&into, name](const std::string& text) { into.duration = time_of(name, text); }, meaning)
-            ->type_name(value);
-        return;
-    case option_id::timeout:
-        to.add_option_function<std::string>(
-              name, [&into, name](const std::string& text) { into.timeout = time_of(name, text); }, meaning)
-            ->type_name(value);
-        return;
-    case option_id::json:
-        to.add_flag(name, into.json, meaning);
-        return;
-    case option_id::verbose:
-        to.add_flag(name, into.verbose, meaning);
+        to.add_option(name, into.device);
         return;
     case option_id::save:
-        to.add_flag(name, into.save, meaning);
+        to.add_flag(name, into.save);
         return;
     case option_id::dry_run:
-        to.add_flag(name, into.dry_run, meaning);
+        to.add_flag(name, into.dry_run);
         return;
     case option_id::other_device:
-        to.add_flag(name, into.other_device, meaning);
+        to.add_flag(name, into.other_device);
+        return;
+    case option_id::duration:
+        add_time(into.duration);
+        return;
+    case option_id::rate:
+        to.add_option(name, into.rate_hz)->check(CLI::Range(least_rate_hz, greatest_rate_hz));
+        return;
+    case option_id::format:
+        to.add_option_function<std::string>(
+            name, [&into, name](const std::string& text) { into.format = format_of(name, text); });
+        return;
+    case option_id::plot:
+        to.add_option(name, into.plot);
+        return;
+    case option_id::timeout:
+        add_time(into.timeout);
+        return;
+    case option_id::json:
+        to.add_flag(name, into.json);
+        return;
+    case option_id::verbose:
+        to.add_flag(name, into.verbose);
         return;
     }
 }
@@ -57,13 +85,13 @@ void add_words(CLI::App& to, const command_row& row, request& into) {
     case words_kind::none:
         return;
     case words_kind::keys:
-        to.add_option("KEY", into.words, "the keys; all when there is none");
+        to.add_option("KEY", into.words);
         return;
     case words_kind::assignments:
-        to.add_option("KEY=VALUE", into.words, "what to set")->required();
+        to.add_option("KEY=VALUE", into.words)->required();
         return;
     case words_kind::file:
-        to.add_option("FILE", into.words, "the path of a backup")->required()->expected(1);
+        to.add_option("FILE", into.words)->required()->expected(1);
         return;
     case words_kind::event:
         to.add_option("EVENT", into.words);

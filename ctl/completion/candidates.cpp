@@ -73,6 +73,15 @@ void add_values(candidates& to, const option_row& option, const std::string& pre
     case option_id::device:
         add_devices(to, prefix, typed, devices);
         return;
+    case option_id::format:
+        for (const format_row& row : formats()) {
+            add(to, typed, formatted("{}{}", prefix, row.name), row.meaning);
+        }
+        return;
+    case option_id::plot:
+        to.files = prefix.empty();
+        return;
+    case option_id::rate:
     case option_id::save:
     case option_id::dry_run:
     case option_id::other_device:

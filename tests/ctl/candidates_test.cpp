@@ -116,6 +116,13 @@ TEST(candidates, are_left_to_the_shell_where_they_are_files) {
     EXPECT_FALSE(files_complete({"backup", "file", ""}));
 }
 
+TEST(candidates, are_the_formats_to_watch_in) {
+    EXPECT_EQ(completed({"watch", "--format", ""}), (words{"live", "lines", "csv", "json"}));
+    EXPECT_EQ(completed({"watch", "--format=l"}), (words{"--format=live", "--format=lines"}));
+    EXPECT_TRUE(files_complete({"watch", "--plot", ""}));
+    EXPECT_EQ(completed({"watch", "--rate", ""}), words{});
+}
+
 TEST(candidates, are_the_events_to_wait_for) {
     EXPECT_EQ(completed({"wait", ""}), (words{"device", "removal", "service"}));
     EXPECT_EQ(completed({"wait", "--for", "10s", "r"}), words{"removal"});

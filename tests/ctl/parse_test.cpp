@@ -144,7 +144,7 @@ Words:
 
 Options:
   --device D               the device: its id, its short id, or a part of its uuid
-  --for TIME               for how long at most, as in 500ms or 10s; without it, no end
+  --for TIME               for how long at most, as in 500ms or 5m; without it, no end
 
 Options of each command:
   -h, --help               print this help, or that of a command
