@@ -24,6 +24,8 @@ constexpr std::array command_rows{
     command_row{"list", words_kind::none, "", "list the devices", {}, list_devices},
     command_row{"info", words_kind::none, "", "show all that is known of a device", of_one_device,
                 show_device},
+    command_row{"doctor", words_kind::none, "", "find out what keeps a device from working, and what to do",
+                of_one_device, diagnose},
     command_row{
         "version", words_kind::none, "", "print the versions of program and library", {}, show_version},
 };

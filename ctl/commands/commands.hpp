@@ -8,6 +8,7 @@ class output;
 
 void list_devices(const request& asked, output& out);
 void show_device(const request& asked, output& out);
+void diagnose(const request& asked, output& out);
 void show_version(const request& asked, output& out);
 
 } // namespace vantu::orvanta::ctl
