@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 namespace vantu::orvanta::ctl {
 namespace {
@@ -35,7 +36,7 @@ class examination {
         }
     }
 
-    [[nodiscard]] const finding* failure() const { return first_failure(findings_); }
+    [[nodiscard]] const finding* why_it_fails() const { return first_failure(findings_); }
 
   private:
     // A person sees each as soon as it is known.
@@ -48,8 +49,9 @@ class examination {
 
     // The check that keeps those after it from running, or null.
     [[nodiscard]] const char* obstacle() const {
-        const auto found = std::find_if(findings_.begin(), findings_.end(),
-                                        [](const finding& one) { return one.outcome == outcome::failed; });
+        const auto found = std::find_if(findings_.begin(), findings_.end(), [](const finding& one) {
+            return one.outcome == check_outcome::failed;
+        });
         return found == findings_.end() ? nullptr : found->check;
     }
     bool skip(const char* check) {
@@ -84,27 +86,27 @@ class examination {
         if (skip("handshake")) {
             return;
         }
-        finding found = check_handshake(shake_hands(address_, client_port_, asked_.timeout), service_holder_,
-                                        asked_.timeout);
-        if (is_usable(found)) {
-            try {
-                connect();
-            } catch (const failure_with_status& why) {
-                end_when_interrupted();
-                found = failed(found.check, why.status(),
-                               found.seen + ", and then not the library: " + why.what(),
-                               "run it again; if it stays so, start the service anew");
-            }
+        const handshake_view seen = shake_hands(address_, client_port_, asked_.timeout);
+        std::optional<failure> of_the_library;
+        if (seen.answer.kind == answer_kind::accepted) {
+            of_the_library = connect();
         }
-        tell(std::move(found));
+        tell(check_handshake(seen, service_holder_, asked_.timeout, of_the_library));
     }
 
-    void connect() {
+    // The failure, if there is one.
+    std::optional<failure> connect() {
         session::callbacks told;
         told.on_cursor = [recorder = recorder_](session&, const cursor_sample& sample) {
             recorder->add(sample.device_id, sample.received);
         };
-        connection_ = std::make_unique<connection>(asked_, std::move(told));
+        try {
+            connection_ = std::make_unique<connection>(asked_, std::move(told));
+        } catch (const failure_with_status& why) {
+            end_when_interrupted();
+            return failure{why.code(), why.what()};
+        }
+        return std::nullopt;
     }
 
     void look_at_the_devices() {
@@ -143,7 +145,7 @@ class examination {
 void diagnose(const request& asked, output& out) {
     examination of_all(asked, out);
     of_all.run();
-    if (const finding* why = of_all.failure(); why != nullptr) {
+    if (const finding* why = of_all.why_it_fails(); why != nullptr) {
         throw failure_with_status(why->status, std::string(why->check) + " failed: " + why->seen);
     }
 }

@@ -12,71 +12,71 @@ constexpr int outcome_width = 8;
 constexpr int check_width = 13;
 constexpr const char* end_of_colour = "\x1b[0m";
 
-const char* colour_of(outcome of) noexcept {
+const char* colour_of(check_outcome of) noexcept {
     switch (of) {
-    case outcome::ok:
+    case check_outcome::ok:
         return "\x1b[32m";
-    case outcome::warning:
+    case check_outcome::warning:
         return "\x1b[33m";
-    case outcome::failed:
+    case check_outcome::failed:
         return "\x1b[31m";
-    case outcome::skipped:
+    case check_outcome::skipped:
         return "\x1b[2m";
     }
     return end_of_colour;
 }
 
-bool has(std::span<const finding> findings, outcome wanted) {
+bool has(std::span<const finding> findings, check_outcome wanted) {
     return std::any_of(findings.begin(), findings.end(),
                        [wanted](const finding& one) { return one.outcome == wanted; });
 }
 
-outcome worst_of(std::span<const finding> findings) {
-    if (has(findings, outcome::failed)) {
-        return outcome::failed;
+check_outcome worst_of(std::span<const finding> findings) {
+    if (has(findings, check_outcome::failed)) {
+        return check_outcome::failed;
     }
-    return has(findings, outcome::warning) ? outcome::warning : outcome::ok;
+    return has(findings, check_outcome::warning) ? check_outcome::warning : check_outcome::ok;
 }
 
 } // namespace
 
-const char* name_of(outcome of) noexcept {
+const char* name_of(check_outcome of) noexcept {
     switch (of) {
-    case outcome::ok:
+    case check_outcome::ok:
         return "ok";
-    case outcome::warning:
+    case check_outcome::warning:
         return "warning";
-    case outcome::failed:
+    case check_outcome::failed:
         return "failed";
-    case outcome::skipped:
+    case check_outcome::skipped:
         return "skipped";
     }
     return "unknown";
 }
 
 finding passed(const char* check, std::string seen) {
-    return {check, outcome::ok, std::move(seen), ""};
+    return {check, check_outcome::ok, std::move(seen), ""};
 }
 
 finding warned(const char* check, std::string seen, std::string remedy) {
-    return {check, outcome::warning, std::move(seen), std::move(remedy)};
+    return {check, check_outcome::warning, std::move(seen), std::move(remedy)};
 }
 
 finding failed(const char* check, exit_status status, std::string seen, std::string remedy) {
-    return {check, outcome::failed, std::move(seen), std::move(remedy), status};
+    return {check, check_outcome::failed, std::move(seen), std::move(remedy), status};
 }
 
 finding skipped(const char* check, std::string reason) {
-    return {check, outcome::skipped, std::move(reason), ""};
+    return {check, check_outcome::skipped, std::move(reason), ""};
 }
 
 bool is_usable(const finding& of) noexcept {
-    return of.outcome == outcome::ok || of.outcome == outcome::warning;
+    return of.outcome == check_outcome::ok || of.outcome == check_outcome::warning;
 }
 
 const finding* first_failure(std::span<const finding> findings) noexcept {
     const auto found = std::find_if(findings.begin(), findings.end(),
-                                    [](const finding& one) { return one.outcome == outcome::failed; });
+                                    [](const finding& one) { return one.outcome == check_outcome::failed; });
     return found == findings.end() ? nullptr : &*found;
 }
 

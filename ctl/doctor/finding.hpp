@@ -12,14 +12,14 @@
 
 namespace vantu::orvanta::ctl {
 
-enum class outcome : std::uint8_t { ok, warning, failed, skipped };
+enum class check_outcome : std::uint8_t { ok, warning, failed, skipped };
 
 // "ok", "warning", "failed" or "skipped".
-const char* name_of(outcome of) noexcept;
+const char* name_of(check_outcome of) noexcept;
 
 struct finding {
     const char* check; // its name, as in "service-port"
-    ctl::outcome outcome{outcome::ok};
+    check_outcome outcome{check_outcome::ok};
     std::string seen;                                      // one line, without a full stop
     std::string remedy;                                    // one line; empty when there is nothing to do
     exit_status status{exit_status::done};                 // of the command, when this is its first failure

@@ -9,6 +9,7 @@
 #include "vantu/orvanta/common/version.hpp"
 #include "vantu/orvanta/communication/compose.hpp"
 #include "vantu/orvanta/communication/service_status.hpp"
+#include "vantu/orvanta/names.h"
 
 #include <algorithm>
 #include <system_error>
@@ -91,19 +92,27 @@ std::string text_of_other_version(const handshake_answer& answer) {
                            answer.version, proto::protocol_version, answer.raw);
 }
 
-finding check_acceptance(const handshake_view& seen, std::chrono::nanoseconds connect_time) {
+finding check_acceptance(const handshake_view& seen, std::chrono::nanoseconds connect_time,
+                         const std::optional<failure>& of_the_library) {
     const std::chrono::nanoseconds wait = time_of_one_port(connect_time);
-    if (seen.time <= wait) {
-        return passed(handshake,
-                      formatted("the service accepts a client after {}", milliseconds_text(seen.time)));
+    std::string told = formatted("the service accepts a client after {}", milliseconds_text(seen.time));
+    std::string remedy = "run it again; if it stays so, start the service anew";
+    if (seen.time > wait) {
+        told += formatted("; a connect of {} waits {} on each port", milliseconds_text(connect_time),
+                          milliseconds_text(wait));
+        remedy = formatted("relieve the machine, or give programs a longer time to connect, as orvantactl "
+                           "--timeout {}s does",
+                           std::chrono::ceil<std::chrono::seconds>(seen.time * 2 * client_ports).count());
     }
-    return failed(
-        handshake, exit_status::timed_out,
-        formatted("the service accepts a client after {}; a connect of {} waits {} on each port",
-                  milliseconds_text(seen.time), milliseconds_text(connect_time), milliseconds_text(wait)),
-        formatted("give programs a longer time to connect, as orvantactl --timeout {}s does, or relieve "
-                  "the machine",
-                  std::chrono::ceil<std::chrono::seconds>(seen.time * 2 * client_ports).count()));
+    if (of_the_library) {
+        const bool is_late = of_the_library->code == error_code::socket_bind_failed;
+        return failed(handshake, is_late ? exit_status::timed_out : exit_status::no_service,
+                      formatted("{}; the library does not get there: {} ({})", told,
+                                vantu_orvanta_error_message(static_cast<std::int32_t>(of_the_library->code)),
+                                static_cast<std::int32_t>(of_the_library->code)),
+                      remedy);
+    }
+    return seen.time > wait ? warned(handshake, told, remedy) : passed(handshake, told);
 }
 
 } // namespace
@@ -114,16 +123,17 @@ std::chrono::nanoseconds time_of_one_port(std::chrono::nanoseconds connect_time)
 
 handshake_view shake_hands(const std::string& address, std::uint16_t client_port,
                            std::chrono::nanoseconds time) {
-    const auto begin = std::chrono::steady_clock::now();
+    const probe_socket::time_point end = std::chrono::steady_clock::now() + time;
     handshake_view seen;
     try {
         probe_socket socket(address, client_port);
         socket.connect(address, service_port);
+        const probe_socket::time_point asked = std::chrono::steady_clock::now();
         send<op_code::connect>(socket, introduction());
-        seen.answer = answer_from(socket.receive(begin + time));
-        seen.time = std::chrono::steady_clock::now() - begin;
+        seen.answer = answer_from(socket.receive(end));
+        seen.time = std::chrono::steady_clock::now() - asked;
         if (seen.answer.kind == answer_kind::accepted || seen.answer.kind == answer_kind::cut_short) {
-            say_goodbye(socket, begin + time);
+            say_goodbye(socket, end);
         }
     } catch (const std::system_error& refused) {
         seen.answer = {answer_kind::not_sent, 0, 0, refused.code().message()};
@@ -132,11 +142,11 @@ handshake_view shake_hands(const std::string& address, std::uint16_t client_port
 }
 
 finding check_handshake(const handshake_view& seen, const std::string& holder,
-                        std::chrono::nanoseconds connect_time) {
+                        std::chrono::nanoseconds connect_time, const std::optional<failure>& of_the_library) {
     const handshake_answer& answer = seen.answer;
     switch (answer.kind) {
     case answer_kind::accepted:
-        return check_acceptance(seen, connect_time);
+        return check_acceptance(seen, connect_time, of_the_library);
     case answer_kind::refused:
         return check_refusal(answer);
     case answer_kind::other_version:
@@ -158,7 +168,7 @@ finding check_handshake(const handshake_view& seen, const std::string& holder,
     case answer_kind::silence:
         return failed(
             handshake, exit_status::timed_out,
-            formatted("no answer from UDP port {} within {}", service_port, milliseconds_text(seen.time)),
+            formatted("no answer from UDP port {} within {}", service_port, milliseconds_text(connect_time)),
             formatted("end {} if it is not the device service; else start it anew, and see whether a "
                       "packet filter drops UDP on the loopback",
                       or_the_holder(holder)));

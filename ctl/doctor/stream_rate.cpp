@@ -50,14 +50,14 @@ std::string irregularity_of(const measured& of, std::chrono::nanoseconds time, s
     const double more = std::max(of.in_first_half, of.in_second_half);
     const double less = std::min(of.in_first_half, of.in_second_half);
     if (more - less > more * tolerated_difference + tolerated_states) {
-        return formatted(", of them {:.0f} in the first half and {:.0f} in the second", of.in_first_half,
+        return formatted("; {:.0f} in the first half, {:.0f} in the second", of.in_first_half,
                          of.in_second_half);
     }
     const std::chrono::duration<double, std::nano> interval = time / of.states;
     if (of.longest_pause > tolerated_pause && of.longest_pause > interval * tolerated_intervals) {
-        return ", with a pause that none of the usual intervals explains";
+        return "; that pause is above 100 ms and three usual intervals";
     }
-    return rejected == 0 ? "" : formatted(", and {} datagrams made no sense", rejected);
+    return rejected == 0 ? "" : formatted("; {} datagrams made no sense", rejected);
 }
 
 } // namespace
