@@ -14,9 +14,9 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
-constexpr const char* devices_check = "devices";
-constexpr const char* open_check = "open";
-constexpr const char* request_check = "request";
+constexpr const char* devices_name = "devices";
+constexpr const char* open_name = "open";
+constexpr const char* request_name = "request";
 constexpr int requests = 5;
 constexpr auto slow_answer = std::chrono::milliseconds(100);
 constexpr auto look_for_interruption = std::chrono::milliseconds(20);
@@ -69,7 +69,7 @@ std::string ids_of(const std::vector<std::uint32_t>& ids) {
 }
 
 opening open_all(connection& to, const std::vector<device>& wanted, std::chrono::nanoseconds time) {
-    opening done{passed(open_check, "")};
+    opening done{passed(open_name, "")};
     std::vector<std::string> told;
     to.restart_time(time);
     for (const device& one : wanted) {
@@ -87,7 +87,7 @@ opening open_all(connection& to, const std::vector<device>& wanted, std::chrono:
                                     : code_text(answer.error());
         told.push_back(formatted("device {} does not open: {}", one.id, why));
         if (is_usable(done.found)) {
-            done.found = failed(open_check, status_of_failure(answer.error()), "", remedy_of(answer.error()));
+            done.found = failed(open_name, status_of_failure(answer.error()), "", remedy_of(answer.error()));
         }
         if (answer.error() == error_code::timed_out) {
             break;
@@ -114,10 +114,10 @@ finding check_devices(const std::vector<device>& devices) {
         seen += formatted(", {} of another type", others);
     }
     if (orvantas == 0) {
-        return failed(devices_check, exit_status::no_device, seen,
+        return failed(devices_name, exit_status::no_device, seen,
                       "plug an Orvanta3 in and switch its power on; if it is, start the service anew");
     }
-    return passed(devices_check, seen);
+    return passed(devices_name, seen);
 }
 
 opening check_open(connection& to, const std::string& wanted, std::chrono::nanoseconds time) {
@@ -125,15 +125,15 @@ opening check_open(connection& to, const std::string& wanted, std::chrono::nanos
     try {
         chosen = wanted_of(to.service().devices(), wanted);
     } catch (const failure_with_status& why) {
-        return {failed(open_check, why.status(), why.what(), "name one of the devices of orvantactl list")};
+        return {failed(open_name, why.status(), why.what(), "name one of the devices of orvantactl list")};
     }
     if (chosen.empty()) {
-        return {failed(open_check, exit_status::no_device, "no Orvanta3 is there any more",
+        return {failed(open_name, exit_status::no_device, "no Orvanta3 is there any more",
                        remedy_of(error_code::invalid_device_id))};
     }
     if (!is_orvanta3(chosen.front())) {
         return {failed(
-            open_check, exit_status::no_device,
+            open_name, exit_status::no_device,
             formatted("device {} is a {}, not an orvanta3", chosen.front().id, name_of(chosen.front().type)),
             "name an Orvanta3 of orvantactl list")};
     }
@@ -167,7 +167,7 @@ finding check_request(const request_view& seen) {
     const error_code code = seen.last_failure.code;
     const bool is_refused = code != error_code::success && code != error_code::timed_out;
     if (is_refused || seen.times.empty()) {
-        return failed(request_check, status_of_failure(code),
+        return failed(request_name, status_of_failure(code),
                       formatted("device {} was asked {} times for its orientation, {} answers: {}",
                                 seen.device_id, seen.asked, seen.times.size(), code_text(code)),
                       remedy_of(code));
@@ -179,12 +179,12 @@ finding check_request(const request_view& seen) {
     const std::string told = formatted(
         "device {}: {} of {} requests for the orientation answered, median {}, worst {}", seen.device_id,
         seen.times.size(), seen.asked, milliseconds_text(median), milliseconds_text(worst));
-    finding found = passed(request_check, told);
+    finding found = passed(request_name, told);
     if (seen.times.size() < seen.asked) {
-        found = warned(request_check, told, lost_datagram);
+        found = warned(request_name, told, lost_datagram);
     } else if (median > slow_answer) {
         found =
-            warned(request_check, told,
+            warned(request_name, told,
                    "answers of a service on the same machine come within a few milliseconds: relieve it of "
                    "other work");
     }

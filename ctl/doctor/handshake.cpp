@@ -19,8 +19,7 @@ namespace {
 
 using namespace communication;
 
-constexpr const char* handshake = "handshake";
-constexpr int client_ports = last_client_port - first_client_port + 1;
+constexpr const char* handshake_name = "handshake";
 constexpr std::uint64_t keep_alive_ns = 5'000'000'000;
 
 template <std::uint8_t code>
@@ -71,14 +70,14 @@ finding check_refusal(const handshake_answer& answer) {
                   service_status_message(static_cast<std::int8_t>(answer.status)));
     switch (static_cast<service_status>(answer.status)) {
     case service_status::another_client_connected:
-        return failed(handshake, exit_status::no_service, seen,
+        return failed(handshake_name, exit_status::no_service, seen,
                       "end the other program that is connected to the service: it serves one at a time");
     case service_status::buffer_full_or_empty:
         return failed(
-            handshake, exit_status::no_service, seen,
+            handshake_name, exit_status::no_service, seen,
             "end one of the programs that are connected to the service: it has no room for one more");
     default:
-        return failed(handshake, exit_status::no_service, seen,
+        return failed(handshake_name, exit_status::no_service, seen,
                       "use the library that fits the service, or start the service anew");
     }
 }
@@ -100,25 +99,26 @@ finding check_acceptance(const handshake_view& seen, std::chrono::nanoseconds co
     if (seen.time > wait) {
         told += formatted("; a connect of {} waits {} on each port", milliseconds_text(connect_time),
                           milliseconds_text(wait));
-        remedy = formatted("relieve the machine, or give programs a longer time to connect, as orvantactl "
-                           "--timeout {}s does",
-                           std::chrono::ceil<std::chrono::seconds>(seen.time * 2 * client_ports).count());
+        remedy = formatted(
+            "relieve the machine, or give programs a longer time to connect, as orvantactl "
+            "--timeout {}s does",
+            std::chrono::ceil<std::chrono::seconds>(seen.time * 2 * int{client_port_count}).count());
     }
     if (of_the_library) {
         const bool is_late = of_the_library->code == error_code::socket_bind_failed;
-        return failed(handshake, is_late ? exit_status::timed_out : exit_status::no_service,
+        return failed(handshake_name, is_late ? exit_status::timed_out : exit_status::no_service,
                       formatted("{}; the library does not get there: {} ({})", told,
                                 vantu_orvanta_error_message(static_cast<std::int32_t>(of_the_library->code)),
                                 static_cast<std::int32_t>(of_the_library->code)),
                       remedy);
     }
-    return seen.time > wait ? warned(handshake, told, remedy) : passed(handshake, told);
+    return seen.time > wait ? warned(handshake_name, told, remedy) : passed(handshake_name, told);
 }
 
 } // namespace
 
 std::chrono::nanoseconds time_of_one_port(std::chrono::nanoseconds connect_time) {
-    return connect_time / client_ports;
+    return connect_time / int{client_port_count};
 }
 
 handshake_view shake_hands(const std::string& address, std::uint16_t client_port,
@@ -150,30 +150,30 @@ finding check_handshake(const handshake_view& seen, const std::string& holder,
     case answer_kind::refused:
         return check_refusal(answer);
     case answer_kind::other_version:
-        return failed(handshake, exit_status::no_service, text_of_other_version(answer),
+        return failed(handshake_name, exit_status::no_service, text_of_other_version(answer),
                       "use the library that fits the service, or the service that fits the library");
     case answer_kind::foreign:
         return failed(
-            handshake, exit_status::no_service,
+            handshake_name, exit_status::no_service,
             "what answers does not speak the protocol of the service: " + answer.raw,
             formatted("end {} if it is not the device service, and start that", or_the_holder(holder)));
     case answer_kind::cut_short:
-        return failed(handshake, exit_status::no_service,
+        return failed(handshake_name, exit_status::no_service,
                       "the answer of the service is cut short: " + answer.raw,
                       "update the service: programs with this library end at such an answer");
     case answer_kind::closed_port:
-        return failed(handshake, exit_status::no_service,
+        return failed(handshake_name, exit_status::no_service,
                       formatted("UDP port {} is closed, tells the system", service_port),
                       "start the device service, or orvanta-simulator where there is no device");
     case answer_kind::silence:
         return failed(
-            handshake, exit_status::timed_out,
+            handshake_name, exit_status::timed_out,
             formatted("no answer from UDP port {} within {}", service_port, milliseconds_text(connect_time)),
             formatted("end {} if it is not the device service; else start it anew, and see whether a "
                       "packet filter drops UDP on the loopback",
                       or_the_holder(holder)));
     case answer_kind::not_sent:
-        return failed(handshake, exit_status::refused,
+        return failed(handshake_name, exit_status::refused,
                       "the system refuses to send to the service: " + answer.raw,
                       "see whether a packet filter refuses UDP on the loopback");
     }

@@ -10,15 +10,14 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
-constexpr const char* loopback = "loopback";
-constexpr const char* service_port_check = "service-port";
-constexpr const char* client_ports = "client-ports";
-constexpr const char* versions = "versions";
+constexpr const char* loopback_name = "loopback";
+constexpr const char* service_port_name = "service-port";
+constexpr const char* client_ports_name = "client-ports";
+constexpr const char* versions_name = "versions";
 
 constexpr const char* four = "127.0.0.1";
 constexpr const char* six = "::1";
 
-constexpr std::size_t client_port_count = last_client_port - first_client_port + 1;
 constexpr std::size_t comfortable_ports = 4;
 constexpr std::uint32_t minor_and_patch_bits = 16;
 
@@ -68,18 +67,18 @@ loopback_view look_at_loopback(std::chrono::nanoseconds time) {
 
 finding check_loopback(const loopback_view& seen) {
     if (seen.localhost.addresses.empty()) {
-        return failed(loopback, exit_status::refused,
+        return failed(loopback_name, exit_status::refused,
                       "the name localhost is not known: " + seen.localhost.refusal,
                       "put the line '127.0.0.1 localhost' into the system's hosts file");
     }
     const std::string& used = seen.localhost.addresses.front();
     if (used != four && used != six) {
-        return failed(loopback, exit_status::refused,
+        return failed(loopback_name, exit_status::refused,
                       names_of(seen.localhost) + ", and the first is not of this machine's loopback",
                       "let localhost be 127.0.0.1 in the system's hosts file");
     }
     if (const std::string& failure = failure_at(seen, used); !failure.empty()) {
-        return failed(loopback, exit_status::refused,
+        return failed(loopback_name, exit_status::refused,
                       formatted("{}, and {} carries nothing: {}", names_of(seen.localhost), used, failure),
                       "bring the loopback interface up, and let the packet filter pass UDP there");
     }
@@ -87,13 +86,14 @@ finding check_loopback(const loopback_view& seen) {
     const std::string& failure = failure_at(seen, other);
     const auto& named = seen.localhost.addresses;
     if (failure.empty()) {
-        return passed(loopback, names_of(seen.localhost) + "; 127.0.0.1 and ::1 carry datagrams");
+        return passed(loopback_name, names_of(seen.localhost) + "; 127.0.0.1 and ::1 carry datagrams");
     }
     if (std::find(named.begin(), named.end(), other) == named.end()) {
-        return passed(loopback, formatted("{}, which carries datagrams; {} does not, and is not needed",
-                                          names_of(seen.localhost), other));
+        return passed(loopback_name, formatted("{}, which carries datagrams; {} does not, and is not needed",
+                                               names_of(seen.localhost), other));
     }
-    return warned(loopback, formatted("{}; {} carries nothing: {}", names_of(seen.localhost), other, failure),
+    return warned(loopback_name,
+                  formatted("{}; {} carries nothing: {}", names_of(seen.localhost), other, failure),
                   formatted("as long as localhost is {} first this does no harm; else take {} out of the "
                             "system's hosts file",
                             used, other));
@@ -102,12 +102,12 @@ finding check_loopback(const loopback_view& seen) {
 finding check_service_port(const std::optional<std::vector<port_holder>>& holders,
                            const std::string& address) {
     if (!holders) {
-        return warned(service_port_check,
+        return warned(service_port_name,
                       formatted("the system does not tell who holds UDP port {}", service_port),
                       "see whether the handshake below brings an answer");
     }
     if (holders->empty()) {
-        return failed(service_port_check, exit_status::no_service,
+        return failed(service_port_name, exit_status::no_service,
                       formatted("nobody holds UDP port {}", service_port),
                       "start the device service, or orvanta-simulator where there is no device");
     }
@@ -117,13 +117,13 @@ finding check_service_port(const std::optional<std::vector<port_holder>>& holder
         return address.empty() || listens_at(holder, address);
     });
     if (!is_heard) {
-        return failed(service_port_check, exit_status::no_service,
+        return failed(service_port_name, exit_status::no_service,
                       formatted("{}, but localhost is {} first", seen, address),
                       formatted("let the service listen on {} too, or let localhost be {} first (hosts file; "
                                 "on Linux also /etc/gai.conf)",
                                 address, addresses_of(*holders)));
     }
-    return passed(service_port_check, seen);
+    return passed(service_port_name, seen);
 }
 
 std::vector<std::uint16_t> taken_client_ports(const std::string& address) {
@@ -141,7 +141,7 @@ std::vector<std::uint16_t> taken_client_ports(const std::string& address) {
 finding check_client_ports(const std::vector<std::uint16_t>& taken, const std::vector<port_holder>& holders) {
     const std::string range = formatted("UDP ports {} to {}", first_client_port, last_client_port);
     if (taken.empty()) {
-        return passed(client_ports, formatted("all of the {} {} are free", client_port_count, range));
+        return passed(client_ports_name, formatted("all of the {} {} are free", client_port_count, range));
     }
     std::vector<port_holder> of_taken;
     std::copy_if(holders.begin(), holders.end(), std::back_inserter(of_taken), [&](const port_holder& one) {
@@ -152,14 +152,14 @@ finding check_client_ports(const std::vector<std::uint16_t>& taken, const std::v
     const std::string seen =
         formatted("{} of the {} {} {} free{}", free, client_port_count, range, free == 1 ? "is" : "are", by);
     if (free == 0) {
-        return failed(client_ports, exit_status::refused, seen,
+        return failed(client_ports_name, exit_status::refused, seen,
                       "end one of the programs that hold them: each connection needs a port of its own");
     }
     if (free < comfortable_ports) {
-        return warned(client_ports, seen,
+        return warned(client_ports_name, seen,
                       "each connection needs a port of its own: end programs that need none");
     }
-    return passed(client_ports, seen);
+    return passed(client_ports_name, seen);
 }
 
 finding check_versions(const version_of_code& program, const version_of_code& library) {
@@ -169,12 +169,12 @@ finding check_versions(const version_of_code& program, const version_of_code& li
     constexpr const char* remedy =
         "install program and library of one version, and see which library the system finds";
     if (program.number >> minor_and_patch_bits != library.number >> minor_and_patch_bits) {
-        return failed(versions, exit_status::refused, seen, remedy);
+        return failed(versions_name, exit_status::refused, seen, remedy);
     }
     if (library.number < program.number) {
-        return warned(versions, seen, remedy);
+        return warned(versions_name, seen, remedy);
     }
-    return passed(versions, seen);
+    return passed(versions_name, seen);
 }
 
 } // namespace vantu::orvanta::ctl

@@ -16,6 +16,7 @@ namespace vantu::orvanta::ctl {
 inline constexpr std::uint16_t service_port = 54320;
 inline constexpr std::uint16_t first_client_port = 54321;
 inline constexpr std::uint16_t last_client_port = 54336;
+inline constexpr std::size_t client_port_count = last_client_port - first_client_port + 1;
 
 // The addresses of localhost, and what a datagram met that was sent to oneself.
 struct loopback_view {

@@ -10,7 +10,7 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
-constexpr const char* stream = "stream";
+constexpr const char* stream_name = "stream";
 constexpr double tolerated_difference = 0.1;
 constexpr double tolerated_states = 2;
 constexpr auto tolerated_pause = std::chrono::milliseconds(100);
@@ -67,7 +67,7 @@ finding check_stream(const stream_view& seen) {
     const measured of = measure(seen);
     if (of.states == 0) {
         return failed(
-            stream, exit_status::timed_out,
+            stream_name, exit_status::timed_out,
             formatted("device {} sent no cursor state within {}", seen.device_id, milliseconds_text(time)),
             "plug the device in anew, or start the service anew; orvanta-simulator sends states unless it "
             "was given --rate 0");
@@ -79,8 +79,8 @@ finding check_stream(const stream_view& seen) {
         milliseconds_text(time), of.states / seconds, milliseconds_text(of.longest_pause), irregularity);
     finding found =
         irregularity.empty()
-            ? passed(stream, told)
-            : warned(stream, told,
+            ? passed(stream_name, told)
+            : warned(stream_name, told,
                      "the stream is not steady: relieve the machine of other work, and see whether the "
                      "device's cable is loose");
     found.figures = {{"rate_hz", of.states / seconds},

@@ -13,15 +13,15 @@ using namespace std::chrono_literals;
 using namespace vantu::orvanta;
 using namespace vantu::orvanta::ctl;
 
-const stream_view::time_point begin{1000s};
+const stream_view::time_point start_of_time{1000s};
 
-// A second of states, one each interval from the begin on, but for those of the pause.
+// A second of states, one each interval from the start_of_time on, but for those of the pause.
 stream_view stream_of(std::chrono::milliseconds interval, std::chrono::milliseconds pause_begin = 0ms,
                       std::chrono::milliseconds pause_end = 0ms) {
-    stream_view seen{1, begin, begin + 1s, {}};
+    stream_view seen{1, start_of_time, start_of_time + 1s, {}};
     for (std::chrono::milliseconds at = interval; at < 1s; at += interval) {
         if (at <= pause_begin || at >= pause_end) {
-            seen.times.push_back(begin + at);
+            seen.times.push_back(start_of_time + at);
         }
     }
     return seen;
@@ -52,7 +52,7 @@ TEST(stream_check, takes_any_steady_rate) {
 }
 
 TEST(stream_check, fails_without_a_state_within_the_time) {
-    stream_view seen{1, begin, begin + 1s, {begin - 1ms, begin + 1s}};
+    stream_view seen{1, start_of_time, start_of_time + 1s, {start_of_time - 1ms, start_of_time + 1s}};
     const finding found = check_stream(seen);
     EXPECT_EQ(found.outcome, check_outcome::failed);
     EXPECT_EQ(found.status, exit_status::timed_out);
@@ -82,12 +82,12 @@ TEST(stream_check, warns_of_datagrams_that_make_no_sense) {
 
 TEST(stream_recorder, keeps_the_states_of_one_device_from_begin_to_take) {
     stream_recorder recorder;
-    recorder.add(1, begin);
+    recorder.add(1, start_of_time);
     recorder.begin(1);
-    recorder.add(1, begin + 1ms);
-    recorder.add(2, begin + 2ms);
-    EXPECT_EQ(recorder.take(), std::vector{begin + 1ms});
-    recorder.add(1, begin + 3ms);
+    recorder.add(1, start_of_time + 1ms);
+    recorder.add(2, start_of_time + 2ms);
+    EXPECT_EQ(recorder.take(), std::vector{start_of_time + 1ms});
+    recorder.add(1, start_of_time + 3ms);
     EXPECT_TRUE(recorder.take().empty());
 }
 

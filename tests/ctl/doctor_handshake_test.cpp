@@ -121,7 +121,7 @@ struct failed_handshake {
 };
 
 TEST(handshake_check, tells_each_failure_from_the_others) {
-    const failed_handshake all[] = {
+    const failed_handshake failures[] = {
         {{answer_kind::refused, 0xB2},
          exit_status::no_service,
          "the service refuses the connection: status 0xB2, another client is already connected",
@@ -165,7 +165,7 @@ TEST(handshake_check, tells_each_failure_from_the_others) {
          "the system refuses to send to the service: Operation not permitted",
          "see whether a packet filter refuses UDP on the loopback"},
     };
-    for (const failed_handshake& one : all) {
+    for (const failed_handshake& one : failures) {
         const finding found = checked(one.answer);
         EXPECT_EQ(found.outcome, check_outcome::failed);
         EXPECT_EQ(found.status, one.status) << one.seen;
