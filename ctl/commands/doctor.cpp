@@ -125,8 +125,16 @@ class examination {
             return;
         }
         tell(check_request(ask_for_orientation(*connection_, opened.front(), asked_.timeout)));
-        tell(check_stream(
-            watch_stream(*connection_, *recorder_, opened.front(), std::min(stream_time, asked_.timeout))));
+        if (connection_->service().is_connected()) {
+            tell(check_stream(watch_stream(*connection_, *recorder_, opened.front(),
+                                           std::min(stream_time, asked_.timeout))));
+        } else {
+            tell(skipped("stream", "the connection to the service is lost"));
+        }
+        // The goodbye of the connection follows, so nobody has to wait for these.
+        for (const std::uint32_t id : opened) {
+            connection_->service().close(id, [](session&, const result<void>&) {});
+        }
     }
 
     const request& asked_;
