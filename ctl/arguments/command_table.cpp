@@ -60,6 +60,8 @@ constexpr std::array command_rows{
                 watch_device},
     command_row{"wait", words_kind::event, "[EVENT]", "wait for a device, its removal or the service",
                 of_wait, wait_for_event},
+    command_row{"doctor", words_kind::none, "", "find out what keeps a device from working, and what to do",
+                of_one_device, diagnose},
     command_row{
         "version", words_kind::none, "", "print the versions of program and library", {}, show_version},
 };

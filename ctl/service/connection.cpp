@@ -47,6 +47,10 @@ std::chrono::nanoseconds connection::time_left() const {
     return std::max<std::chrono::nanoseconds>(end_ - std::chrono::steady_clock::now(), shortest_time);
 }
 
+void connection::restart_time(std::chrono::nanoseconds time) {
+    end_ = std::chrono::steady_clock::now() + time;
+}
+
 device connection::choose() const {
     return choose_device(session_->devices(), wanted_);
 }
