@@ -6,7 +6,6 @@
 #include "ctl/service/device_text.hpp"
 #include "ctl/settings/apply.hpp"
 #include "ctl/settings/backup.hpp"
-#include "ctl/settings/outcome.hpp"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -64,9 +63,9 @@ void restore(const request& asked, output& out) {
     connection to(asked);
     const device chosen = choose_device_of(to, asked, kept);
     if (chosen.uuid != kept.uuid && !asked.other_device) {
-        throw failure_with_status(exit_status::refused,
-                                  path + ": this is the backup of another device (" + owner_of(kept) +
-                                      "); --other-device restores it nevertheless");
+        throw failure_with_status(exit_status::refused, path + ": this is the backup of another device (" +
+                                                            owner_of(kept) +
+                                                            "); --other-device restores it nevertheless");
     }
     to.open(chosen);
     const value_set in_force = read_parts_of(to, chosen.id, kept.settings);
@@ -91,8 +90,7 @@ void show_differences(const request& asked, output& out) {
     to.open(chosen);
     nlohmann::ordered_json documents = nlohmann::ordered_json::array();
     std::string text;
-    for (const change& one :
-         changes_between(read_parts_of(to, chosen.id, kept.settings), kept.settings)) {
+    for (const change& one : changes_between(read_parts_of(to, chosen.id, kept.settings), kept.settings)) {
         if (is_real(one)) {
             const std::string name(row_of(one.which).name);
             documents.push_back(

@@ -64,8 +64,8 @@ class backups : public testing::Test {
                   succeeded);
     }
     static std::string settings_now() {
-        return ctl({"get", "gravity-compensation", "scaling-factor", "torque-scaling", "handedness", "--device",
-                    "1"})
+        return ctl({"get", "gravity-compensation", "scaling-factor", "torque-scaling", "handedness",
+                    "--device", "1"})
             .output;
     }
 
@@ -79,7 +79,8 @@ TEST_F(backups, hold_every_setting) {
     const run_of_a_program run = ctl({"backup", other});
     EXPECT_EQ(run.end, succeeded);
     EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(run.output, "gravity-compensation=on\nscaling-factor=0.75\ntorque-scaling=on\nhandedness=right\n");
+    EXPECT_EQ(run.output,
+              "gravity-compensation=on\nscaling-factor=0.75\ntorque-scaling=on\nhandedness=right\n");
     EXPECT_EQ(content_of(other), settings_of_a_new_device);
     EXPECT_EQ(ctl({"backup", other, "--json"}).output,
               std::string(R"({"device":)") + device_document + R"(,"file":)" + as_json(other) +
@@ -127,8 +128,8 @@ TEST_F(backups, are_compared_and_restored) {
 TEST_F(backups, are_compared_in_json) {
     service_process service;
     EXPECT_EQ(ctl({"set", "scaling-factor=0.1"}).end, succeeded);
-    const std::string beginning =
-        std::string(R"({"device":)") + device_document + R"(,"file":)" + as_json(file) + R"(,"same_device":true,)";
+    const std::string beginning = std::string(R"({"device":)") + device_document + R"(,"file":)" +
+                                  as_json(file) + R"(,"same_device":true,)";
     EXPECT_EQ(ctl({"diff", file, "--json"}).output,
               beginning + R"("differences":[{"key":"scaling-factor","file":0.75,"device":0.1}]})" + "\n");
     EXPECT_EQ(ctl({"restore", file, "--json"}).output,
@@ -176,10 +177,11 @@ TEST_F(backups, are_put_back_when_a_setting_is_refused) {
     const run_of_a_program run = ctl({"restore", file, "--save"});
     EXPECT_EQ(run.end, status(exit_status::refused));
     EXPECT_EQ(run.output, "");
-    EXPECT_EQ(run.errors, "orvantactl: handedness was not set: set_handedness of device 1: communication error with "
-                          "device; set before: gravity-compensation: off -> on, scaling-factor: 0.5 -> 0.75, "
-                          "torque-scaling: off -> on; torque-scaling put back; gravity-compensation and "
-                          "scaling-factor put back\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: handedness was not set: set_handedness of device 1: communication error with "
+              "device; set before: gravity-compensation: off -> on, scaling-factor: 0.5 -> 0.75, "
+              "torque-scaling: off -> on; torque-scaling put back; gravity-compensation and "
+              "scaling-factor put back\n");
     EXPECT_EQ(settings_now(), before);
 }
 
@@ -187,12 +189,14 @@ TEST_F(backups, are_put_back_when_an_answer_is_lost) {
     // The answers about the torque scaling: to the set, to the question, to the set of the restore.
     service_process service({"--drop", "@op=68,dir=out,n=4"});
     change_everything();
-    const std::string before = "gravity-compensation=off\nscaling-factor=0.5\ntorque-scaling=off\nhandedness=left\n";
+    const std::string before =
+        "gravity-compensation=off\nscaling-factor=0.5\ntorque-scaling=off\nhandedness=left\n";
     const run_of_a_program run = ctl({"restore", file});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
-    EXPECT_EQ(run.errors, "orvantactl: torque-scaling may be set or not: set_torque_scaling of device 1: operation "
-                          "timed out; set before: gravity-compensation: off -> on, scaling-factor: 0.5 -> 0.75; "
-                          "torque-scaling put back; gravity-compensation and scaling-factor put back\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: torque-scaling may be set or not: set_torque_scaling of device 1: operation "
+              "timed out; set before: gravity-compensation: off -> on, scaling-factor: 0.5 -> 0.75; "
+              "torque-scaling put back; gravity-compensation and scaling-factor put back\n");
     EXPECT_EQ(settings_now(), before);
 }
 
@@ -201,10 +205,11 @@ TEST_F(backups, say_what_could_not_be_put_back_after_the_device_was_unplugged) {
     change_everything();
     const run_of_a_program run = ctl({"restore", file});
     EXPECT_EQ(run.end, status(exit_status::lost));
-    EXPECT_EQ(run.errors, "orvantactl: handedness was not set: the device was unplugged; set before: "
-                          "gravity-compensation: off -> on, scaling-factor: 0.5 -> 0.75, torque-scaling: off -> on; "
-                          "torque-scaling could not be put back: the device was unplugged; gravity-compensation "
-                          "and scaling-factor could not be put back: the device was unplugged\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: handedness was not set: the device was unplugged; set before: "
+              "gravity-compensation: off -> on, scaling-factor: 0.5 -> 0.75, torque-scaling: off -> on; "
+              "torque-scaling could not be put back: the device was unplugged; gravity-compensation "
+              "and scaling-factor could not be put back: the device was unplugged\n");
 }
 
 TEST_F(backups, that_are_no_backups_are_refused_in_one_line_and_change_nothing) {

@@ -31,7 +31,9 @@ constexpr const char* desk = R"({
 }
 )";
 
-const backup desk_values{"6e2b8410-5f3c-4d71-9a03-c53800000001", device_type::orvanta3, 0x3001,
+const backup desk_values{"6e2b8410-5f3c-4d71-9a03-c53800000001",
+                         device_type::orvanta3,
+                         0x3001,
                          {{key::gravity_compensation, false},
                           {key::scaling_factor, 0.1F},
                           {key::torque_scaling, true},
@@ -119,7 +121,8 @@ TEST(a_backup, with_a_missing_wrong_or_unknown_member_is_refused_with_its_place)
               "line 12: \"scaling-factor\" stands twice in one object; once is right");
     EXPECT_EQ(refusal_of(desk_with("\"3001\"", "\"zebra\"")),
               "line 7: device short_id is \"zebra\"; four hexadecimal digits would be right");
-    EXPECT_EQ(refusal_of(desk_with("\"orvanta3\"", "3")), "line 6: device type is 3; \"orvanta3\" would be right");
+    EXPECT_EQ(refusal_of(desk_with("\"orvanta3\"", "3")),
+              "line 6: device type is 3; \"orvanta3\" would be right");
 }
 
 TEST(a_backup, that_is_no_json_of_ours_is_refused) {

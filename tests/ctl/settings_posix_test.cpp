@@ -1,5 +1,5 @@
-// set, restore and backup where the system is the subject: Ctrl-C between two settings, links and pipes in the
-// place of files.
+// set, restore and backup where the system is the subject: Ctrl-C between two settings, links and pipes in
+// the place of files.
 #include "ctl/support/ctl_run.hpp"
 #include "support/scratch_folder.hpp"
 
@@ -22,8 +22,9 @@ std::string content_of(const std::string& path) {
 TEST(set, tells_what_was_set_before_it_was_interrupted) {
     // The answer to the question for the torque scaling comes, that to the set does not.
     service_process service({"--drop", "@op=68,dir=out,n=2"});
-    child_process program(ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
-                          attachment::pipes);
+    child_process program(
+        ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
+        attachment::pipes);
     service.await("set torque scaling of device 1 off");
     program.interrupt();
     const run_of_a_program run = ended(program);
@@ -47,7 +48,8 @@ TEST(restore, puts_back_what_was_set_before_it_was_interrupted) {
     EXPECT_EQ(run.end, status(exit_status::interrupted));
     EXPECT_EQ(run.errors, "orvantactl: torque-scaling may be set or not: interrupted; set before: "
                           "scaling-factor: 0.5 -> 0.75; torque-scaling put back; scaling-factor put back\n");
-    EXPECT_EQ(ctl({"get", "scaling-factor", "torque-scaling"}).output, "scaling-factor=0.5\ntorque-scaling=off\n");
+    EXPECT_EQ(ctl({"get", "scaling-factor", "torque-scaling"}).output,
+              "scaling-factor=0.5\ntorque-scaling=off\n");
 }
 
 TEST(backup, does_not_take_the_place_of_a_link_or_a_pipe) {

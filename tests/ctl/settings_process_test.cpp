@@ -28,8 +28,9 @@ TEST(get, shows_every_value) {
     const run_of_a_program run = ctl({"get"});
     EXPECT_EQ(run.end, succeeded);
     EXPECT_EQ(run.errors, "");
-    EXPECT_EQ(names_in(run.output), "orientation gravity-compensation scaling-factor torque-scaling handedness "
-                                    "motor-current power-supply ");
+    EXPECT_EQ(names_in(run.output),
+              "orientation gravity-compensation scaling-factor torque-scaling handedness "
+              "motor-current power-supply ");
     EXPECT_THAT(run.output, testing::HasSubstr("\ngravity-compensation=on\nscaling-factor=0.75\n"
                                                "torque-scaling=on\nhandedness=right\nmotor-current="));
     EXPECT_THAT(run.output, testing::EndsWith("\npower-supply=1\n"));
@@ -71,8 +72,9 @@ TEST(get, waits_for_a_state_within_its_time_only) {
     const run_of_a_program run = ctl({"get", "motor-current", "--timeout", "300ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
     EXPECT_EQ(run.output, "");
-    EXPECT_EQ(run.errors, "orvantactl: motor-current: the device has not told it in time; a longer --timeout may "
-                          "help\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: motor-current: the device has not told it in time; a longer --timeout may "
+              "help\n");
 }
 
 TEST(get, tells_a_state_that_comes_late) {
@@ -118,8 +120,9 @@ TEST(get, tells_that_a_service_was_killed) {
     const run_of_a_program run = ended(program);
     EXPECT_EQ(run.end, status(exit_status::lost));
     EXPECT_EQ(run.output, "");
-    EXPECT_THAT(run.errors, testing::StartsWith(
-                                "orvantactl: get_gravity_compensation of device 1: disconnected from the service"));
+    EXPECT_THAT(run.errors,
+                testing::StartsWith(
+                    "orvantactl: get_gravity_compensation of device 1: disconnected from the service"));
 }
 
 TEST(set, prints_old_and_new) {
@@ -135,7 +138,8 @@ TEST(set, prints_old_and_new) {
 
 TEST(set, prints_one_document_in_json) {
     service_process service;
-    const run_of_a_program run = ctl({"set", "scaling-factor=0.1", "gravity-compensation=off", "--save", "--json"});
+    const run_of_a_program run =
+        ctl({"set", "scaling-factor=0.1", "gravity-compensation=off", "--save", "--json"});
     EXPECT_EQ(run.end, succeeded);
     EXPECT_EQ(run.output, std::string(R"({"device":)") + device_document +
                               R"(,"dry_run":false,"changes":[)"
@@ -167,22 +171,25 @@ TEST(set, does_not_know_whether_it_was_done_when_the_answer_is_lost) {
     service_process service({"--drop", "@op=66,dir=out,n=2"});
     const run_of_a_program run = ctl({"set", "scaling-factor=0.5", "--timeout", "500ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
-    EXPECT_EQ(run.errors, "orvantactl: scaling-factor may be set or not: set_gravity_compensation of device 1: "
-                          "operation timed out; nothing was set before\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: scaling-factor may be set or not: set_gravity_compensation of device 1: "
+              "operation timed out; nothing was set before\n");
     EXPECT_EQ(ctl({"get", "scaling-factor"}).output, "0.5\n");
 }
 
 TEST(set, says_what_was_set_before_the_service_was_killed) {
     // The answer to the question for the torque scaling comes, that to the set does not.
     service_process service({"--drop", "@op=68,dir=out,n=2"});
-    child_process program(ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
-                          attachment::pipes);
+    child_process program(
+        ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
+        attachment::pipes);
     service.await("set torque scaling of device 1 off");
     service.kill();
     const run_of_a_program run = ended(program);
     EXPECT_EQ(run.end, status(exit_status::lost));
-    EXPECT_THAT(run.errors, testing::StartsWith("orvantactl: torque-scaling may be set or not: set_torque_scaling "
-                                                "of device 1: disconnected from the service"));
+    EXPECT_THAT(run.errors,
+                testing::StartsWith("orvantactl: torque-scaling may be set or not: set_torque_scaling "
+                                    "of device 1: disconnected from the service"));
     EXPECT_THAT(run.errors, testing::EndsWith("; set before: scaling-factor: 0.75 -> 0.5\n"));
 }
 
@@ -190,8 +197,9 @@ TEST(set, tells_that_the_service_was_started_anew_meanwhile) {
     service_process service({"--restart", "@op=66,dir=out"});
     const run_of_a_program run = ctl({"set", "scaling-factor=0.5"});
     EXPECT_EQ(run.end, status(exit_status::lost));
-    EXPECT_EQ(run.errors, "orvantactl: scaling-factor was not set: the service was started anew meanwhile; nothing "
-                          "was set before\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: scaling-factor was not set: the service was started anew meanwhile; nothing "
+              "was set before\n");
 }
 
 TEST(set, says_that_nothing_was_saved) {
@@ -199,24 +207,27 @@ TEST(set, says_that_nothing_was_saved) {
     const run_of_a_program run = ctl({"set", "scaling-factor=0.5", "--save"});
     EXPECT_EQ(run.end, status(exit_status::refused));
     EXPECT_EQ(run.output, "");
-    EXPECT_EQ(run.errors, "orvantactl: nothing was saved: save of device 1: communication error with device; set "
-                          "before: scaling-factor: 0.75 -> 0.5\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: nothing was saved: save of device 1: communication error with device; set "
+              "before: scaling-factor: 0.75 -> 0.5\n");
 }
 
 TEST(set, does_not_know_whether_it_was_saved_when_the_answer_is_lost) {
     service_process service({"--drop", "@op=64,dir=out"});
     const run_of_a_program run = ctl({"set", "scaling-factor=0.75", "--save", "--timeout", "500ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
-    EXPECT_EQ(run.errors, "orvantactl: it may be saved or not: save of device 1: operation timed out; nothing was "
-                          "set before\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: it may be saved or not: save of device 1: operation timed out; nothing was "
+              "set before\n");
 }
 
 TEST(set, says_that_it_saved_but_could_not_read_again) {
     service_process service({"--drop", "@op=66,dir=out,n=3"});
     const run_of_a_program run = ctl({"set", "scaling-factor=0.5", "--save", "--timeout", "500ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
-    EXPECT_EQ(run.errors, "orvantactl: saved, but not read again: get_gravity_compensation of device 1: operation "
-                          "timed out; set before: scaling-factor: 0.75 -> 0.5\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: saved, but not read again: get_gravity_compensation of device 1: operation "
+              "timed out; set before: scaling-factor: 0.75 -> 0.5\n");
 }
 
 TEST(save, says_that_it_has_saved) {

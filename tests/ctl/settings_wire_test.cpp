@@ -82,9 +82,9 @@ TEST(set_on_the_wire, of_one_of_two_keeps_the_other) {
     wire_service service;
     service.answer(0x42, 0x42, on_075).answer(0x43, 0x42, off_075);
     EXPECT_EQ(ctl({"set", "gravity-compensation=off"}).output, "gravity-compensation: on -> off\n");
-    EXPECT_EQ(service.requests(),
-              (datagrams{open_1, get_gravity_2,
-                         from_hex("E99E 0100 0000  FF 43 0900 03  05000000 00 0000403F")}));
+    EXPECT_EQ(
+        service.requests(),
+        (datagrams{open_1, get_gravity_2, from_hex("E99E 0100 0000  FF 43 0900 03  05000000 00 0000403F")}));
 }
 
 TEST(set_on_the_wire, of_both_is_one_request) {
@@ -93,9 +93,9 @@ TEST(set_on_the_wire, of_both_is_one_request) {
     const run_of_a_program run = ctl({"set", "scaling-factor=0.5", "gravity-compensation=off"});
     EXPECT_EQ(run.end, succeeded);
     EXPECT_EQ(run.output, "gravity-compensation: on -> off\nscaling-factor: 0.75 -> 0.5\n");
-    EXPECT_EQ(service.requests(),
-              (datagrams{open_1, get_gravity_2,
-                         from_hex("E99E 0100 0000  FF 43 0900 03  05000000 00 0000003F")}));
+    EXPECT_EQ(
+        service.requests(),
+        (datagrams{open_1, get_gravity_2, from_hex("E99E 0100 0000  FF 43 0900 03  05000000 00 0000003F")}));
 }
 
 TEST(set_on_the_wire, of_everything_is_a_request_a_part_then_saved_and_read_again) {
@@ -109,14 +109,13 @@ TEST(set_on_the_wire, of_everything_is_a_request_a_part_then_saved_and_read_agai
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.output, "gravity-compensation: on -> off\nscaling-factor: 0.75 -> 0.5\n"
                           "torque-scaling: on -> off\nhandedness: right -> left\nsaved\n");
-    EXPECT_EQ(service.requests(),
-              (datagrams{open_1, get_gravity_2, get_torque_3,
-                         from_hex("E99E 0100 0000  FF 43 0900 04  05000000 00 0000003F"),
-                         from_hex("E99E 0100 0000  FF 45 0500 05  05000000 00"),
-                         from_hex("E99E 0100 0000  FF 47 0500 06  05000000 02"),
-                         from_hex("E99E 0100 0000  FF 40 0400 07  05000000"),
-                         from_hex("E99E 0100 0000  FF 42 0400 08  05000000"),
-                         from_hex("E99E 0100 0000  FF 44 0400 09  05000000")}));
+    EXPECT_EQ(service.requests(), (datagrams{open_1, get_gravity_2, get_torque_3,
+                                             from_hex("E99E 0100 0000  FF 43 0900 04  05000000 00 0000003F"),
+                                             from_hex("E99E 0100 0000  FF 45 0500 05  05000000 00"),
+                                             from_hex("E99E 0100 0000  FF 47 0500 06  05000000 02"),
+                                             from_hex("E99E 0100 0000  FF 40 0400 07  05000000"),
+                                             from_hex("E99E 0100 0000  FF 42 0400 08  05000000"),
+                                             from_hex("E99E 0100 0000  FF 44 0400 09  05000000")}));
 }
 
 TEST(set_on_the_wire, of_what_is_in_force_sets_nothing) {
@@ -152,8 +151,9 @@ TEST(set_on_the_wire, fails_when_another_value_comes_back) {
     const run_of_a_program run = ctl({"set", "scaling-factor=0.5"});
     EXPECT_EQ(run.end, status(exit_status::refused));
     EXPECT_EQ(run.output, "");
-    EXPECT_EQ(run.errors, "orvantactl: scaling-factor was not set as asked: the service's answer to the set is "
-                          "that gravity-compensation is off in place of on; nothing was set before\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: scaling-factor was not set as asked: the service's answer to the set is "
+              "that gravity-compensation is off in place of on; nothing was set before\n");
 }
 
 TEST(set_on_the_wire, fails_when_another_value_is_read_after_saving) {
@@ -171,8 +171,7 @@ TEST(save_on_the_wire, is_one_request) {
     const run_of_a_program run = ctl({"save"});
     EXPECT_EQ(run.end, succeeded);
     EXPECT_EQ(run.output, "saved\n");
-    EXPECT_EQ(service.requests(),
-              (datagrams{open_1, from_hex("E99E 0100 0000  FF 40 0400 02  05000000")}));
+    EXPECT_EQ(service.requests(), (datagrams{open_1, from_hex("E99E 0100 0000  FF 40 0400 02  05000000")}));
 }
 
 TEST(save_on_the_wire, fails_on_an_answer_other_than_1) {
@@ -192,8 +191,9 @@ TEST(save_on_the_wire, after_a_set_fails_on_an_answer_other_than_1) {
     service.answer(0x44, 0x44, on).answer(0x45, 0x44, off).answer(0x40, 0x40, {0});
     const run_of_a_program run = ctl({"set", "torque-scaling=off", "--save"});
     EXPECT_EQ(run.end, status(exit_status::refused));
-    EXPECT_EQ(run.errors, "orvantactl: nothing was saved: save: the device answers 0, which is not that it has "
-                          "saved; set before: torque-scaling: on -> off\n");
+    EXPECT_EQ(run.errors,
+              "orvantactl: nothing was saved: save: the device answers 0, which is not that it has "
+              "saved; set before: torque-scaling: on -> off\n");
 }
 
 TEST_F(with_a_backup, restore_sets_what_differs_then_saves_and_reads_again) {
@@ -204,13 +204,12 @@ TEST_F(with_a_backup, restore_sets_what_differs_then_saves_and_reads_again) {
     EXPECT_EQ(run.end, succeeded);
     EXPECT_EQ(run.output, "gravity-compensation: on -> off\nscaling-factor: 0.75 -> 0.5\n"
                           "torque-scaling: off (unchanged)\nhandedness: right -> left\nsaved\n");
-    EXPECT_EQ(service.requests(),
-              (datagrams{open_1, get_gravity_2, get_torque_3,
-                         from_hex("E99E 0100 0000  FF 43 0900 04  05000000 00 0000003F"),
-                         from_hex("E99E 0100 0000  FF 47 0500 05  05000000 02"),
-                         from_hex("E99E 0100 0000  FF 40 0400 06  05000000"),
-                         from_hex("E99E 0100 0000  FF 42 0400 07  05000000"),
-                         from_hex("E99E 0100 0000  FF 44 0400 08  05000000")}));
+    EXPECT_EQ(service.requests(), (datagrams{open_1, get_gravity_2, get_torque_3,
+                                             from_hex("E99E 0100 0000  FF 43 0900 04  05000000 00 0000003F"),
+                                             from_hex("E99E 0100 0000  FF 47 0500 05  05000000 02"),
+                                             from_hex("E99E 0100 0000  FF 40 0400 06  05000000"),
+                                             from_hex("E99E 0100 0000  FF 42 0400 07  05000000"),
+                                             from_hex("E99E 0100 0000  FF 44 0400 08  05000000")}));
 }
 
 TEST_F(with_a_backup, restore_as_a_dry_run_and_diff_only_read) {
@@ -232,10 +231,11 @@ TEST_F(with_a_backup, restore_puts_back_what_it_set_before_a_refusal) {
     const run_of_a_program run = ctl({"restore", file});
     EXPECT_EQ(run.end, status(exit_status::refused));
     EXPECT_EQ(run.output, "");
-    EXPECT_EQ(run.errors,
-              "orvantactl: torque-scaling was not set: set_torque_scaling of device 5: communication error with "
-              "device; set before: gravity-compensation: on -> off, scaling-factor: 0.75 -> 0.5; "
-              "gravity-compensation and scaling-factor put back\n");
+    EXPECT_EQ(
+        run.errors,
+        "orvantactl: torque-scaling was not set: set_torque_scaling of device 5: communication error with "
+        "device; set before: gravity-compensation: on -> off, scaling-factor: 0.75 -> 0.5; "
+        "gravity-compensation and scaling-factor put back\n");
     EXPECT_EQ(service.requests(),
               (datagrams{open_1, get_gravity_2, get_torque_3,
                          from_hex("E99E 0100 0000  FF 43 0900 04  05000000 00 0000003F"),
@@ -250,12 +250,13 @@ TEST_F(with_a_backup, restore_puts_back_also_what_may_be_set_and_says_what_it_co
     // Less than the second after which the library asks whether a silent service is still there.
     const run_of_a_program run = ctl({"restore", file, "--timeout", "900ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
-    EXPECT_EQ(run.errors,
-              "orvantactl: torque-scaling may be set or not: set_torque_scaling of device 5: operation timed out; "
-              "set before: gravity-compensation: on -> off, scaling-factor: 0.75 -> 0.5; "
-              "torque-scaling could not be put back: set_torque_scaling of device 5: operation timed out; "
-              "gravity-compensation and scaling-factor could not be put back: set_gravity_compensation of "
-              "device 5: invalid argument\n");
+    EXPECT_EQ(
+        run.errors,
+        "orvantactl: torque-scaling may be set or not: set_torque_scaling of device 5: operation timed out; "
+        "set before: gravity-compensation: on -> off, scaling-factor: 0.75 -> 0.5; "
+        "torque-scaling could not be put back: set_torque_scaling of device 5: operation timed out; "
+        "gravity-compensation and scaling-factor could not be put back: set_gravity_compensation of "
+        "device 5: invalid argument\n");
     EXPECT_EQ(service.requests(),
               (datagrams{open_1, get_gravity_2, get_torque_3,
                          from_hex("E99E 0100 0000  FF 43 0900 04  05000000 00 0000003F"),

@@ -66,8 +66,7 @@ TEST(keys_of_a_device, have_words_that_can_all_be_set) {
 
 TEST(keys_to_get, are_all_without_a_word_and_else_those_given_in_their_order) {
     EXPECT_EQ(keys_in({}).size(), keys().size());
-    EXPECT_EQ(keys_in({"power-supply", "orientation"}),
-              (std::vector{key::power_supply, key::orientation}));
+    EXPECT_EQ(keys_in({"power-supply", "orientation"}), (std::vector{key::power_supply, key::orientation}));
 }
 
 TEST(keys_to_get, are_refused_when_unknown_or_given_twice) {
