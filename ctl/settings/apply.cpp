@@ -1,6 +1,7 @@
 #include "ctl/settings/apply.hpp"
 
 #include "ctl/settings/configuration.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <iterator>
 #include <set>
@@ -204,7 +205,7 @@ void save_and_check(connection& to, std::uint32_t device_id, const value_set& in
                 why.status(), std::string("saved, but not read again: ") + why.what() + account, why.code());
         }
         if (!wrong.empty()) {
-            throw failure_with_status(exit_status::refused, "after saving " + wrong + account);
+            throw failure_with_status(exit_status::refused, formatted("after saving {}{}", wrong, account));
         }
     }
 }
