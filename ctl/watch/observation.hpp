@@ -13,7 +13,7 @@ namespace vantu::orvanta::ctl {
 inline constexpr std::size_t axes = 3;
 inline constexpr std::size_t motors = 3;
 
-// What comes more seldom than samples. Each is there only where it is news.
+// Values that come more seldom than samples. Each is there only where it is news.
 struct side_values {
     std::optional<std::array<float, motors>> motor_current;
     std::optional<std::uint8_t> power_supply;

@@ -11,7 +11,7 @@ namespace {
 using vantu::orvanta::ctl::curve_point;
 using vantu::orvanta::ctl::curve_store;
 
-// Of the narrowest columns.
+// The width of the narrowest columns.
 constexpr double column_s = 0.0001;
 constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
