@@ -6,7 +6,6 @@
 #include "ctl/report/terminal.hpp"
 #include "ctl/service/connection.hpp"
 #include "ctl/service/device_text.hpp"
-#include "ctl/watch/clock_text.hpp"
 #include "ctl/watch/plot_file.hpp"
 #include "ctl/watch/printers.hpp"
 #include "ctl/watch/recording_plot.hpp"
@@ -115,7 +114,7 @@ class watching {
         to_.ask<void>([this](session& service, auto done, auto time) {
             service.open(chosen_.id, std::move(done), time);
         });
-        began_ = clock_text();
+        began_ = std::chrono::system_clock::now();
         start_ = steady_clock::now();
         progress_due_ = start_ + progress_period;
     }
@@ -157,7 +156,7 @@ class watching {
                             so_far.samples.rate_hz));
     }
 
-    // What was taken is written whatever has ended it.
+    // Whatever has ended it, all that was taken is written.
     void finish() {
         const std::optional<std::string> lost = taken_.end_reason();
         const live_view at_end = taken_.view(steady_clock::now());
@@ -203,7 +202,7 @@ class watching {
     std::atomic<bool> is_asking_{false};
     device chosen_;
     std::string title_;
-    std::string began_;
+    std::chrono::system_clock::time_point began_;
     steady_clock::time_point start_;
     steady_clock::time_point orientation_due_{};
     steady_clock::time_point progress_due_;

@@ -8,10 +8,13 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
+// A step or two above the wished number are no reason for the next greater step.
+constexpr double slightly_more = 1.1;
+
 double round_step(double raw) {
     const double power = std::pow(10.0, std::floor(std::log10(raw)));
     for (const double factor : {1.0, 2.0, 5.0}) {
-        if (raw <= factor * power * (1 + 1e-9)) {
+        if (raw <= factor * power * slightly_more) {
             return factor * power;
         }
     }

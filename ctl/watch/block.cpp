@@ -27,9 +27,7 @@ struct quantity {
     std::string_view name;
     std::span<const std::string_view> parts;
 };
-constexpr std::array<std::string_view, axes> axis_names{"x", "y", "z"};
 constexpr std::array<std::string_view, 4> quaternion_names{"r", "x", "y", "z"};
-constexpr std::array<std::string_view, motors> motor_names{"1", "2", "3"};
 
 class writer {
   public:
@@ -94,10 +92,6 @@ std::string missing_text(const sample_statistics::figures& samples) {
         return "not known";
     }
     return *samples.missing < least_told ? "none seen" : formatted("about {:.0f} %", *samples.missing * 100);
-}
-
-std::array<float, 4> values_of(const vantu::orvanta::orientation& one) {
-    return {one.r, one.x, one.y, one.z};
 }
 
 } // namespace

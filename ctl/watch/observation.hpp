@@ -7,13 +7,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 namespace vantu::orvanta::ctl {
 
 inline constexpr std::size_t axes = 3;
 inline constexpr std::size_t motors = 3;
+inline constexpr std::array<std::string_view, axes> axis_names{"x", "y", "z"};
+inline constexpr std::array<std::string_view, motors> motor_names{"1", "2", "3"};
 
-// What comes more seldom than samples. Each is there only where it is news.
+// Values that come more seldom than samples. Each is there only where it is news.
 struct side_values {
     std::optional<std::array<float, motors>> motor_current;
     std::optional<std::uint8_t> power_supply;
@@ -28,5 +31,10 @@ struct observation {
     std::array<float, axes> velocity{}; // the other three
     side_values news;
 };
+
+// Its values in the order of their names.
+inline std::array<float, 4> values_of(const orientation& one) {
+    return {one.r, one.x, one.y, one.z};
+}
 
 } // namespace vantu::orvanta::ctl

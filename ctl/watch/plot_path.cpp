@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::size_t few_points = 60;
 constexpr double usual_steps_to_break = 8;
-// In units of the picture: less shows as one point.
-constexpr double least_extent = 0.5;
+// In units of the picture: less is hidden by the width of the line.
+constexpr double least_extent = 1;
 
 std::string number(double value) {
     std::string text = formatted("{:.1f}", value);

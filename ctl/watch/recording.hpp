@@ -1,5 +1,5 @@
-// What a device tells, taken by the session's thread and read by the main thread. Samples to print wait in a
-// queue with a bound: a reader that is too slow costs lines and never makes the session's thread wait.
+// All that a device tells, taken by the session's thread and read by the main thread. Samples to print wait
+// in a queue with a bound: a reader that is too slow costs lines and never makes the session's thread wait.
 #pragma once
 
 #include "ctl/watch/curves.hpp"
@@ -16,7 +16,7 @@
 
 namespace vantu::orvanta::ctl {
 
-// What came last, and the greatest absolute values so far.
+// The last values, and the greatest absolute values so far.
 struct live_view {
     double seconds{0}; // since the first sample
     sample_statistics::figures samples;
@@ -44,9 +44,9 @@ class recording {
     void end(std::string why);
 
     // By the main thread.
-    // What comes from here on is left out, so that rows, curves and counts tell of the same samples.
+    // Leaves out all that comes from here on, so that rows, curves and counts tell of the same samples.
     void close();
-    // What is to be printed since the last call.
+    // All that is to be printed since the last call.
     void take(std::vector<observation>& into);
     // Samples that found the queue full.
     [[nodiscard]] std::uint64_t unprinted() const;

@@ -8,8 +8,6 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
-using vantu::orvanta::orientation;
-
 // The shortest text that reads as the same float.
 std::string json_number(float value) {
     return std::isfinite(value) ? formatted("{}", value) : "null";
@@ -38,10 +36,6 @@ std::string columns_of(std::span<const float> values) {
         text += formatted(" {:>9.5f}", value);
     }
     return text;
-}
-
-std::array<float, 4> values_of(const orientation& one) {
-    return {one.r, one.x, one.y, one.z};
 }
 
 } // namespace

@@ -21,7 +21,7 @@ using testing::Not;
 constexpr std::uint64_t rate_hz = WATCH_RATE_HZ;
 constexpr std::uint64_t most_growth_kib = WATCH_GROWTH_KIB;
 
-// Of the block that live mode draws.
+// The end of the block that live mode draws.
 constexpr const char* last_line = "as the service has them\x1b[K\r\n";
 
 class terminal : public testing::Test {

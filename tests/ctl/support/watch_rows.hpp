@@ -1,4 +1,4 @@
-// What watch prints, taken apart.
+// The rows of watch, taken apart.
 #pragma once
 
 #include <cstdint>

@@ -8,7 +8,7 @@
 
 namespace orvanta_tests {
 
-// What is wrong; empty when nothing is.
+// The first fault; empty when there is none.
 inline std::string fault_in_xml(const std::string& text) {
     static const std::regex declaration(R"(<\?xml( [a-z]+="[^"<>]*")+\?>)");
     static const std::regex tag(R"(</?([a-zA-Z]+)( [a-zA-Z0-9:-]+="[^"<>&]*")*/?>)");

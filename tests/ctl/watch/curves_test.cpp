@@ -11,26 +11,26 @@ namespace {
 using vantu::orvanta::ctl::curve_point;
 using vantu::orvanta::ctl::curve_store;
 
-// Of the narrowest columns.
+// The width of the narrowest columns.
 constexpr double column_s = 0.0001;
 constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
-void add(curve_store& to, double seconds, float first, float second) {
-    to.add(seconds, std::array{first, second});
+void add(curve_store& to, double seconds, float on_0, float on_1) {
+    to.add(seconds, std::array{on_0, on_1});
 }
 
 TEST(curve_store, keeps_each_value_while_there_is_room) {
     curve_store curves(2, 4);
     add(curves, 0, 1, -1);
     add(curves, 2.5 * column_s, 3, -3);
-    const auto first = curves.curve(0);
-    const auto second = curves.curve(1);
-    ASSERT_EQ(first.size(), 2U);
-    EXPECT_EQ(first[1].seconds, 2.5 * column_s);
-    EXPECT_EQ(first[1].least, 3);
-    EXPECT_EQ(first[1].most, 3);
-    ASSERT_EQ(second.size(), 2U);
-    EXPECT_EQ(second[0].least, -1);
+    const auto channel_0 = curves.curve(0);
+    const auto channel_1 = curves.curve(1);
+    ASSERT_EQ(channel_0.size(), 2U);
+    EXPECT_EQ(channel_0[1].seconds, 2.5 * column_s);
+    EXPECT_EQ(channel_0[1].least, 3);
+    EXPECT_EQ(channel_0[1].most, 3);
+    ASSERT_EQ(channel_1.size(), 2U);
+    EXPECT_EQ(channel_1[0].least, -1);
 }
 
 TEST(curve_store, joins_neighbours_when_it_is_full) {

@@ -2,6 +2,7 @@
 #include "ctl/support/xml_check.hpp"
 #include "ctl/watch/plot.hpp"
 #include "ctl/watch/plot_path.hpp"
+#include "ctl/watch/recording_plot.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -87,9 +88,18 @@ TEST(a_picture, tells_of_itself) {
     EXPECT_THAT(svg, HasSubstr(">2026-03-01 12:30:05 UTC, 10.0 s</text>"));
     EXPECT_THAT(svg, HasSubstr(">position</text>"));
     EXPECT_THAT(svg, HasSubstr(">time [s]</text>"));
-    EXPECT_THAT(svg, HasSubstr(" text-anchor=\"end\">-1</text>"));
+    EXPECT_THAT(svg, HasSubstr(" text-anchor=\"end\">-1.0</text>"));
     EXPECT_THAT(svg, HasSubstr(" text-anchor=\"middle\">10</text>"));
     EXPECT_THAT(svg, HasSubstr(">y</text>"));
+}
+
+TEST(a_picture, has_the_date_of_its_recording) {
+    using namespace std::chrono;
+    EXPECT_EQ(date_text(system_clock::time_point(milliseconds(1'772'368'205'900))),
+              "2026-03-01 12:30:05 UTC");
+    const plot of_nothing = plot_of(recording(std::nullopt), {}, "title", {});
+    EXPECT_EQ(of_nothing.subtitle, "1970-01-01 00:00:00 UTC, 0.0 s, 0 samples");
+    EXPECT_EQ(of_nothing.panels.size(), 3U);
 }
 
 TEST(a_picture, is_well_formed) {

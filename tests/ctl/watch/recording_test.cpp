@@ -1,4 +1,4 @@
-// What the session's thread leaves for the main thread.
+// A recording between the session's thread and the main thread.
 #include "ctl/watch/recording.hpp"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// What a stream's times tell of it.
+// Counts, rates and losses of a stream.
 #include "ctl/watch/statistics.hpp"
 
 #include <gtest/gtest.h>
