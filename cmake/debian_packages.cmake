@@ -45,9 +45,10 @@ orvanta_package(development libvantu-orvanta-dev libdevel "${library} (= ${this_
   "client library of the Orvanta3's device service, for development"
   "Headers, the static library, the CMake package and the pkg-config file, and a
 library that simulates the device service for tests.")
-orvanta_package(tools orvanta-tools utils "${library} (>= ${PROJECT_VERSION})" "console tool for the Orvanta3"
+orvanta_package(tools orvanta-tools utils "${library} (>= ${PROJECT_VERSION})" "console tools for the Orvanta3"
   "orvanta-cli finds an Orvanta3, shows its identity and configuration, and
-changes and saves its settings.")
+changes and saves its settings. orvantactl does the same for scripts, keeps
+backups, shows the device live, and tells why something does not work.")
 orvanta_package(simulator orvanta-simulator utils "" "device service without a device, for the Orvanta3"
   "orvanta-simulator stands in for the device service where there is no device.
 Asked to, it loses, damages and forges datagrams, so that programs can be

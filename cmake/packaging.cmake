@@ -1,5 +1,5 @@
 # Installation, by component: runtime (the shared library), development (headers, what links, the CMake package
-# and the pkg-config file, the simulator's library), tools (the console tool) and simulator.
+# and the pkg-config file, the simulator's library), tools (the console tool, the tool for scripts) and simulator.
 include(CMakePackageConfigHelpers)
 
 # Public headers: those of vantu/orvanta itself, each in the folder below "include" that it is included from.
@@ -17,13 +17,23 @@ if(ORVANTA_BUILD_PROGRAMS)
   list(APPEND public_headers ${PROJECT_SOURCE_DIR}/simulator/include/vantu/orvanta/simulator.hpp)
   # The tools find the library beside themselves, wherever the folder is moved to.
   file(RELATIVE_PATH library_from_tools /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-  set_target_properties(orvanta-cli orvanta-simulator PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
-  install(TARGETS orvanta-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  set_target_properties(orvanta-cli orvantactl orvanta-simulator PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
+  install(TARGETS orvanta-cli orvantactl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(TARGETS orvanta-simulator RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
     COMPONENT simulator FILES_MATCHING PATTERN "*.json")
-  install(FILES ${PROJECT_SOURCE_DIR}/app/man/orvanta-cli.1
+  install(FILES ${PROJECT_SOURCE_DIR}/app/man/orvanta-cli.1 ${PROJECT_SOURCE_DIR}/ctl/man/orvantactl.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES ${PROJECT_SOURCE_DIR}/docs/orvantactl.schema.json
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta COMPONENT tools)
+  # Each shell looks for a file of its own name.
+  set(completions ${PROJECT_SOURCE_DIR}/ctl/completions)
+  install(FILES ${completions}/orvantactl.bash RENAME orvantactl
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT tools)
+  install(FILES ${completions}/_orvantactl
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions COMPONENT tools)
+  install(FILES ${completions}/orvantactl.fish
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d COMPONENT tools)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT simulator)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5

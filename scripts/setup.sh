@@ -35,6 +35,10 @@ test)
         doxygen:doxygen
         pkg-config:pkg-config
         python3:python3
+        python3-jsonschema:/usr/lib/python3/dist-packages/jsonschema/__init__.py
+        bash-completion:/usr/share/bash-completion/bash_completion
+        fish:fish
+        zsh:zsh
         ccache:ccache
     )
     ;;

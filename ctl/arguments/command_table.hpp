@@ -6,7 +6,9 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantu::orvanta::ctl {
 
@@ -14,6 +16,13 @@ class output;
 
 enum class option_id : std::uint8_t {
     device,
+    save,
+    dry_run,
+    other_device,
+    duration,
+    rate,
+    format,
+    plot,
     timeout,
     json,
     verbose,
@@ -26,8 +35,27 @@ struct option_row {
     std::string_view meaning; // one line
 };
 
+// What may stand after --format.
+struct format_row {
+    std::string_view name;
+    watch_format format;
+    std::string_view meaning; // one line
+};
+
 // The words that follow a command.
-enum class words_kind : std::uint8_t { none };
+enum class words_kind : std::uint8_t {
+    none,
+    keys,        // of the table in ctl/settings/keys.hpp; none: all
+    assignments, // KEY=VALUE, at least one
+    file,        // one
+    event,       // one or none of those of wait
+};
+
+// A word that a command knows.
+struct word_row {
+    std::string name;
+    std::string meaning; // one line
+};
 
 struct command_row {
     std::string_view name;
@@ -40,6 +68,13 @@ struct command_row {
 
 [[nodiscard]] std::span<const command_row> commands() noexcept;
 [[nodiscard]] std::span<const option_row> options() noexcept;
+[[nodiscard]] std::span<const format_row> formats() noexcept;
+
+// The words that may follow: events, or keys; none where the words are free.
+[[nodiscard]] std::vector<word_row> words_of(words_kind kind);
+
+// The command that shells ask for candidates: "complete", which no help shows.
+[[nodiscard]] const command_row& completion_command() noexcept;
 
 // Null when there is none.
 [[nodiscard]] const command_row* find_command(std::string_view name) noexcept;
@@ -47,5 +82,7 @@ struct command_row {
 
 // Whether the option goes with each command.
 [[nodiscard]] bool is_common(option_id option) noexcept;
+// Whether it goes with this one, by itself or as a common one; with none, whether it is common.
+[[nodiscard]] bool goes_with(option_id option, const command_row* command) noexcept;
 
 } // namespace vantu::orvanta::ctl

@@ -1,6 +1,26 @@
 #include "ctl/report/exit_status.hpp"
 
+#include <array>
+
 namespace vantu::orvanta::ctl {
+namespace {
+
+constexpr std::array rows{
+    exit_status_row{exit_status::done, "done"},
+    exit_status_row{exit_status::refused, "refused or failed at the service, the device or a file"},
+    exit_status_row{exit_status::wrong_usage, "wrong usage; nothing was sent"},
+    exit_status_row{exit_status::no_service, "no service, or none that accepts this client"},
+    exit_status_row{exit_status::no_device, "no device, or several where one is needed"},
+    exit_status_row{exit_status::timed_out, "no answer in time"},
+    exit_status_row{exit_status::lost, "the device or the connection was lost on the way"},
+    exit_status_row{exit_status::interrupted, "interrupted by Ctrl-C"},
+};
+
+} // namespace
+
+std::span<const exit_status_row> exit_statuses() noexcept {
+    return rows;
+}
 
 const char* name_of(exit_status status) noexcept {
     switch (status) {
@@ -39,6 +59,19 @@ exit_status status_of(error_code code) noexcept {
         return exit_status::lost;
     default:
         return exit_status::refused;
+    }
+}
+
+std::string text_of(const failure& why) {
+    switch (why.code) {
+    case error_code::client_not_connected:
+    case error_code::unknown_client_id:
+        return "the service was started anew meanwhile";
+    case error_code::invalid_device_id:
+    case error_code::device_not_opened:
+        return "the device was unplugged";
+    default:
+        return why.message;
     }
 }
 

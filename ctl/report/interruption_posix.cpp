@@ -17,8 +17,8 @@ void remember(int) {
 void watch_for_interruption() {
     struct sigaction action {};
     action.sa_handler = &remember;
-    // The next one finds the system's default.
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    // The next one finds the system's default. A write to a slow reader goes on, so that no line is cut.
+    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);

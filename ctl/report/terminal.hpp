@@ -14,4 +14,7 @@ bool output_has_colour();
 // The terminal's columns; 80 when it does not tell.
 std::size_t terminal_columns();
 
+// The terminal's lines; 24 when it does not tell.
+std::size_t terminal_lines();
+
 } // namespace vantu::orvanta::ctl

@@ -24,4 +24,9 @@ std::size_t terminal_columns() {
     return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : 80;
 }
 
+std::size_t terminal_lines() {
+    winsize size{};
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row != 0 ? size.ws_row : 24;
+}
+
 } // namespace vantu::orvanta::ctl

@@ -26,4 +26,12 @@ std::size_t terminal_columns() {
     return static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1);
 }
 
+std::size_t terminal_lines() {
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info) == 0) {
+        return 24;
+    }
+    return static_cast<std::size_t>(info.srWindow.Bottom - info.srWindow.Top + 1);
+}
+
 } // namespace vantu::orvanta::ctl

@@ -47,14 +47,22 @@ std::chrono::nanoseconds connection::time_left() const {
     return std::max<std::chrono::nanoseconds>(end_ - std::chrono::steady_clock::now(), shortest_time);
 }
 
+void connection::restart_time(std::chrono::nanoseconds time) {
+    end_ = std::chrono::steady_clock::now() + time;
+}
+
 device connection::choose() const {
     return choose_device(session_->devices(), wanted_);
 }
 
 device connection::open_chosen() {
     device chosen = choose();
-    ask<void>([&](session& to, auto done, auto time) { to.open(chosen.id, std::move(done), time); });
+    open(chosen);
     return chosen;
+}
+
+void connection::open(const device& chosen) {
+    ask<void>([&](session& to, auto done, auto time) { to.open(chosen.id, std::move(done), time); });
 }
 
 device connection::look_up(std::uint32_t device_id) const {

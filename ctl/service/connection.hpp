@@ -26,10 +26,14 @@ class connection {
     // The rest of the command's time; at least a millisecond, so that a late request is told of its time-out.
     [[nodiscard]] std::chrono::nanoseconds time_left() const;
 
+    // From here on what is asked has this time, whatever was used before.
+    void restart_time(std::chrono::nanoseconds time);
+
     // The device that the command line names, or the only one: see device_choice.hpp.
     [[nodiscard]] device choose() const;
     // The same, opened.
     device open_chosen();
+    void open(const device& chosen);
     // The device as it is listed now; throws (lost) when it is gone.
     [[nodiscard]] device look_up(std::uint32_t device_id) const;
 

@@ -85,4 +85,9 @@ device choose_device(const std::vector<device>& devices, const std::string& text
     fail("'" + text + "' names several devices: " + list_of(fitting));
 }
 
+bool is_meant(const device& one, const std::string& text) {
+    return text.empty() ? one.type == device_type::orvanta3
+                        : has_id(one, text) || is_named(one, in_lower_case(text));
+}
+
 } // namespace vantu::orvanta::ctl

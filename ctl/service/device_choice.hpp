@@ -14,4 +14,7 @@ namespace vantu::orvanta::ctl {
 // that were in question.
 device choose_device(const std::vector<device>& devices, const std::string& text);
 
+// Whether the text means this device in one of these ways; an empty one means each Orvanta3.
+bool is_meant(const device& one, const std::string& text);
+
 } // namespace vantu::orvanta::ctl

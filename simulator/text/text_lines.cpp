@@ -14,26 +14,6 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r";
 
-// Letters added, left out and replaced, and neighbours that changed places.
-std::size_t changes_between(std::string_view left, std::string_view right) {
-    std::vector<std::size_t> before;
-    std::vector<std::size_t> above;
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= left.size(); ++i) {
-        before = std::exchange(above, row);
-        row[0] = i;
-        for (std::size_t j = 1; j <= right.size(); ++j) {
-            const std::size_t replaced = above[j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1);
-            row[j] = std::min({replaced, row[j - 1] + 1, above[j] + 1});
-            if (i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1]) {
-                row[j] = std::min(row[j], before[j - 2] + 1);
-            }
-        }
-    }
-    return row.back();
-}
-
 } // namespace
 
 std::string_view trimmed(std::string_view text) noexcept {
@@ -75,6 +55,25 @@ std::optional<double> real_number(std::string_view text) noexcept {
         return std::nullopt;
     }
     return value;
+}
+
+std::size_t changes_between(std::string_view left, std::string_view right) {
+    std::vector<std::size_t> before;
+    std::vector<std::size_t> above;
+    std::vector<std::size_t> row(right.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= left.size(); ++i) {
+        before = std::exchange(above, row);
+        row[0] = i;
+        for (std::size_t j = 1; j <= right.size(); ++j) {
+            const std::size_t replaced = above[j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1);
+            row[j] = std::min({replaced, row[j - 1] + 1, above[j] + 1});
+            if (i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1]) {
+                row[j] = std::min(row[j], before[j - 2] + 1);
+            }
+        }
+    }
+    return row.back();
 }
 
 std::string_view nearest_word(std::string_view to, std::span<const std::string_view> words) {

@@ -52,8 +52,13 @@ done
 scenarios=$(cd "$source/simulator/scenarios" && ls)
 installed=$(cd "$prefix/share/orvanta/scenarios" && ls)
 [ "$installed" = "$scenarios" ] || fail "installed scenarios are $installed"
-for page in man1/orvanta-cli.1 man1/orvanta-simulator.1 man5/orvanta-scenario.5; do
+for page in man1/orvanta-cli.1 man1/orvantactl.1 man1/orvanta-simulator.1 man5/orvanta-scenario.5; do
     [ -s "$prefix/share/man/$page" ] || fail "$page is not installed"
+done
+
+for file in orvanta/orvantactl.schema.json bash-completion/completions/orvantactl zsh/vendor-completions/_orvantactl \
+    fish/vendor_completions.d/orvantactl.fish; do
+    [ -s "$prefix/share/$file" ] || fail "share/$file is not installed"
 done
 
 # Prints the names of the libraries that a program or library needs at run time.
@@ -134,7 +139,7 @@ if [ "$kind" != static ]; then
 else
     [ -z "$(find "$prefix" -name 'libvantu_orvanta.so*')" ] || fail "a static build installed a shared library"
 fi
-for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvanta-simulator" "$consumer/flat" "$consumer/classes" \
+for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvantactl" "$prefix/bin/orvanta-simulator" "$consumer/flat" "$consumer/classes" \
     "$consumer/simulated" "$scratch/watch/watch_test" "$scratch/session/"{list_devices,set_scaling_factor,cursor_to_csv}; do
     [ -x "$program" ] || fail "$program is missing"
     ! ldd "$program" | grep 'not found' || fail "$program does not find its libraries"
@@ -142,6 +147,7 @@ for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvanta-simulator" "$consu
     [ -z "$foreign" ] || fail "$program needs $foreign"
 done
 "$prefix/bin/orvanta-simulator" --version >/dev/null || fail "the installed simulator does not start"
+"$prefix/bin/orvantactl" --version >/dev/null || fail "the installed orvantactl does not start"
 
 # Each component by itself: nothing belongs to none of them, and nothing to two.
 for component in runtime development tools simulator; do
@@ -154,7 +160,7 @@ shipped() { (cd "$scratch/components/$1" && find . ! -type d | grep -vE "$2" || 
 surplus=$(
     shipped runtime '/libvantu_orvanta\.so\.[0-9.]+$|/share/doc/'
     shipped development '/include/|\.(a|so|pc|cmake)$|/share/doc/.*/examples/'
-    shipped tools '/bin/orvanta-cli$|/man1/orvanta-cli\.1$'
+    shipped tools '/bin/(orvanta-cli|orvantactl)$|/man1/(orvanta-cli|orvantactl)\.1$|/share/orvanta/orvantactl\.schema\.json$|completions'
     shipped simulator '/bin/orvanta-simulator$|/man[15]/orvanta-(simulator\.1|scenario\.5)$|/scenarios/'
 )
 [ -z "$surplus" ] || fail "components hold what others should: $surplus"
