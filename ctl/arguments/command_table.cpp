@@ -15,6 +15,9 @@ constexpr std::array option_rows{
     option_row{timeout, "--timeout", "TIME", "the longest time of the whole command, as in 500ms or 2s"},
     option_row{json, "--json", "", "print results as JSON, one document a line, and errors too"},
     option_row{verbose, "-v", "", "print the library's log on standard error"},
+    option_row{save, "--save", "", "save on the device afterwards, read again and compare"},
+    option_row{dry_run, "--dry-run", "", "set and save nothing, and show what would change"},
+    option_row{other_device, "--other-device", "", "restore the file of another device"},
     option_row{duration, "--for", "TIME", "for how long, as in 10s or 5m; without it until Ctrl-C"},
     option_row{rate, "--rate", "HZ", "print so many samples a second at most"},
     option_row{format, "--format", "FORMAT",
@@ -24,12 +27,25 @@ constexpr std::array option_rows{
 
 constexpr std::array of_each_command{timeout, json, verbose};
 constexpr std::array of_one_device{device};
+constexpr std::array of_set{device, save, dry_run};
+constexpr std::array of_restore{device, save, dry_run, other_device};
 constexpr std::array of_watch{device, duration, rate, format, plot};
 
 constexpr std::array command_rows{
     command_row{"list", words_kind::none, "", "list the devices", {}, list_devices},
     command_row{"info", words_kind::none, "", "show all that is known of a device", of_one_device,
                 show_device},
+    command_row{"get", words_kind::keys, "KEY...",
+                "print values: of one key the value alone, else KEY=VALUE lines", of_one_device, get_values},
+    command_row{"set", words_kind::assignments, "KEY=VALUE...", "set values, and print old and new", of_set,
+                set_values},
+    command_row{"save", words_kind::none, "", "save the configuration on the device", of_one_device,
+                save_configuration},
+    command_row{"backup", words_kind::file, "FILE", "write the device's settings into a file", of_one_device,
+                back_up},
+    command_row{"restore", words_kind::file, "FILE", "set all settings as in a file", of_restore, restore},
+    command_row{"diff", words_kind::file, "FILE", "print where file and device differ", of_one_device,
+                show_differences},
     command_row{"watch", words_kind::none, "", "show what a device measures, as it comes", of_watch,
                 watch_device},
     command_row{

@@ -17,6 +17,9 @@ enum class option_id : std::uint8_t {
     timeout,
     json,
     verbose,
+    save,
+    dry_run,
+    other_device,
     duration,
     rate,
     format,
@@ -31,7 +34,12 @@ struct option_row {
 };
 
 // The words that follow a command.
-enum class words_kind : std::uint8_t { none };
+enum class words_kind : std::uint8_t {
+    none,
+    keys,        // of the table in ctl/settings/keys.hpp; none: all
+    assignments, // KEY=VALUE, at least one
+    file,        // one
+};
 
 struct command_row {
     std::string_view name;

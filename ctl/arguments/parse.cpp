@@ -58,6 +58,15 @@ void add_option(CLI::App& to, const option_row& row, request& into) {
     case option_id::verbose:
         to.add_flag(name, into.verbose, meaning);
         return;
+    case option_id::save:
+        to.add_flag(name, into.save, meaning);
+        return;
+    case option_id::dry_run:
+        to.add_flag(name, into.dry_run, meaning);
+        return;
+    case option_id::other_device:
+        to.add_flag(name, into.other_device, meaning);
+        return;
     case option_id::duration:
         to.add_option_function<std::string>(
               name, [&into, name](const std::string& text) { into.duration = time_of(name, text); }, meaning)
@@ -83,9 +92,16 @@ void add_words(CLI::App& to, const command_row& row, request& into) {
     switch (row.words) {
     case words_kind::none:
         return;
+    case words_kind::keys:
+        to.add_option("KEY", into.words, "the keys; all when there is none");
+        return;
+    case words_kind::assignments:
+        to.add_option("KEY=VALUE", into.words, "what to set")->required();
+        return;
+    case words_kind::file:
+        to.add_option("FILE", into.words, "the path of a backup")->required()->expected(1);
+        return;
     }
-    (void)to;
-    (void)into;
 }
 
 std::string one_line(std::string text) {

@@ -21,6 +21,9 @@ struct request {
     std::chrono::nanoseconds timeout{std::chrono::seconds(2)};
     bool json{false};
     bool verbose{false};
+    bool save{false};
+    bool dry_run{false};
+    bool other_device{false};
     std::optional<std::chrono::nanoseconds> duration;
     std::optional<double> rate_hz;
     std::optional<watch_format> format;

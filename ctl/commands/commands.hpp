@@ -8,6 +8,12 @@ class output;
 
 void list_devices(const request& asked, output& out);
 void show_device(const request& asked, output& out);
+void get_values(const request& asked, output& out);
+void set_values(const request& asked, output& out);
+void save_configuration(const request& asked, output& out);
+void back_up(const request& asked, output& out);
+void restore(const request& asked, output& out);
+void show_differences(const request& asked, output& out);
 void watch_device(const request& asked, output& out);
 void show_version(const request& asked, output& out);
 

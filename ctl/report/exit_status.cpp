@@ -42,4 +42,17 @@ exit_status status_of(error_code code) noexcept {
     }
 }
 
+std::string text_of(const failure& why) {
+    switch (why.code) {
+    case error_code::client_not_connected:
+    case error_code::unknown_client_id:
+        return "the service was started anew meanwhile";
+    case error_code::invalid_device_id:
+    case error_code::device_not_opened:
+        return "the device was unplugged";
+    default:
+        return why.message;
+    }
+}
+
 } // namespace vantu::orvanta::ctl

@@ -27,6 +27,9 @@ const char* name_of(exit_status status) noexcept;
 // The status of a request that failed with this code, once there was a connection.
 exit_status status_of(error_code code) noexcept;
 
+// A request's failure for people who do not know the library: its message, or what a refusal means here.
+std::string text_of(const failure& why);
+
 // Ends the command. The text is one line, without a full stop, and says what to do where that is known.
 class failure_with_status : public std::runtime_error {
   public:
@@ -34,7 +37,7 @@ class failure_with_status : public std::runtime_error {
         : std::runtime_error(text), status_(status), code_(code) {}
     // A request's failure: its status follows from its code.
     explicit failure_with_status(const failure& why)
-        : std::runtime_error(why.message), status_(status_of(why.code)), code_(why.code) {}
+        : std::runtime_error(text_of(why)), status_(status_of(why.code)), code_(why.code) {}
 
     [[nodiscard]] exit_status status() const noexcept { return status_; }
     // error_code::success where no request failed.

@@ -53,8 +53,12 @@ device connection::choose() const {
 
 device connection::open_chosen() {
     device chosen = choose();
-    ask<void>([&](session& to, auto done, auto time) { to.open(chosen.id, std::move(done), time); });
+    open(chosen);
     return chosen;
+}
+
+void connection::open(const device& chosen) {
+    ask<void>([&](session& to, auto done, auto time) { to.open(chosen.id, std::move(done), time); });
 }
 
 device connection::look_up(std::uint32_t device_id) const {

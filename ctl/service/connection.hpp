@@ -30,6 +30,7 @@ class connection {
     [[nodiscard]] device choose() const;
     // The same, opened.
     device open_chosen();
+    void open(const device& chosen);
     // The device as it is listed now; throws (lost) when it is gone.
     [[nodiscard]] device look_up(std::uint32_t device_id) const;
 

@@ -1,0 +1,86 @@
+// set, restore and backup where the system is the subject: Ctrl-C between two settings, links and pipes in
+// the place of files.
+#include "ctl/support/ctl_run.hpp"
+#include "support/scratch_folder.hpp"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <sys/stat.h>
+
+namespace {
+
+using namespace orvanta_tests;
+
+std::string content_of(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(set, tells_what_was_set_before_it_was_interrupted) {
+    // The answer to the question for the torque scaling comes, that to the set does not.
+    service_process service({"--drop", "@op=68,dir=out,n=2"});
+    child_process program(
+        ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
+        attachment::pipes);
+    service.await("set torque scaling of device 1 off");
+    program.interrupt();
+    const run_of_a_program run = ended(program);
+    EXPECT_EQ(run.end, status(exit_status::interrupted));
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.errors, "orvantactl: torque-scaling may be set or not: interrupted; set before: "
+                          "scaling-factor: 0.75 -> 0.5\n");
+}
+
+TEST(restore, puts_back_what_was_set_before_it_was_interrupted) {
+    service_process service({"--drop", "@op=68,dir=out,n=3"});
+    const scratch_folder folder;
+    const std::string file = folder.file("desk.json");
+    EXPECT_EQ(ctl({"backup", file}).end, succeeded);
+    EXPECT_EQ(ctl({"set", "scaling-factor=0.5"}).end, succeeded);
+    service.tell("set 1 torque off");
+    child_process program(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
+    service.await("set torque scaling of device 1 on");
+    program.interrupt();
+    const run_of_a_program run = ended(program);
+    EXPECT_EQ(run.end, status(exit_status::interrupted));
+    EXPECT_EQ(run.errors, "orvantactl: torque-scaling may be set or not: interrupted; set before: "
+                          "scaling-factor: 0.5 -> 0.75; torque-scaling put back; scaling-factor put back\n");
+    EXPECT_EQ(ctl({"get", "scaling-factor", "torque-scaling"}).output,
+              "scaling-factor=0.5\ntorque-scaling=off\n");
+}
+
+TEST(backup, does_not_take_the_place_of_a_link_or_a_pipe) {
+    service_process service;
+    const scratch_folder folder;
+    const std::string file = folder.file("desk.json");
+    const std::string link = folder.file("link.json");
+    std::ofstream(file) << "old";
+    std::filesystem::create_symlink(file, link);
+    run_of_a_program run = ctl({"backup", link});
+    EXPECT_EQ(run.end, status(exit_status::refused));
+    EXPECT_EQ(run.output, "");
+    EXPECT_EQ(run.errors, "orvantactl: " + link + ": this is a link; name the file itself\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(content_of(file), "old");
+
+    const std::string pipe = folder.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    run = ctl({"backup", pipe});
+    EXPECT_EQ(run.end, status(exit_status::refused));
+    EXPECT_EQ(run.errors, "orvantactl: " + pipe + ": this is no regular file\n");
+    EXPECT_EQ(ctl({"restore", pipe}).end, status(exit_status::refused));
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+}
+
+TEST(backup, is_read_by_way_of_a_link) {
+    service_process service;
+    const scratch_folder folder;
+    EXPECT_EQ(ctl({"backup", folder.file("desk.json")}).end, succeeded);
+    std::filesystem::create_symlink(folder.file("desk.json"), folder.file("link.json"));
+    EXPECT_EQ(ctl({"diff", folder.file("link.json")}).end, succeeded);
+}
+
+} // namespace
