@@ -8,6 +8,7 @@ namespace vantu::orvanta::ctl {
 namespace {
 
 constexpr double narrowest_s = 0.0001;
+constexpr double never_s = std::numeric_limits<double>::infinity();
 constexpr float infinite = std::numeric_limits<float>::infinity();
 
 } // namespace
@@ -19,7 +20,7 @@ curve_store::curve_store(std::size_t channels, std::size_t capacity)
 
 void curve_store::empty(std::size_t from) {
     for (std::size_t at = from; at < columns_.size(); ++at) {
-        columns_[at] = {infinite, -infinite};
+        columns_[at] = {never_s, -never_s};
     }
     for (std::size_t at = from * channels_; at < ranges_.size(); ++at) {
         ranges_[at] = {infinite, -infinite};
