@@ -63,7 +63,7 @@ std::vector<curve_point> curve_store::curve(std::size_t channel) const {
     for (std::size_t at = 0; at < columns_.size(); ++at) {
         const range& values = ranges_[at * channels_ + channel];
         if (values.least <= values.most) {
-            points.push_back({(columns_[at].first_s + columns_[at].last_s) / 2, values.least, values.most});
+            points.push_back({columns_[at].first_s, columns_[at].last_s, values.least, values.most});
         }
     }
     return points;
