@@ -6,7 +6,6 @@
 #include "ctl/service/device_text.hpp"
 #include "ctl/settings/apply.hpp"
 #include "ctl/settings/backup.hpp"
-#include "ctl/settings/outcome.hpp"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -7,7 +7,6 @@
 #include "ctl/settings/apply.hpp"
 #include "ctl/settings/configuration.hpp"
 #include "ctl/settings/device_states.hpp"
-#include "ctl/settings/outcome.hpp"
 #include "ctl/settings/words.hpp"
 
 #include <nlohmann/json.hpp>

@@ -1,6 +1,7 @@
 #include "ctl/settings/apply.hpp"
 
 #include "ctl/settings/configuration.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <iterator>
 #include <set>
@@ -130,8 +131,8 @@ class work {
     [[noreturn]] void end(part failed, const failure_with_status& why) {
         const bool is_other = dynamic_cast<const other_value*>(&why) != nullptr;
         const bool may_be_set = is_other || is_open(why);
-        const char* how = is_other ? " was not set as asked: "
-                                   : (may_be_set ? " may be set or not: " : " was not set: ");
+        const char* how =
+            is_other ? " was not set as asked: " : (may_be_set ? " may be set or not: " : " was not set: ");
         std::string text = names_of(failed, changes_) + how + why.what() + "; " + account_of(done_, changes_);
         if (then_ == after_failure::put_back) {
             std::set<part> back = done_;
@@ -204,7 +205,7 @@ void save_and_check(connection& to, std::uint32_t device_id, const value_set& in
                 why.status(), std::string("saved, but not read again: ") + why.what() + account, why.code());
         }
         if (!wrong.empty()) {
-            throw failure_with_status(exit_status::refused, "after saving " + wrong + account);
+            throw failure_with_status(exit_status::refused, formatted("after saving {}{}", wrong, account));
         }
     }
 }

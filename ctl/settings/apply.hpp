@@ -13,8 +13,8 @@ namespace vantu::orvanta::ctl {
 // After a failure: leave what was set before it, or set it back.
 enum class after_failure : std::uint8_t { leave, put_back };
 
-// What is in force of the parts to which the keys of the wanted values belong: also the other key of a part,
-// which a set keeps. Asks for each part once.
+// The values in force of the parts to which the wanted keys belong: also of the other key of a part, which a
+// set keeps. Asks for each part once.
 [[nodiscard]] value_set read_parts_of(connection& to, std::uint32_t device_id, const value_set& wanted);
 
 // Sets what the changes change, one request for each part, and compares each answer with what was asked for.

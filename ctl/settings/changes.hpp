@@ -1,7 +1,9 @@
-// What setting some keys would change.
+// The changes that setting some keys makes, and how set and restore print them.
 #pragma once
 
+#include "ctl/arguments/request.hpp"
 #include "ctl/settings/values.hpp"
+#include "vantu/orvanta/device.hpp"
 
 #include <nlohmann/json_fwd.hpp>
 #include <string>
@@ -25,5 +27,11 @@ struct change {
 [[nodiscard]] std::string line_of(const change& one);
 // {"key", "old", "new"}
 [[nodiscard]] nlohmann::ordered_json document_of(const change& one);
+
+// A line a change; "saved" after --save. A dry run says "would" in each.
+[[nodiscard]] std::string text_of(const std::vector<change>& changes, const request& asked);
+// {"device", "dry_run", "changes": [...], "saved"}
+[[nodiscard]] nlohmann::ordered_json document_of(const device& chosen, const std::vector<change>& changes,
+                                                 const request& asked);
 
 } // namespace vantu::orvanta::ctl

@@ -53,15 +53,14 @@ value ask_orientation(connection& to, std::uint32_t device_id) {
 value_set ask_part(connection& to, std::uint32_t device_id, part which) {
     switch (which) {
     case part::gravity:
-        return values_of(
-            to.ask<gravity_compensation>([device_id](session& service, auto done, auto time) {
-                service.get_gravity_compensation(device_id, std::move(done), time);
-            }));
+        return values_of(to.ask<gravity_compensation>([device_id](session& service, auto done, auto time) {
+            service.get_gravity_compensation(device_id, std::move(done), time);
+        }));
     case part::torque:
-        return {{key::torque_scaling,
-                 to.ask<torque_scaling>([device_id](session& service, auto done, auto time) {
-                       service.get_torque_scaling(device_id, std::move(done), time);
-                   }).enabled}};
+        return {
+            {key::torque_scaling, to.ask<torque_scaling>([device_id](session& service, auto done, auto time) {
+                                        service.get_torque_scaling(device_id, std::move(done), time);
+                                    }).enabled}};
     case part::hand:
         return {{key::handedness, to.look_up(device_id).handedness}};
     }
@@ -80,9 +79,10 @@ value_set set_part(connection& to, std::uint32_t device_id, part which, const va
     }
     case part::torque: {
         const bool on = std::get<bool>(wanted.at(key::torque_scaling));
-        return {{key::torque_scaling, to.ask<torque_scaling>([&](session& service, auto done, auto /*whole*/) {
-                       service.set_torque_scaling(device_id, on, std::move(done), time);
-                   }).enabled}};
+        return {
+            {key::torque_scaling, to.ask<torque_scaling>([&](session& service, auto done, auto /*whole*/) {
+                                        service.set_torque_scaling(device_id, on, std::move(done), time);
+                                    }).enabled}};
     }
     case part::hand: {
         const handedness hand = std::get<handedness>(wanted.at(key::handedness));

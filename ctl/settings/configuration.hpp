@@ -11,7 +11,7 @@
 
 namespace vantu::orvanta::ctl {
 
-// What one request sets: gravity compensation and scaling factor go together.
+// The values that one request sets: gravity compensation and scaling factor go together.
 enum class part : std::uint8_t { gravity, torque, hand };
 
 [[nodiscard]] std::span<const key> keys_of(part which) noexcept;

@@ -1,4 +1,4 @@
-// What a device tells by itself, about once a second after it was opened: motor currents and power supply.
+// Motor currents and power supply, which a device tells by itself once it is open, about every second.
 #pragma once
 
 #include "ctl/service/connection.hpp"

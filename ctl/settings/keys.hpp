@@ -44,7 +44,7 @@ struct key_row {
 
 // The words that a value of this kind may be; none where it is a number.
 [[nodiscard]] std::span<const std::string_view> words_of(value_kind kind) noexcept;
-// What a value of this kind is, as errors and the manual say it: "on or off".
+// The values of this kind, as errors and the manual say it: "on or off".
 [[nodiscard]] std::string_view description_of(value_kind kind) noexcept;
 
 } // namespace vantu::orvanta::ctl

@@ -40,8 +40,10 @@ struct json_writer {
     json operator()(float number) const { return decimal_of(number); }
     json operator()(handedness hand) const { return name_of(hand); }
     json operator()(const orientation& of) const {
-        return {
-            {"r", decimal_of(of.r)}, {"x", decimal_of(of.x)}, {"y", decimal_of(of.y)}, {"z", decimal_of(of.z)}};
+        return {{"r", decimal_of(of.r)},
+                {"x", decimal_of(of.x)},
+                {"y", decimal_of(of.y)},
+                {"z", decimal_of(of.z)}};
     }
     json operator()(const std::array<float, 3>& of) const {
         return json::array({decimal_of(of[0]), decimal_of(of[1]), decimal_of(of[2])});

@@ -27,7 +27,7 @@ using value_set = std::map<key, value>;
 // true, 0.75, "left", {"r", "x", "y", "z"}, an array; what is no number is null.
 [[nodiscard]] nlohmann::ordered_json json_of(const value& one);
 
-// Of a kind that can be set; empty when the text is no such value.
+// A value of a kind that can be set; empty when the text is none.
 [[nodiscard]] std::optional<value> value_of(value_kind kind, std::string_view text);
 // The factor that a number stands for; empty when it is not from 0 to 1.
 [[nodiscard]] std::optional<value> factor_of(double number);

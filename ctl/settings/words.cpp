@@ -1,6 +1,7 @@
 #include "ctl/settings/words.hpp"
 
 #include "ctl/report/exit_status.hpp"
+#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
 
@@ -64,7 +65,7 @@ value_set assignments_in(const std::vector<std::string>& words) {
         const key_row& row = row_called(name, true);
         const auto meant = value_of(row.kind, text);
         if (!meant) {
-            fail(name + " is " + std::string(description_of(row.kind)) + ", not '" + text + "'");
+            fail(formatted("{} is {}, not '{}'", name, description_of(row.kind), text));
         }
         if (!read.emplace(row.id, *meant).second) {
             fail(name + " is given twice");

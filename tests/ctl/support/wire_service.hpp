@@ -54,9 +54,9 @@ class wire_service {
             return {};
         case 3:
             ++connects_;
-            return {datagram({op(16, 0, join({id, {1, 7}, u16(0xBEEF), counting(0x60, 16)})),
-                              op(23, 0, join({id, counting(0x30, 8), {1}})),
-                              op(4, 0, u64(0x1122334455667788))})};
+            return {
+                datagram({op(16, 0, join({id, {1, 7}, u16(0xBEEF), counting(0x60, 16)})),
+                          op(23, 0, join({id, counting(0x30, 8), {1}})), op(4, 0, u64(0x1122334455667788))})};
         case 5:
             return {datagram({op(6, 0)})};
         default:
