@@ -31,11 +31,13 @@ using namespace vantu::orvanta::simulator;
 constexpr int status_failed = 1;
 constexpr int status_wrong_usage = 2;
 
-// One call, one line, so that lines of several programs on one terminal stay whole.
+// One call, one line, so that lines of several programs on one terminal stay whole. At once: Windows keeps
+// back what goes into a pipe.
 void say(std::string_view line) {
     std::string text("orvanta-simulator: ");
     text.append(line).append("\n");
     std::fputs(text.c_str(), stderr);
+    std::fflush(stderr);
 }
 
 // Each run has chances of its own, and ids of clients that no other run gives.

@@ -111,9 +111,7 @@ class watching {
         }
         title_ = formatted("{} {}  {}", name_of(chosen_.type), short_id_text(chosen_), chosen_.uuid);
         device_id_ = chosen_.id;
-        to_.ask<void>([this](session& service, auto done, auto time) {
-            service.open(chosen_.id, std::move(done), time);
-        });
+        to_.open(chosen_);
         began_ = std::chrono::system_clock::now();
         start_ = steady_clock::now();
         progress_due_ = start_ + progress_period;

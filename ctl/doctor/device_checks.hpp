@@ -24,7 +24,7 @@ struct opening {
 // unless all open within this time together. After a time-out no further one is tried.
 [[nodiscard]] opening check_open(connection& to, const std::string& wanted, std::chrono::nanoseconds time);
 
-// What came of requests for the orientation of a device.
+// The fate of requests for the orientation of a device.
 struct request_view {
     std::uint32_t device_id{0};
     std::size_t asked{0};

@@ -17,7 +17,7 @@ struct resolution {
 };
 [[nodiscard]] resolution resolve(const std::string& name);
 
-// What came to a socket.
+// A datagram that came to a socket, or why none did.
 enum class reception_kind : std::uint8_t {
     datagram,
     silence,

@@ -45,7 +45,7 @@ measured measure(const stream_view& seen) {
     return of;
 }
 
-// What is wrong with a stream in which something came, in words.
+// The irregularity of a stream in which something came; empty when it is steady.
 std::string irregularity_of(const measured& of, std::chrono::nanoseconds time, std::uint64_t rejected) {
     const double more = std::max(of.in_first_half, of.in_second_half);
     const double less = std::min(of.in_first_half, of.in_second_half);

@@ -6,19 +6,19 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
-using enum key;
-
 constexpr std::array key_rows{
-    key_row{orientation, "orientation", value_kind::quaternion, false,
+    key_row{key::orientation, "orientation", value_kind::quaternion, false,
             "the orientation, a quaternion r x y z"},
-    key_row{gravity_compensation, "gravity-compensation", value_kind::on_off, true,
+    key_row{key::gravity_compensation, "gravity-compensation", value_kind::on_off, true,
             "whether the gravity compensation is on"},
-    key_row{scaling_factor, "scaling-factor", value_kind::fraction, true,
+    key_row{key::scaling_factor, "scaling-factor", value_kind::fraction, true,
             "the factor of the gravity compensation"},
-    key_row{torque_scaling, "torque-scaling", value_kind::on_off, true, "whether the torque scaling is on"},
-    key_row{handedness, "handedness", value_kind::hand, true, "the hand for which the device is set up"},
-    key_row{motor_current, "motor-current", value_kind::currents, false, "the currents of the three motors"},
-    key_row{power_supply, "power-supply", value_kind::state, false, "the state of the power supply"},
+    key_row{key::torque_scaling, "torque-scaling", value_kind::on_off, true,
+            "whether the torque scaling is on"},
+    key_row{key::handedness, "handedness", value_kind::hand, true, "the hand for which the device is set up"},
+    key_row{key::motor_current, "motor-current", value_kind::currents, false,
+            "the currents of the three motors"},
+    key_row{key::power_supply, "power-supply", value_kind::state, false, "the state of the power supply"},
 };
 
 consteval bool are_in_order() {
@@ -27,7 +27,7 @@ consteval bool are_in_order() {
             return false;
         }
     }
-    return key_rows.size() == static_cast<std::size_t>(power_supply) + 1;
+    return key_rows.size() == static_cast<std::size_t>(key::power_supply) + 1;
 }
 static_assert(are_in_order());
 

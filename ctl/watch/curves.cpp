@@ -8,6 +8,7 @@ namespace vantu::orvanta::ctl {
 namespace {
 
 constexpr double narrowest_s = 0.0001;
+constexpr double never_s = std::numeric_limits<double>::infinity();
 constexpr float infinite = std::numeric_limits<float>::infinity();
 
 } // namespace
@@ -19,7 +20,7 @@ curve_store::curve_store(std::size_t channels, std::size_t capacity)
 
 void curve_store::empty(std::size_t from) {
     for (std::size_t at = from; at < columns_.size(); ++at) {
-        columns_[at] = {infinite, -infinite};
+        columns_[at] = {never_s, -never_s};
     }
     for (std::size_t at = from * channels_; at < ranges_.size(); ++at) {
         ranges_[at] = {infinite, -infinite};
@@ -62,7 +63,7 @@ std::vector<curve_point> curve_store::curve(std::size_t channel) const {
     for (std::size_t at = 0; at < columns_.size(); ++at) {
         const range& values = ranges_[at * channels_ + channel];
         if (values.least <= values.most) {
-            points.push_back({(columns_[at].first_s + columns_[at].last_s) / 2, values.least, values.most});
+            points.push_back({columns_[at].first_s, columns_[at].last_s, values.least, values.most});
         }
     }
     return points;

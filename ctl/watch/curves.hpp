@@ -9,7 +9,8 @@
 namespace vantu::orvanta::ctl {
 
 struct curve_point {
-    double seconds; // the middle of the column's samples
+    double from_s; // the time of the column's first sample
+    double to_s;   // and of its last
     float least;
     float most;
 };

@@ -73,7 +73,7 @@ axis axis_of_time(const plot& drawn) {
     double end = drawn.seconds;
     for (const plot_panel& panel : drawn.panels) {
         for (const plot_curve& one : panel.curves) {
-            end = one.points.empty() ? end : std::max(end, one.points.back().seconds);
+            end = one.points.empty() ? end : std::max(end, one.points.back().to_s);
         }
     }
     end = end > 0 ? end : 1;

@@ -1,13 +1,15 @@
-// The file of a picture: written beside its place first and renamed then, so that it is never there in part.
+// The file of a picture, made sure of before a long measurement.
 #pragma once
 
 #include <string>
 
 namespace vantu::orvanta::ctl {
 
-// Both throw failure_with_status (refused). The first is for before a long measurement; it leaves nothing
-// behind.
+// Throws failure_with_status (refused) where no file can be made beside the path, or what is there is no
+// regular file: it would be replaced. Leaves nothing behind.
 void check_writable(const std::string& path);
+
+// Replaces the file whole or not at all. Throws failure_with_status (refused).
 void write_whole(const std::string& path, const std::string& content);
 
 } // namespace vantu::orvanta::ctl

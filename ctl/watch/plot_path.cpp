@@ -18,35 +18,44 @@ std::string number(double value) {
     return text.ends_with(".0") ? text.substr(0, text.size() - 2) : text;
 }
 
+std::string step(std::string_view verb, double x, double y) {
+    return formatted("{}{} {}", verb, number(x), number(y));
+}
+
+double middle_of(const curve_point& one, const frame& inside) {
+    return inside.y((static_cast<double>(one.least) + one.most) / 2);
+}
+
 std::string marks_of(const std::vector<curve_point>& points, const frame& inside, std::string_view colour) {
     std::string text;
     for (const curve_point& one : points) {
-        text +=
-            formatted("<circle cx=\"{:.1f}\" cy=\"{:.1f}\" r=\"2.5\" fill=\"{}\"/>\n", inside.x(one.seconds),
-                      inside.y((static_cast<double>(one.least) + one.most) / 2), colour);
+        text += formatted("<circle cx=\"{:.1f}\" cy=\"{:.1f}\" r=\"2.5\" fill=\"{}\"/>\n",
+                          inside.x(one.from_s), middle_of(one, inside), colour);
     }
     return text;
 }
 
-// Goes through the nearer end of each column first, so that a slope stays one line.
+// From the end of each column's values that is nearer to the column before, at the column's first time, to
+// the other end at its last: a slope stays one line.
 std::string steps_of(const std::vector<curve_point>& points, std::size_t begin, std::size_t end,
                      const frame& inside) {
     std::string text;
-    double y_before = inside.y(points[begin].least);
+    const std::size_t second = std::min(begin + 1, end - 1);
+    double y_before = 2 * middle_of(points[begin], inside) - middle_of(points[second], inside);
     for (std::size_t at = begin; at < end; ++at) {
-        double first = inside.y(points[at].least);
-        double second = inside.y(points[at].most);
-        if (std::abs(first - y_before) > std::abs(second - y_before)) {
-            std::swap(first, second);
+        const curve_point& one = points[at];
+        double y_from = inside.y(one.least);
+        double y_to = inside.y(one.most);
+        if (std::abs(y_from - y_before) > std::abs(y_to - y_before)) {
+            std::swap(y_from, y_to);
         }
-        const std::string x = number(inside.x(points[at].seconds));
-        if (std::abs(first - second) < least_extent) {
-            second = (first + second) / 2;
+        const std::string_view verb = at == begin ? "M" : "L";
+        if (std::abs(y_from - y_to) < least_extent) {
+            text += step(verb, inside.x((one.from_s + one.to_s) / 2), (y_from + y_to) / 2);
         } else {
-            text += (at == begin ? "M" : "L") + x + " " + number(first);
+            text += step(verb, inside.x(one.from_s), y_from) + step("L", inside.x(one.to_s), y_to);
         }
-        text += (text.empty() ? "M" : "L") + x + " " + number(second);
-        y_before = second;
+        y_before = y_to;
     }
     return text;
 }
@@ -57,12 +66,13 @@ std::vector<curve_point> thinned(const std::vector<curve_point>& points, const f
     std::vector<curve_point> fewer;
     double column = -1;
     for (const curve_point& one : points) {
-        const double its = std::floor(inside.x(one.seconds));
+        const double its = std::floor(inside.x(one.from_s));
         if (its != column) {
             fewer.push_back(one);
             column = its;
             continue;
         }
+        fewer.back().to_s = one.to_s;
         fewer.back().least = std::min(fewer.back().least, one.least);
         fewer.back().most = std::max(fewer.back().most, one.most);
     }
@@ -76,7 +86,7 @@ std::vector<std::size_t> breaks_of(const std::vector<curve_point>& points) {
     }
     std::vector<double> steps;
     for (std::size_t at = 1; at < points.size(); ++at) {
-        steps.push_back(points[at].seconds - points[at - 1].seconds);
+        steps.push_back(points[at].from_s - points[at - 1].from_s);
     }
     std::vector<double> ordered = steps;
     const auto middle = ordered.begin() + static_cast<std::ptrdiff_t>(ordered.size() / 2);

@@ -65,7 +65,7 @@ void fault_pipeline::hold(live_rule& rule, piped_datagram&& what, std::int64_t f
                           std::optional<std::uint32_t> to_pass) {
     count(rule);
     if (held_.size() < most_waiting) {
-        held_.push_back({std::move(what), rule.ordinal, now_ns_ + for_ns, to_pass});
+        held_.hold({std::move(what), rule.ordinal}, now_ns_ + for_ns, to_pass);
     }
 }
 
@@ -152,7 +152,7 @@ void fault_pipeline::act_at_once(const fault_rule& rule, std::span<const peer> c
     std::uint64_t& happened = happened_[static_cast<std::size_t>(rule.kind)];
     const fault_act act = row_of(rule.kind).act;
     if (act == fault_act::silence) {
-        fault_random chance(seed_, ordinals_);
+        fault_random chance(seed_, {ordinals_});
         fall_silent(rule, chance);
         ++happened;
     } else if (act == fault_act::action) {

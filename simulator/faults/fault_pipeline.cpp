@@ -1,7 +1,5 @@
 #include "simulator/faults/fault_pipeline.hpp"
 
-#include "simulator/service/clients.hpp"
-
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -23,7 +21,7 @@ void fault_pipeline::add(const fault_rule& rule, std::span<const peer> clients, 
     if (rule.now) {
         act_at_once(rule, clients);
     } else {
-        rules_.push_back({{rule, 0, 0}, ordinal, fault_random(seed_, ordinal)});
+        rules_.push_back({{rule, 0, 0}, ordinal, fault_random(seed_, {ordinal})});
     }
 }
 
@@ -39,13 +37,11 @@ void fault_pipeline::heal_rules(std::optional<fault_kind> kind) {
     const auto heals = [kind](const live_rule& rule) {
         return !kind.has_value() || rule.state.rule.kind == *kind;
     };
-    for (held_datagram& one : held_) {
+    held_.release([&](std::uint64_t by) {
         const auto holder = std::find_if(rules_.begin(), rules_.end(),
-                                         [&one](const live_rule& rule) { return rule.ordinal == one.by; });
-        if (holder == rules_.end() || heals(*holder)) {
-            one.due_ns = at_once_ns;
-        }
-    }
+                                         [by](const live_rule& rule) { return rule.ordinal == by; });
+        return holder == rules_.end() || heals(*holder);
+    });
     std::erase_if(rules_, heals);
     if (!kind.has_value() || *kind == fault_kind::silence) {
         silent_until_ns_ = at_once_ns;
@@ -79,24 +75,18 @@ std::size_t fault_pipeline::first_rule_after(std::uint64_t ordinal) const {
 
 void fault_pipeline::tick(std::int64_t now_ns) {
     now_ns_ = now_ns;
-    const auto is_later = [now_ns](const held_datagram& one) { return one.due_ns > now_ns; };
-    const auto first_due = std::stable_partition(held_.begin(), held_.end(), is_later);
-    std::vector<held_datagram> due(std::make_move_iterator(first_due), std::make_move_iterator(held_.end()));
-    held_.erase(first_due, held_.end());
-    std::stable_sort(due.begin(), due.end(), [](const held_datagram& left, const held_datagram& right) {
-        return left.due_ns < right.due_ns;
-    });
-    for (held_datagram& one : due) {
+    for (held_datagrams::entry& one : held_.take_due(now_ns)) {
         run(std::move(one.what), first_rule_after(one.by));
     }
 }
 
+void fault_pipeline::release(std::int64_t now_ns) {
+    held_.release([](std::uint64_t) { return true; });
+    tick(now_ns);
+}
+
 std::int64_t fault_pipeline::next_due_ns() const noexcept {
-    std::int64_t soonest = never_ns;
-    for (const held_datagram& one : held_) {
-        soonest = std::min(soonest, one.due_ns);
-    }
-    return soonest;
+    return held_.next_due_ns();
 }
 
 std::vector<rule_state> fault_pipeline::rules() const {
@@ -114,14 +104,20 @@ void fault_pipeline::run(piped_datagram what, std::size_t next_rule) {
         const direction way = what.way;
         const peer with = what.with;
         const bool fitting = fits(rule.state.rule, what);
-        rule.state.fitted += fitting ? 1 : 0;
-        if (fitting && is_its_turn(rule) && !is_holding_one_of(rule, what)) {
+        const bool is_passing = held_.has_to_be_passed(rule.ordinal, way, with);
+        if (fitting) {
+            ++rule.state.fitted;
+            rule.chance = chances_.next(rule.ordinal, rule.state.rule.code, what);
+        }
+        if (fitting && is_its_turn(rule) && !is_passing) {
             apply(rule, std::move(what), i + 1);
             return;
         }
-        if (is_holding_one_of(rule, what)) {
+        if (is_passing) {
             run(std::move(what), i + 1);
-            let_one_pass(rule, way, with, i + 1);
+            if (auto passed = held_.let_one_pass(rule.ordinal, way, with)) {
+                run(std::move(passed->what), i + 1);
+            }
             return;
         }
     }
@@ -137,19 +133,6 @@ void fault_pipeline::deliver(piped_datagram&& what) {
     } else if (what.way == direction::to_client && departures_.size() < most_waiting) {
         departures_.push_back({what.with, std::move(what.bytes), false});
     }
-}
-
-void fault_pipeline::let_one_pass(const live_rule& rule, direction way, const peer& with,
-                                  std::size_t next_rule) {
-    const auto found = std::find_if(held_.begin(), held_.end(), [&](const held_datagram& one) {
-        return one.by == rule.ordinal && one.what.way == way && same_peer(one.what.with, with);
-    });
-    if (found == held_.end() || --*found->to_pass != 0) {
-        return;
-    }
-    held_datagram passed = std::move(*found);
-    held_.erase(found);
-    run(std::move(passed.what), next_rule);
 }
 
 std::vector<arrival> fault_pipeline::take_arrivals() {

@@ -2,11 +2,13 @@
 // its chances from one seed: the same rules and datagrams give the same bytes.
 #pragma once
 
+#include "simulator/faults/fault_chances.hpp"
 #include "simulator/faults/fault_conversations.hpp"
 #include "simulator/faults/fault_datagrams.hpp"
 #include "simulator/faults/fault_mutations.hpp"
 #include "simulator/faults/fault_random.hpp"
 #include "simulator/faults/faults.hpp"
+#include "simulator/faults/held_datagrams.hpp"
 #include "simulator/service/outbox.hpp"
 #include "simulator/service/peer.hpp"
 
@@ -48,7 +50,7 @@ struct rule_state {
 
 class fault_pipeline {
   public:
-    explicit fault_pipeline(std::uint64_t seed) : seed_(seed) {}
+    explicit fault_pipeline(std::uint64_t seed) : seed_(seed), chances_(seed) {}
 
     // Rules act in the order in which they were added, each on what the one before it left. A rule that is
     // asked for at once acts on the clients named here and is not kept, but counted.
@@ -74,6 +76,9 @@ class fault_pipeline {
     void tick(std::int64_t now_ns);
     [[nodiscard]] std::int64_t next_due_ns() const noexcept;
 
+    // Sends on all that is held; rules may hold some of it anew.
+    void release(std::int64_t now_ns);
+
     // The datagrams that the service is to receive, those that the sockets are to send, and the actions to
     // carry out, in order, each handed out once.
     [[nodiscard]] std::vector<arrival> take_arrivals();
@@ -89,24 +94,10 @@ class fault_pipeline {
     // More than these wait nowhere: what comes beyond is lost, as where a system's buffers are full.
     static constexpr std::size_t most_waiting = 300'000;
 
-    struct piped_datagram {
-        communication::direction way{communication::direction::to_client};
-        peer with;
-        datagram_bytes bytes;
-        std::optional<std::uint8_t> answer; // the operation in it that answers a request
-    };
-
     struct live_rule {
         rule_state state;
         std::uint64_t ordinal;
-        fault_random chance;
-    };
-
-    struct held_datagram {
-        piped_datagram what;
-        std::uint64_t by; // the ordinal of the rule that holds it
-        std::int64_t due_ns;
-        std::optional<std::uint32_t> to_pass; // datagrams that are still to pass it
+        fault_random chance; // of the datagram that it fits now
     };
 
     void heal_rules(std::optional<fault_kind> kind);
@@ -123,9 +114,6 @@ class fault_pipeline {
                                                                           std::span<const std::byte> bytes);
     [[nodiscard]] static bool is_its_turn(live_rule& rule);
     void count(live_rule& rule);
-    [[nodiscard]] bool is_holding_one_of(const live_rule& rule, const piped_datagram& what) const;
-    void let_one_pass(const live_rule& rule, communication::direction way, const peer& with,
-                      std::size_t next_rule);
 
     // Does to a datagram what the rule's fault is. Each of these runs it through the later rules by itself,
     // if it goes on at all.
@@ -145,12 +133,13 @@ class fault_pipeline {
     [[nodiscard]] bool is_silent() const noexcept { return now_ns_ < silent_until_ns_; }
 
     std::uint64_t seed_;
+    fault_chances chances_;
     std::uint64_t ordinals_{0};
     std::int64_t now_ns_{0};
     std::int64_t silent_until_ns_{std::numeric_limits<std::int64_t>::min()};
     bool in_action_{false};
     std::vector<live_rule> rules_;
-    std::vector<held_datagram> held_; // in the order of being held
+    held_datagrams held_;
     conversations conversations_;
     std::array<std::uint64_t, faults.size()> happened_{};
     std::vector<arrival> arrivals_;

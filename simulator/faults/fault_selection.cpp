@@ -97,12 +97,4 @@ void fault_pipeline::count(live_rule& rule) {
     ++happened_[static_cast<std::size_t>(rule.state.rule.kind)];
 }
 
-bool fault_pipeline::is_holding_one_of(const live_rule& rule, const piped_datagram& what) const {
-    return rule.state.rule.kind == fault_kind::reorder &&
-           std::any_of(held_.begin(), held_.end(), [&](const held_datagram& one) {
-               return one.by == rule.ordinal && one.what.way == what.way &&
-                      same_peer(one.what.with, what.with);
-           });
-}
-
 } // namespace vantu::orvanta::simulator

@@ -156,6 +156,11 @@ void simulation::restart() {
 void simulation::say_goodbye() {
     service_.say_goodbye();
     settle();
+    // Nothing ticks any more: each round sends it on past one more rule.
+    while (pipeline_.next_due_ns() != never_ns) {
+        pipeline_.release(now_ns_);
+        settle();
+    }
 }
 
 service_settings simulation::settings_of(const simulation_settings& settings) {
@@ -211,13 +216,13 @@ void simulation::deliver() {
             pipeline_.from_service(one, now_ns_);
             quiet = false;
         }
-        for (const departure& one : pipeline_.take_departures()) {
+        for (departure& one : pipeline_.take_departures()) {
             ++counters_.sent;
             quiet = false;
-            outgoing_.push_back(one);
             if (!one.forged) {
                 observe_operations(one.bytes, direction::to_client, observer_);
             }
+            outgoing_.push_back(std::move(one));
         }
     }
 }

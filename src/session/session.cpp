@@ -116,8 +116,8 @@ result<device> session::wait_for_device(std::chrono::nanoseconds time,
 }
 
 void session::open(std::uint32_t device_id, handler<void> done, timeout time) {
-    auto kept = [device_id, number = self_->opening(), done = std::move(done)](session& same,
-                                                                               const result<void>& outcome) {
+    auto kept = [device_id, number = self_->opening(device_id),
+                 done = std::move(done)](session& same, const result<void>& outcome) {
         if (outcome) {
             same.self_->opened(device_id, number);
         }

@@ -144,7 +144,7 @@ void session::implementation::lose() {
         lost.swap(client_);
         arrived_.clear();
         confirmed_.clear();
-        closed_.clear();
+        asked_.clear();
     }
     changed_.notify_all();
     arrivals_.clear();

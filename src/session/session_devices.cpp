@@ -70,7 +70,16 @@ void session::implementation::open_again(client& with, std::uint32_t device_id) 
             open_again(same, device_id);
         }
     };
-    (void)with.device_open(device_id, 0, repeat_when_lost, once);
+    // Another thread's request that changes the device is entered, then sent: one that is entered meanwhile
+    // may have gone out already, and one that is entered later goes out later.
+    for (bool opens = true;;) {
+        (void)(opens ? with.device_open(device_id, 0, repeat_when_lost, once)
+                     : with.device_close(device_id, {}, once));
+        if (opens != was_closed_last(device_id)) {
+            return;
+        }
+        opens = !opens;
+    }
 }
 
 std::string session::implementation::uuid_under_lock(std::uint32_t device_id) const {
@@ -87,15 +96,21 @@ bool session::implementation::is_kept_open(std::uint32_t device_id) const {
     return kept_open_.count(uuid_under_lock(device_id)) != 0;
 }
 
-std::uint64_t session::implementation::opening() {
+bool session::implementation::was_closed_last(std::uint32_t device_id) const {
     const std::lock_guard lock(mutex_);
-    return ++last_opening_;
+    const auto asked = asked_.find(device_id);
+    return asked != asked_.end() && asked->second.closing > asked->second.opening;
+}
+
+std::uint64_t session::implementation::opening(std::uint32_t device_id) {
+    const std::lock_guard lock(mutex_);
+    return asked_[device_id].opening = ++last_call_;
 }
 
 void session::implementation::opened(std::uint32_t device_id, std::uint64_t opening) {
     const std::lock_guard lock(mutex_);
-    const auto closed = closed_.find(device_id);
-    const bool was_closed = closed != closed_.end() && opening <= closed->second;
+    const auto asked = asked_.find(device_id);
+    const bool was_closed = asked != asked_.end() && opening < asked->second.closing;
     if (const std::string uuid = uuid_under_lock(device_id); !uuid.empty() && !was_closed) {
         kept_open_.insert(uuid);
     }
@@ -105,7 +120,7 @@ void session::implementation::closing(std::uint32_t device_id) {
     const std::lock_guard lock(mutex_);
     if (const std::string uuid = uuid_under_lock(device_id); !uuid.empty()) {
         kept_open_.erase(uuid);
-        closed_[device_id] = last_opening_;
+        asked_[device_id].closing = ++last_call_;
     }
 }
 
@@ -147,7 +162,7 @@ void session::implementation::remove(std::uint32_t device_id) {
     {
         const std::lock_guard lock(mutex_);
         confirmed_.erase(device_id);
-        closed_.erase(device_id);
+        asked_.erase(device_id);
         const auto found = std::find_if(arrived_.begin(), arrived_.end(),
                                         [device_id](const device& one) { return one.id == device_id; });
         if (found != arrived_.end()) {

@@ -52,7 +52,7 @@ class ORVANTA_HIDDEN session::implementation {
 
     // The number of a call that opens a device, and whether no later one closes it: then it is opened again
     // whenever it arrives.
-    [[nodiscard]] std::uint64_t opening();
+    [[nodiscard]] std::uint64_t opening(std::uint32_t device_id);
     void opened(std::uint32_t device_id, std::uint64_t opening);
     // From here on a device is not opened again any more, whatever openings are under way.
     void closing(std::uint32_t device_id);
@@ -102,6 +102,7 @@ class ORVANTA_HIDDEN session::implementation {
     void open_again(client& with, std::uint32_t device_id);
     [[nodiscard]] std::string uuid_under_lock(std::uint32_t device_id) const;
     [[nodiscard]] bool is_kept_open(std::uint32_t device_id) const;
+    [[nodiscard]] bool was_closed_last(std::uint32_t device_id) const;
     void replace(client& with, std::uint32_t device_id);
     void refresh(client& with, std::uint32_t device_id);
     void remove(std::uint32_t device_id);
@@ -139,8 +140,12 @@ class ORVANTA_HIDDEN session::implementation {
     std::uint64_t arrivals_so_far_{0};
     std::map<std::uint32_t, gravity_compensation> confirmed_;
     std::set<std::string> kept_open_; // uuids
-    std::uint64_t last_opening_{0};
-    std::map<std::uint32_t, std::uint64_t> closed_; // the last opening that was before, by device
+    struct last_calls {
+        std::uint64_t opening{0};
+        std::uint64_t closing{0};
+    };
+    std::uint64_t last_call_{0};
+    std::map<std::uint32_t, last_calls> asked_; // the numbers of the last calls that open and close a device
 
     // The thread's alone.
     arrivals arrivals_;

@@ -1,9 +1,9 @@
 // orvantactl backup, restore and diff beside the simulator.
 #include "ctl/support/ctl_run.hpp"
+#include "ctl/support/settings_files.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -13,9 +13,6 @@
 namespace {
 
 using namespace orvanta_tests;
-
-constexpr const char* device_document =
-    R"({"id":1,"type":"orvanta3","short_id":"3001","uuid":"6e2b8410-5f3c-4d71-9a03-c53800000001"})";
 
 constexpr const char* settings_of_a_new_device = R"({
   "schema": "orvanta-backup",
@@ -34,15 +31,6 @@ constexpr const char* settings_of_a_new_device = R"({
 }
 )";
 
-std::string content_of(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-void write(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
 // A path as JSON has it.
 std::string as_json(const std::string& path) {
     std::string text;
@@ -55,7 +43,7 @@ std::string as_json(const std::string& path) {
 // A file with the settings of a new device, and what differs from it after all was changed.
 class backups : public testing::Test {
   protected:
-    backups() : file(folder.file("desk.json")) { write(file, settings_of_a_new_device); }
+    backups() : file(folder.file("desk.json")) { write_file(file, settings_of_a_new_device); }
 
     static void change_everything() {
         EXPECT_EQ(ctl({"set", "gravity-compensation=off", "scaling-factor=0.5", "torque-scaling=off",
@@ -83,7 +71,7 @@ TEST_F(backups, hold_every_setting) {
               "gravity-compensation=on\nscaling-factor=0.75\ntorque-scaling=on\nhandedness=right\n");
     EXPECT_EQ(content_of(other), settings_of_a_new_device);
     EXPECT_EQ(ctl({"backup", other, "--json"}).output,
-              std::string(R"({"device":)") + device_document + R"(,"file":)" + as_json(other) +
+              std::string(R"({"device":)") + first_device + R"(,"file":)" + as_json(other) +
                   R"(,"settings":{"gravity-compensation":true,"scaling-factor":0.75,)"
                   R"("torque-scaling":true,"handedness":"right"}})"
                   "\n");
@@ -91,7 +79,7 @@ TEST_F(backups, hold_every_setting) {
 
 TEST_F(backups, leave_the_old_file_when_an_answer_is_lost) {
     service_process service({"--drop", "@op=68,dir=out"});
-    write(file, "old");
+    write_file(file, "old");
     EXPECT_EQ(ctl({"backup", file, "--timeout", "300ms"}).end, status(exit_status::timed_out));
     EXPECT_EQ(content_of(file), "old");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
@@ -128,12 +116,12 @@ TEST_F(backups, are_compared_and_restored) {
 TEST_F(backups, are_compared_in_json) {
     service_process service;
     EXPECT_EQ(ctl({"set", "scaling-factor=0.1"}).end, succeeded);
-    const std::string beginning = std::string(R"({"device":)") + device_document + R"(,"file":)" +
+    const std::string beginning = std::string(R"({"device":)") + first_device + R"(,"file":)" +
                                   as_json(file) + R"(,"same_device":true,)";
     EXPECT_EQ(ctl({"diff", file, "--json"}).output,
               beginning + R"("differences":[{"key":"scaling-factor","file":0.75,"device":0.1}]})" + "\n");
     EXPECT_EQ(ctl({"restore", file, "--json"}).output,
-              std::string(R"({"device":)") + device_document +
+              std::string(R"({"device":)") + first_device +
                   R"(,"dry_run":false,"changes":[{"key":"gravity-compensation","old":true,"new":true},)"
                   R"({"key":"scaling-factor","old":0.1,"new":0.75},)"
                   R"({"key":"torque-scaling","old":true,"new":true},)"
@@ -187,7 +175,8 @@ TEST_F(backups, are_put_back_when_a_setting_is_refused) {
 
 TEST_F(backups, are_put_back_when_an_answer_is_lost) {
     // The answers about the torque scaling: to the set, to the question, to the set of the restore.
-    service_process service({"--drop", "@op=68,dir=out,n=4"});
+    // The others take 30 ms, so that time for the way back must be left.
+    service_process service({"--drop", "@op=68,dir=out,n=4", "--delay", "30-30@op=68,dir=out"});
     change_everything();
     const std::string before =
         "gravity-compensation=off\nscaling-factor=0.5\ntorque-scaling=off\nhandedness=left\n";
@@ -239,7 +228,7 @@ TEST_F(backups, that_are_no_backups_are_refused_in_one_line_and_change_nothing) 
         "\"\x1B[31mred\"",
     };
     for (const std::string& text : texts) {
-        write(file, text);
+        write_file(file, text);
         const run_of_a_program run = ctl({"restore", file});
         EXPECT_EQ(run.end, status(exit_status::refused)) << text.substr(0, 60);
         EXPECT_EQ(run.output, "");

@@ -1,16 +1,17 @@
 // Backups as text: what is written, what is read, and which texts are refused with which words.
 #include "ctl/report/exit_status.hpp"
 #include "ctl/settings/backup.hpp"
+#include "ctl/support/settings_files.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
 
 namespace {
 
+using namespace orvanta_tests;
 using namespace vantu::orvanta;
 using namespace vantu::orvanta::ctl;
 
@@ -64,15 +65,6 @@ template <typename Do> std::string failure_of(Do it) {
         EXPECT_EQ(why.status(), exit_status::refused);
         return why.what();
     }
-}
-
-void write(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string content_of(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 TEST(a_backup, is_written_as_this_text) {
@@ -164,7 +156,7 @@ TEST(a_backup, with_any_byte_changed_is_refused_or_holds_values_that_can_be_set)
 }
 
 TEST(a_backup_file, is_written_and_read) {
-    const orvanta_tests::scratch_folder folder;
+    const scratch_folder folder;
     const std::string path = folder.file("desk.json");
     write_backup(path, desk_values);
     EXPECT_EQ(content_of(path), desk);
@@ -174,9 +166,9 @@ TEST(a_backup_file, is_written_and_read) {
 }
 
 TEST(a_backup_file, is_not_written_when_it_could_not_be_restored) {
-    const orvanta_tests::scratch_folder folder;
+    const scratch_folder folder;
     const std::string path = folder.file("desk.json");
-    write(path, "old");
+    write_file(path, "old");
     backup unknown = desk_values;
     unknown.settings.at(key::handedness) = handedness::none;
     EXPECT_EQ(failure_of([&] { write_backup(path, unknown); }),
@@ -186,7 +178,7 @@ TEST(a_backup_file, is_not_written_when_it_could_not_be_restored) {
 }
 
 TEST(a_backup_file, that_cannot_be_written_says_so) {
-    const orvanta_tests::scratch_folder folder;
+    const scratch_folder folder;
     const std::string path = folder.file("none/desk.json");
     EXPECT_EQ(failure_of([&] { write_backup(path, desk_values); }).substr(0, 14), "cannot create ");
     EXPECT_EQ(failure_of([&] { write_backup(folder.path().string(), desk_values); }),
@@ -194,15 +186,15 @@ TEST(a_backup_file, that_cannot_be_written_says_so) {
 }
 
 TEST(a_backup_file, that_is_not_there_or_too_large_or_wrong_is_named) {
-    const orvanta_tests::scratch_folder folder;
+    const scratch_folder folder;
     const std::string path = folder.file("desk.json");
     EXPECT_EQ(failure_of([&] { (void)read_backup(path); }), path + ": there is no such file");
     EXPECT_EQ(failure_of([&] { (void)read_backup(folder.path().string()); }),
               folder.path().string() + ": this is no regular file");
-    write(path, std::string(desk) + std::string(65536, ' '));
+    write_file(path, std::string(desk) + std::string(65536, ' '));
     EXPECT_EQ(failure_of([&] { (void)read_backup(path); }),
               path + ": this is no backup, it has more than 64 KiB");
-    write(path, desk_with("0.1", "2"));
+    write_file(path, desk_with("0.1", "2"));
     EXPECT_EQ(failure_of([&] { (void)read_backup(path); }),
               path + ": line 11: settings scaling-factor is 2; a number from 0 to 1 would be right");
 }

@@ -1,4 +1,4 @@
-// What the doctor makes of devices, answers and streams, and how it tells it.
+// The judgement of the doctor on devices, answers and streams, and how it is told.
 #include "ctl/doctor/device_checks.hpp"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// What the doctor makes of an answer to a request to connect. The bytes are those of docs/protocol.md.
+// The judgement of the doctor on an answer to a request to connect. The bytes are those of docs/protocol.md.
 #include "ctl/doctor/handshake.hpp"
 #include "support/bytes.hpp"
 

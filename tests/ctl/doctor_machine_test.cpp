@@ -1,4 +1,4 @@
-// What the doctor makes of the machine: loopback, ports, versions.
+// The judgement of the doctor on the machine: loopback, ports, versions.
 #include "ctl/doctor/machine_checks.hpp"
 #include "support/udp_socket.hpp"
 #include "vantu/orvanta/common/platform.hpp"

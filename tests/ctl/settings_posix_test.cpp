@@ -1,6 +1,7 @@
 // set, restore and backup where the system is the subject: Ctrl-C between two settings, links and pipes in
 // the place of files.
 #include "ctl/support/ctl_run.hpp"
+#include "ctl/support/settings_files.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <filesystem>
@@ -13,11 +14,6 @@
 namespace {
 
 using namespace orvanta_tests;
-
-std::string content_of(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 TEST(set, tells_what_was_set_before_it_was_interrupted) {
     // The answer to the question for the torque scaling comes, that to the set does not.

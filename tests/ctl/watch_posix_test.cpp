@@ -5,6 +5,7 @@
 #include "support/scratch_folder.hpp"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -89,6 +90,16 @@ TEST(an_interrupted_watch, keeps_its_lines_and_its_picture) {
     EXPECT_EQ(run.output.back(), '\n');
     std::ifstream file(folder.file("curves.svg"));
     EXPECT_EQ(fault_in_xml({std::istreambuf_iterator<char>(file), {}}), "");
+}
+
+TEST(a_picture_file, takes_the_place_of_no_link_and_no_device) {
+    const scratch_folder folder;
+    std::filesystem::create_symlink("there", folder.file("link.svg"));
+    for (const std::string& place : {folder.file("link.svg"), std::string("/dev/null")}) {
+        const run_of_a_program run = ctl({"watch", "--plot", place});
+        EXPECT_EQ(run.end, status(exit_status::refused));
+        EXPECT_EQ(run.errors, "orvantactl: " + place + ": this is no regular file\n");
+    }
 }
 
 // The datagrams that the service has sent.

@@ -123,9 +123,13 @@ TEST(watch, refuses_a_picture_that_it_cannot_write_before_it_connects) {
     const scratch_folder folder;
     const run_of_a_program run = ctl({"watch", "--plot", folder.file("none/curves.svg")});
     EXPECT_EQ(run.end, status(exit_status::refused));
-    EXPECT_THAT(run.errors,
-                testing::StartsWith("orvantactl: cannot write '" + folder.file("none/curves.svg") + "': "));
-    EXPECT_EQ(ctl({"watch", "--plot", folder.path().string()}).end, status(exit_status::refused));
+    EXPECT_THAT(run.errors, testing::StartsWith("orvantactl: cannot create " +
+                                                folder.file("none/curves.svg.new") + ": "));
+    for (const std::string& place : {folder.path().string(), folder.path().parent_path().string()}) {
+        const run_of_a_program other = ctl({"watch", "--plot", place});
+        EXPECT_EQ(other.end, status(exit_status::refused));
+        EXPECT_EQ(other.errors, "orvantactl: " + place + ": this is no regular file\n");
+    }
 }
 
 TEST(watch, ends_when_the_device_is_unplugged) {

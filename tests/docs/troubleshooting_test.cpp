@@ -12,7 +12,7 @@
 namespace orvanta_tests {
 namespace {
 
-constexpr const char* document = DOCS_FOLDER "/troubleshooting.md";
+constexpr const char* troubleshooting = DOCS_FOLDER "/troubleshooting.md";
 const std::filesystem::path sources = SOURCES_FOLDER;
 
 std::string without_backquotes(std::string text) {
@@ -22,7 +22,7 @@ std::string without_backquotes(std::string text) {
 
 std::set<std::string> first_cells_under(const std::string& heading) {
     std::set<std::string> cells;
-    for (const table_row& row : table_under(document, heading)) {
+    for (const table_row& row : table_under(troubleshooting, heading)) {
         EXPECT_TRUE(cells.insert(without_backquotes(row.front())).second) << row.front() << " is there twice";
     }
     return cells;
@@ -99,7 +99,7 @@ TEST(troubleshooting, has_the_text_of_every_code_and_no_other) {
         }
     }
     std::map<int, std::string> documented;
-    for (const table_row& row : table_under(document, "## Error codes")) {
+    for (const table_row& row : table_under(troubleshooting, "## Error codes")) {
         EXPECT_EQ(row.size(), 4U) << row.front();
         documented[std::atoi(row.front().c_str())] = row.at(1);
     }

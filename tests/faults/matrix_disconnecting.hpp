@@ -28,7 +28,7 @@ inline constexpr std::array disconnecting_rows{
     matrix_row{"empty @op=6,dir=out",             1, "goodbye taken",              "vantu_orvanta_poll: Cannot read header",                      "connect 0"},
     matrix_row{"empty @op=5,dir=in",              1, "goodbye lost after 100 ms",  "-",                                                           "connect 0"},
     matrix_row{"flip 1@op=6,dir=out",             1, "goodbye taken",              "-",                                                           "connect 0"},
-    matrix_row{"flip 1@op=5,dir=in",              1, "goodbye taken",              "-",                                                           "connect 0"},
+    matrix_row{"flip 1@op=5,dir=in",              1, "goodbye lost",               "-",                                                           "connect 0"},
     matrix_row{"bad-magic @op=6,dir=out",         1, "goodbye taken",              "vantu_orvanta_poll: Header magic mismatch",                   "connect 0"},
     matrix_row{"bad-magic @op=5,dir=in",          1, "goodbye lost after 100 ms",  "-",                                                           "connect 0"},
     matrix_row{"bad-version @op=6,dir=out",       1, "goodbye taken",              "vantu_orvanta_poll: Header version mismatch",                 "connect 0"},

@@ -20,7 +20,7 @@ sources=("$scratch/one" "$scratch/another folder/of the sources")
 builds=("$scratch/one/build/first" "$scratch/second")
 for i in 0 1; do
     mkdir -p "${sources[i]}"
-    cp -R "$source/CMakeLists.txt" "$source/LICENSE" "$source/THIRD_PARTY.md" "$source/CHANGELOG.md" "$source/cmake" "$source/scripts" "$source/src" "${sources[i]}"
+    cp -R "$source/CMakeLists.txt" "$source/LICENSE" "$source/THIRD_PARTY.md" "$source/CHANGELOG.md" "$source/cmake" "$source/scripts" "$source/src" "$source/examples" "${sources[i]}"
     [ ! -e "$source/.deps" ] || ln -s "$(readlink -f "$source/.deps")" "${sources[i]}/.deps"
     cmake -S "${sources[i]}" -B "${builds[i]}" -G Ninja -DCMAKE_UNITY_BUILD=ON -DORVANTA_BOTH_KINDS=ON \
         -DORVANTA_BUILD_PROGRAMS=OFF -DORVANTA_BUILD_TESTS=OFF >/dev/null

@@ -105,7 +105,7 @@ TEST(a_failure, names_the_request_that_a_lost_connection_has_ended) {
 TEST(a_failure, says_how_the_connection_was_lost_without_a_goodbye) {
     simulated_service service;
     auto options = options_for(service);
-    options.probe_interval = 20ms;
+    options.probe_interval = 100ms;
     session connected(options);
     connected.open(1).value();
     service->command("drop");

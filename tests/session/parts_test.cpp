@@ -32,6 +32,13 @@ TEST(arrivals, wait_100_ms_for_details_that_do_not_come) {
     EXPECT_EQ(expected.take_due(100'001'000), ids{7});
 }
 
+TEST(arrivals, need_a_listing) {
+    arrivals expected;
+    expected.described(7);
+    EXPECT_EQ(expected.take_due(0), ids{});
+    EXPECT_EQ(expected.due_ns(), never);
+}
+
 TEST(arrivals, come_in_the_order_of_their_listing) {
     arrivals expected;
     for (const std::uint32_t id : {9U, 3U, 5U}) {

@@ -6,10 +6,12 @@
 #include "support/scratch_folder.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iterator>
+#include <thread>
 
 namespace orvanta_tests {
 namespace {
@@ -187,6 +189,57 @@ TEST_F(the_program, says_port_and_seed) {
     running_simulator random({"--port", "0"});
     running_simulator other({"--port", "0"});
     EXPECT_NE(random.seed(), other.seed());
+}
+
+// Sends a request until it is answered by this operation; returns the tags of the gravity compensations that
+// came meanwhile.
+std::vector<std::uint8_t> insist(test_client& client, const bytes& request, std::uint8_t answer) {
+    std::vector<std::uint8_t> tags;
+    for (;;) {
+        client.send(request);
+        for (int looks = 0; looks < 50; ++looks) {
+            for (const bytes& one : client.take_waiting()) {
+                const std::uint8_t code = one.at(7);
+                if (code == 66) {
+                    tags.push_back(one.at(10));
+                }
+                if (code == answer) {
+                    return tags;
+                }
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+}
+
+// The tags of those of 300 requests that were answered though a fifth of all datagrams is lost.
+std::vector<std::uint8_t> answered_at_rate(const std::string& rate) {
+    const bytes ask_orientation = datagram({{0xFF, 0x2F, 0x04, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00}});
+    running_simulator tested(
+        {"--port", "0", "--seed", "7", "--drop", "0.2", "--rate", rate, "--interactive"});
+    test_client client("127.0.0.1", tested.port());
+    (void)insist(client, datagram({connect_operation(0)}), 16);
+    (void)insist(client, open_first, 19);
+    std::vector<std::uint8_t> tags;
+    for (unsigned i = 0; i < 300; ++i) {
+        client.send(
+            datagram({{0xFF, 0x42, 0x04, 0x00, static_cast<std::uint8_t>(i), 0x01, 0x00, 0x00, 0x00}}));
+        if (i % 20 == 19) {
+            const auto some = insist(client, ask_orientation, 47);
+            tags.insert(tags.end(), some.begin(), some.end());
+        }
+    }
+    tested.quit();
+    EXPECT_EQ(tested.wait_for_end().status, 0);
+    return tags;
+}
+
+TEST_F(the_program, loses_the_same_of_a_conversation_at_any_rate_of_states) {
+    const std::vector<std::uint8_t> without_states = answered_at_rate("0");
+    EXPECT_GT(without_states.size(), 150U);
+    EXPECT_LT(without_states.size(), 230U);
+    EXPECT_EQ(without_states, answered_at_rate("100"));
+    EXPECT_EQ(without_states, answered_at_rate("1000"));
 }
 
 TEST_F(the_program, begins_with_the_devices_and_the_seed_of_a_scenario) {

@@ -26,7 +26,7 @@ TEST(curve_store, keeps_each_value_while_there_is_room) {
     const auto channel_0 = curves.curve(0);
     const auto channel_1 = curves.curve(1);
     ASSERT_EQ(channel_0.size(), 2U);
-    EXPECT_EQ(channel_0[1].seconds, 2.5 * column_s);
+    EXPECT_EQ(channel_0[1].from_s, 2.5 * column_s);
     EXPECT_EQ(channel_0[1].least, 3);
     EXPECT_EQ(channel_0[1].most, 3);
     ASSERT_EQ(channel_1.size(), 2U);
@@ -40,7 +40,8 @@ TEST(curve_store, joins_neighbours_when_it_is_full) {
     }
     const auto curve = curves.curve(0);
     ASSERT_EQ(curve.size(), 3U);
-    EXPECT_NEAR(curve[0].seconds, column_s, 1e-9);
+    EXPECT_NEAR(curve[0].from_s, 0.5 * column_s, 1e-9);
+    EXPECT_NEAR(curve[0].to_s, 1.5 * column_s, 1e-9);
     EXPECT_EQ(curve[0].least, 0);
     EXPECT_EQ(curve[0].most, 1);
     EXPECT_EQ(curve[1].least, 2);
@@ -60,7 +61,7 @@ TEST(curve_store, never_loses_a_peak_nor_grows) {
     for (const curve_point& one : curve) {
         if (one.most == 99) {
             ++peaks;
-            EXPECT_NEAR(one.seconds, 123.456, 2);
+            EXPECT_NEAR(one.from_s, 123.456, 2);
         }
         EXPECT_GE(one.least, -1);
     }
@@ -73,8 +74,8 @@ TEST(curve_store, leaves_a_long_silence_empty) {
     add(curves, 86'400, 2, 2);
     const auto curve = curves.curve(0);
     ASSERT_EQ(curve.size(), 2U);
-    EXPECT_EQ(curve[0].seconds, 0);
-    EXPECT_EQ(curve[1].seconds, 86'400);
+    EXPECT_EQ(curve[0].from_s, 0);
+    EXPECT_EQ(curve[1].from_s, 86'400);
 }
 
 TEST(curve_store, leaves_out_what_is_no_number) {

@@ -19,14 +19,14 @@ using testing::Not;
 constexpr frame inside{100, 0, 100, 50, 10, -1, 1};
 
 curve_point point(double seconds, float value) {
-    return {seconds, value, value};
+    return {seconds, seconds, value, value};
 }
 
 std::vector<curve_point> wave(int count) {
     std::vector<curve_point> points;
     for (int at = 0; at < count; ++at) {
         const float value = std::sin(static_cast<float>(at));
-        points.push_back({at * 0.1, value - 0.1F, value + 0.1F});
+        points.push_back({at * 0.1, at * 0.1, value - 0.1F, value + 0.1F});
     }
     return points;
 }
@@ -51,7 +51,8 @@ TEST(a_curve, is_thinned_to_least_and_most_of_each_unit_of_width) {
     ASSERT_EQ(fewer.size(), 2U);
     EXPECT_EQ(fewer[0].least, -0.5F);
     EXPECT_EQ(fewer[0].most, 0.4F);
-    EXPECT_EQ(fewer[1].seconds, 0.11);
+    EXPECT_EQ(fewer[0].to_s, 0.03);
+    EXPECT_EQ(fewer[1].from_s, 0.11);
 }
 
 TEST(a_curve, breaks_where_nothing_came_for_long) {
@@ -76,8 +77,15 @@ TEST(a_curve, of_one_point_is_a_mark) {
 }
 
 TEST(a_curve, goes_through_both_ends_of_a_wide_range) {
-    EXPECT_THAT(path_of({point(0, 1), {5, -1, 1}, point(10, -1)}, inside, "#000000"),
+    EXPECT_THAT(path_of({point(0, 1), {5, 5, -1, 1}, point(10, -1)}, inside, "#000000"),
                 HasSubstr("d=\"M100 0L150 0L150 50L200 50\""));
+}
+
+TEST(a_curve, that_falls_or_rises_is_one_line_through_its_columns) {
+    const std::vector<curve_point> falling{{0, 4, 0.2F, 1}, {5, 9, -1, 0}};
+    EXPECT_THAT(path_of(falling, inside, "#000000"), HasSubstr("d=\"M100 0L140 20L150 25L190 50\""));
+    const std::vector<curve_point> rising{{0, 4, -1, -0.2F}, {5, 9, 0, 1}};
+    EXPECT_THAT(path_of(rising, inside, "#000000"), HasSubstr("d=\"M100 50L140 30L150 25L190 0\""));
 }
 
 TEST(a_picture, tells_of_itself) {

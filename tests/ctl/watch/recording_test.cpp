@@ -106,7 +106,7 @@ TEST(a_recording, draws_samples_that_were_not_printed) {
     EXPECT_EQ(taken.cursor_curve(5).back().most, 100);
     ASSERT_EQ(taken.current_curve(2).size(), 1U);
     EXPECT_EQ(taken.current_curve(2)[0].most, 3);
-    EXPECT_NEAR(taken.current_curve(2)[0].seconds, 0.05, 1e-9);
+    EXPECT_NEAR(taken.current_curve(2)[0].from_s, 0.05, 1e-9);
 }
 
 TEST(a_recording, takes_nothing_more_after_its_close) {

@@ -2,6 +2,7 @@
 #include "simulator/fixtures/pipeline_fixture.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -159,6 +160,34 @@ TEST(fault_selection, gives_each_rule_chances_of_its_own) {
     };
     EXPECT_EQ(dropped({"drop 0.5"}), dropped({"drop 0.5", "flip 1@p=0.5"}));
     EXPECT_NE(dropped({"drop 0.5"}), dropped({"flip 1@p=0.5", "drop 0.5"}));
+}
+
+// The fates of 200 requests and their answers: true for those that come through. Between two of them the
+// service sends so many other datagrams, and so many come from another client.
+std::vector<bool> fates(int others) {
+    pipeline_fixture fixture(7);
+    fixture.add("drop 0.2");
+    (void)fixture.in(datagram({connect_operation(0)}), 1);
+    (void)fixture.in(datagram({connect_operation(0)}), 2);
+    std::vector<bool> came_through;
+    for (int i = 0; i < 200; ++i) {
+        came_through.push_back(!fixture.in(ask_gravity).empty());
+        for (int other = 0; other < others; ++other) {
+            (void)fixture.out(power_supply);
+            (void)fixture.in(ask_gravity, 2);
+        }
+        came_through.push_back(!fixture.out(gravity).empty());
+    }
+    return came_through;
+}
+
+TEST(fault_selection, gives_a_conversation_the_same_fates_whatever_else_is_sent) {
+    const std::vector<bool> alone = fates(0);
+    EXPECT_EQ(alone, fates(1));
+    EXPECT_EQ(alone, fates(13));
+    const auto lost = std::count(alone.begin(), alone.end(), false);
+    EXPECT_GT(lost, 40);
+    EXPECT_LT(lost, 120);
 }
 
 TEST(fault_selection, lets_no_flood_of_floods_fill_the_memory) {

@@ -51,6 +51,36 @@ TEST(a_fault, that_unplugs_takes_the_device_that_it_names_or_else_the_first) {
     EXPECT_THAT(fixture.tested.devices(), IsEmpty());
 }
 
+const bytes first_opened = datagram({{0xFF, 0x13, 0x04, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00}});
+
+TEST(the_end_of_the_service, sends_what_is_delayed_and_then_the_goodbye) {
+    simulation_fixture fixture;
+    fixture.enter(1);
+    fail(fixture, fault_kind::delay, "1000@dir=out");
+    fail(fixture, fault_kind::delay, "2000@dir=out");
+    EXPECT_THAT(fixture.send(1, open_request(5, 1)), IsEmpty());
+    fixture.tested.say_goodbye();
+    EXPECT_THAT(fixture.take(), ElementsAre(sent{1, first_opened}, sent{1, goodbye_of_the_service}));
+    EXPECT_EQ(fixture.tested.faults().next_due_ns(), never_ns);
+}
+
+TEST(the_end_of_the_service, lets_the_goodbye_pass_what_waits_to_be_overtaken) {
+    simulation_fixture fixture;
+    fixture.enter(1);
+    fail(fixture, fault_kind::reorder, "5@dir=out");
+    EXPECT_THAT(fixture.send(1, open_request(5, 1)), IsEmpty());
+    fixture.tested.say_goodbye();
+    EXPECT_THAT(fixture.take(), ElementsAre(sent{1, goodbye_of_the_service}, sent{1, first_opened}));
+}
+
+TEST(the_end_of_the_service, sends_a_goodbye_that_a_fault_holds_back) {
+    simulation_fixture fixture;
+    fixture.enter(1);
+    fail(fixture, fault_kind::reorder, "5@dir=out");
+    fixture.tested.say_goodbye();
+    EXPECT_THAT(fixture.take(), ElementsAre(sent{1, goodbye_of_the_service}));
+}
+
 TEST(a_fault, that_plugs_lists_the_device_to_all) {
     simulation_fixture fixture;
     fixture.enter(1);

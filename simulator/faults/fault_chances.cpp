@@ -1,0 +1,37 @@
+#include "simulator/faults/fault_chances.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+// Stands for the operation of a datagram that holds none.
+constexpr std::uint64_t no_operation = 256;
+
+std::uint64_t operation_of(std::optional<std::uint8_t> code, const piped_datagram& what) {
+    const auto place = find_operation_in(what.bytes, code);
+    return place ? place->code : no_operation;
+}
+
+} // namespace
+
+fault_random fault_chances::next(std::uint64_t rule, std::optional<std::uint8_t> code,
+                                 const piped_datagram& what) {
+    const std::uint64_t client = clients_.emplace(what.with, clients_.size()).first->second;
+    const std::uint64_t operation = operation_of(code, what);
+    const std::uint64_t number = fitted_[{rule, client, what.way, operation}]++;
+    return {seed_, {rule, client, static_cast<std::uint64_t>(what.way), operation, number}};
+}
+
+bool fault_chances::by_address::operator()(const peer& left, const peer& right) const noexcept {
+    const auto& one = left.address.address.bytes;
+    const auto& other = right.address.address.bytes;
+    if (left.listener != right.listener || left.address.length != right.address.length) {
+        return std::tie(left.listener, left.address.length) < std::tie(right.listener, right.address.length);
+    }
+    const auto used = static_cast<std::size_t>(std::clamp<std::int32_t>(left.address.length, 0, sizeof one));
+    return std::memcmp(one, other, used) < 0;
+}
+
+} // namespace vantu::orvanta::simulator

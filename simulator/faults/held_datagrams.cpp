@@ -1,0 +1,86 @@
+#include "simulator/faults/held_datagrams.hpp"
+
+#include "simulator/service/clients.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace vantu::orvanta::simulator {
+
+using communication::direction;
+
+namespace {
+
+// Earlier than all times: due whatever the time is.
+constexpr std::int64_t at_once_ns = std::numeric_limits<std::int64_t>::min();
+
+} // namespace
+
+void held_datagrams::hold(entry&& one, std::int64_t due_ns, std::optional<std::uint32_t> to_pass) {
+    const place where{due_ns, numbers_++};
+    if (to_pass) {
+        overtaken_.push_back({where, one.by, one.what.way, one.what.with, *to_pass});
+    }
+    by_due_.emplace(where, std::move(one));
+}
+
+std::vector<held_datagrams::overtaken>::const_iterator held_datagrams::find(std::uint64_t by, direction way,
+                                                                            const peer& with) const {
+    return std::find_if(overtaken_.begin(), overtaken_.end(), [&](const overtaken& one) {
+        return one.by == by && one.way == way && same_peer(one.with, with);
+    });
+}
+
+bool held_datagrams::has_to_be_passed(std::uint64_t by, direction way, const peer& with) const {
+    return find(by, way, with) != overtaken_.end();
+}
+
+std::optional<held_datagrams::entry> held_datagrams::let_one_pass(std::uint64_t by, direction way,
+                                                                  const peer& with) {
+    const auto found = find(by, way, with);
+    if (found == overtaken_.end()) {
+        return std::nullopt;
+    }
+    overtaken& one = overtaken_[static_cast<std::size_t>(found - overtaken_.begin())];
+    if (--one.to_pass != 0) {
+        return std::nullopt;
+    }
+    auto node = by_due_.extract(one.where);
+    overtaken_.erase(found);
+    return std::move(node.mapped());
+}
+
+void held_datagrams::release(const std::function<bool(std::uint64_t by)>& is_chosen) {
+    std::map<place, entry> moved;
+    while (!by_due_.empty()) {
+        auto node = by_due_.extract(by_due_.begin());
+        if (is_chosen(node.mapped().by)) {
+            node.key().due_ns = at_once_ns;
+            for (overtaken& one : overtaken_) {
+                one.where = one.where.number == node.key().number ? node.key() : one.where;
+            }
+        }
+        moved.insert(std::move(node));
+    }
+    by_due_ = std::move(moved);
+}
+
+std::vector<held_datagrams::entry> held_datagrams::take_due(std::int64_t now_ns) {
+    std::vector<entry> due;
+    while (!by_due_.empty() && by_due_.begin()->first.due_ns <= now_ns) {
+        forget_overtaken(by_due_.begin()->first);
+        due.push_back(std::move(by_due_.extract(by_due_.begin()).mapped()));
+    }
+    return due;
+}
+
+void held_datagrams::forget_overtaken(const place& where) {
+    std::erase_if(overtaken_, [&where](const overtaken& one) { return one.where == where; });
+}
+
+std::int64_t held_datagrams::next_due_ns() const noexcept {
+    return by_due_.empty() ? never_ns : by_due_.begin()->first.due_ns;
+}
+
+} // namespace vantu::orvanta::simulator
