@@ -1,8 +1,8 @@
 #include "simulator/control/scenario.hpp"
 
 #include "shared/located_json.hpp"
-#include "simulator/simulation/verbs.hpp"
 #include "shared/text_lines.hpp"
+#include "simulator/simulation/verbs.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 

@@ -1,7 +1,7 @@
 #include "simulator/simulation/verbs.hpp"
 
-#include "simulator/simulation/verb_syntax.hpp"
 #include "shared/text_lines.hpp"
+#include "simulator/simulation/verb_syntax.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>

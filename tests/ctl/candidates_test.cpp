@@ -1,4 +1,4 @@
-// What shells are told that the last word of a command line may become.
+// The candidates that shells are told for the last word of a command line.
 #include "ctl/arguments/command_table.hpp"
 #include "ctl/completion/candidates.hpp"
 #include "ctl/settings/keys.hpp"

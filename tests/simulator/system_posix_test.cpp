@@ -1,7 +1,7 @@
 // The simulator at signals, and what it says of files in the words of Linux.
+#include "shared/durable_file.hpp"
 #include "simulator/fixtures/running_simulator.hpp"
 #include "simulator/fixtures/test_client.hpp"
-#include "shared/durable_file.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <filesystem>
