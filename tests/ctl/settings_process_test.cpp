@@ -11,7 +11,7 @@ namespace {
 using namespace orvanta_tests;
 using json = nlohmann::json;
 
-constexpr const char* device_document =
+constexpr const char* described_device =
     R"({"id":1,"type":"orvanta3","short_id":"3001","uuid":"6e2b8410-5f3c-4d71-9a03-c53800000001"})";
 
 // The first words of each line.
@@ -41,7 +41,7 @@ TEST(get, shows_every_value_in_json) {
     const run_of_a_program run = ctl({"get", "--json"});
     EXPECT_EQ(run.end, succeeded);
     const json document = json::parse(run.output);
-    EXPECT_EQ(document.at("device"), json::parse(device_document));
+    EXPECT_EQ(document.at("device"), json::parse(described_device));
     const json& values = document.at("values");
     ASSERT_EQ(values.size(), 7U);
     const json& of = values.at("orientation");
@@ -141,7 +141,7 @@ TEST(set, prints_one_document_in_json) {
     const run_of_a_program run =
         ctl({"set", "scaling-factor=0.1", "gravity-compensation=off", "--save", "--json"});
     EXPECT_EQ(run.end, succeeded);
-    EXPECT_EQ(run.output, std::string(R"({"device":)") + device_document +
+    EXPECT_EQ(run.output, std::string(R"({"device":)") + described_device +
                               R"(,"dry_run":false,"changes":[)"
                               R"({"key":"gravity-compensation","old":true,"new":false},)"
                               R"({"key":"scaling-factor","old":0.75,"new":0.1}],"saved":true})"
@@ -234,7 +234,7 @@ TEST(save, says_that_it_has_saved) {
     service_process service;
     EXPECT_EQ(ctl({"save"}).output, "saved\n");
     EXPECT_EQ(ctl({"save", "--json"}).output,
-              std::string(R"({"device":)") + device_document + R"(,"saved":true})" + "\n");
+              std::string(R"({"device":)") + described_device + R"(,"saved":true})" + "\n");
 }
 
 TEST(save, fails_when_the_service_refuses_or_does_not_answer) {

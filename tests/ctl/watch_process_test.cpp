@@ -26,7 +26,7 @@ constexpr const char* csv_header =
     "power supply [not specified]";
 constexpr std::size_t columns = 17;
 
-std::string content_of(const std::string& path) {
+std::string text_in_file(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -112,7 +112,7 @@ TEST(watch, draws_a_picture_that_is_there_whole_or_not_at_all) {
     const std::string path = folder.file("curves.svg");
     const run_of_a_program run = ctl({"watch", "--for", "300ms", "--plot", path});
     EXPECT_EQ(run.end, succeeded);
-    const std::string svg = content_of(path);
+    const std::string svg = text_in_file(path);
     EXPECT_EQ(fault_in_xml(svg), "");
     EXPECT_THAT(svg, HasSubstr(">orvanta3 3001  6e2b8410-5f3c-4d71-9a03-c53800000001</text>"));
     EXPECT_THAT(svg, HasSubstr(">motor current [unit not specified]</text>"));
@@ -154,7 +154,7 @@ TEST(watch, ends_when_the_service_is_killed_and_keeps_what_it_has) {
     EXPECT_EQ(run.end, status(exit_status::lost));
     EXPECT_THAT(run.errors, HasSubstr("orvantactl: the connection is lost: "));
     EXPECT_EQ(run.output.back(), '\n');
-    EXPECT_EQ(fault_in_xml(content_of(folder.file("curves.svg"))), "");
+    EXPECT_EQ(fault_in_xml(text_in_file(folder.file("curves.svg"))), "");
 }
 
 TEST(watch, ends_when_the_service_was_started_anew) {
@@ -175,7 +175,7 @@ TEST(watch, ends_quietly_when_nobody_reads_any_more) {
     program.close_output();
     EXPECT_EQ(program.wait(), succeeded);
     EXPECT_EQ(program.rest_of_errors(), "");
-    EXPECT_EQ(fault_in_xml(content_of(folder.file("curves.svg"))), "");
+    EXPECT_EQ(fault_in_xml(text_in_file(folder.file("curves.svg"))), "");
 }
 
 TEST(watch, says_that_no_sample_came) {
