@@ -102,6 +102,15 @@ TEST(a_picture_file, takes_the_place_of_no_link_and_no_device) {
     }
 }
 
+TEST(a_lossy_stream, is_told_of_at_the_end) {
+    service_process service({"--rate", "500", "--drop", "0.1@op=33,dir=out"});
+    const run_of_a_program run = ctl({"watch", "--for", "2s"});
+    EXPECT_EQ(run.end, succeeded);
+    EXPECT_TRUE(
+        std::regex_match(run.errors, std::regex("orvantactl: about [0-9]+ % of the samples are missing\n")))
+        << run.errors;
+}
+
 // The datagrams that the service has sent.
 std::uint64_t sent_by(child_process& service) {
     service.type("status\n");

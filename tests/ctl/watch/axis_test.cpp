@@ -23,7 +23,7 @@ TEST(an_axis, has_round_numbers_around_its_values) {
     EXPECT_EQ(labels(axis_of(0, 10.5, 10)), "0 1 2 3 4 5 6 7 8 9 10 11");
     EXPECT_EQ(labels(axis_of(0, 600, 10)), "0 100 200 300 400 500 600");
     EXPECT_EQ(labels(axis_of(0.168, 0.171, 4)), "0.168 0.169 0.170 0.171");
-    EXPECT_EQ(axis_of(-0.06, 0.0599, 4).begin, -0.1);
+    EXPECT_NEAR(axis_of(-0.06, 0.0599, 4).begin, -0.1, 1e-12);
 }
 
 TEST(an_axis, of_one_value_has_room_around_it) {
