@@ -35,7 +35,7 @@ class time_limit {
         }
     }
 
-    // What is left of the limit, at most this much.
+    // The rest of the limit, at most this much.
     [[nodiscard]] nanoseconds at_most(nanoseconds wanted) const {
         const nanoseconds left = end_ ? *end_ - std::chrono::steady_clock::now() : wanted;
         return std::clamp(left, nanoseconds::zero(), wanted);

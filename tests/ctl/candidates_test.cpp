@@ -1,4 +1,4 @@
-// What shells are told that the last word of a command line may become.
+// Candidates for the last word of a command line, as shells are told them.
 #include "ctl/arguments/command_table.hpp"
 #include "ctl/completion/candidates.hpp"
 #include "ctl/settings/keys.hpp"
