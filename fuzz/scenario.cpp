@@ -1,7 +1,7 @@
 // Scenario files: any text is refused in one line with the number of its line, or its devices are in order
 // and each of its verbs can be run.
 #include "simulator/control/scenario.hpp"
-#include "simulator/control/located_json.hpp"
+#include "shared/located_json.hpp"
 #include "verb_runner.hpp"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "ctl/arguments/near_word.hpp"
 
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 namespace vantu::orvanta::ctl {
@@ -18,7 +18,7 @@ std::string_view near_word(std::string_view text, std::span<const std::string_vi
     std::string_view nearest;
     std::size_t least = text.size() / 3 + 1;
     for (const std::string_view word : words) {
-        if (const std::size_t changes = simulator::changes_between(text, word); changes < least) {
+        if (const std::size_t changes = changes_between(text, word); changes < least) {
             least = changes;
             nearest = word;
         }

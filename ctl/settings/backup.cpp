@@ -2,8 +2,8 @@
 
 #include "ctl/report/exit_status.hpp"
 #include "ctl/service/device_text.hpp"
-#include "simulator/control/located_json.hpp"
-#include "simulator/service/durable_file.hpp"
+#include "shared/located_json.hpp"
+#include "shared/durable_file.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <array>
@@ -16,9 +16,6 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
-using simulator::json_kind;
-using simulator::located_error;
-using simulator::located_value;
 
 constexpr std::string_view schema = "orvanta-backup";
 constexpr std::uint64_t version = 1;
@@ -143,7 +140,7 @@ std::string text_of(const backup& kept) {
 
 backup backup_in(const std::string& text) {
     try {
-        return backup_of(simulator::read_located_json(text));
+        return backup_of(read_located_json(text));
     } catch (const located_error& wrong) {
         throw std::runtime_error(formatted("line {}: {}", wrong.line(), wrong.what()));
     }
@@ -194,7 +191,7 @@ void write_backup(const std::string& path, const backup& kept) {
     } catch (const std::runtime_error& wrong) {
         refuse(path, formatted("not written, as it could not be restored: {}", wrong.what()));
     }
-    if (const std::string failed = simulator::replace_file(path, text); !failed.empty()) {
+    if (const std::string failed = replace_file(path, text); !failed.empty()) {
         throw failure_with_status(exit_status::refused, failed);
     }
 }

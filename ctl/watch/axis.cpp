@@ -21,14 +21,14 @@ double round_step(double raw) {
     return 10 * power;
 }
 
-std::string label_of(double value, double step) {
+std::string label_of(double amount, double step) {
     constexpr double most_in_full = 1e6;
     constexpr double least_in_full = 1e-6;
-    if (std::abs(value) >= most_in_full || step < least_in_full) {
-        return formatted("{:.6g}", value);
+    if (std::abs(amount) >= most_in_full || step < least_in_full) {
+        return formatted("{:.6g}", amount);
     }
     const int decimals = std::max(0, static_cast<int>(-std::floor(std::log10(step) + 1e-9)));
-    return formatted("{:.{}f}", value, decimals);
+    return formatted("{:.{}f}", amount, decimals);
 }
 
 } // namespace
@@ -47,8 +47,8 @@ axis axis_of(double least, double most, int steps) {
     const auto last = std::llround(std::ceil(most / step - slack));
     axis made{static_cast<double>(first) * step, static_cast<double>(last) * step, {}};
     for (auto at = first; at <= last; ++at) {
-        const double value = static_cast<double>(at) * step;
-        made.ticks.push_back({value, label_of(value, step)});
+        const double amount = static_cast<double>(at) * step;
+        made.ticks.push_back({amount, label_of(amount, step)});
     }
     return made;
 }

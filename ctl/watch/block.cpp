@@ -50,7 +50,7 @@ class writer {
             if (values.empty()) {
                 fact(label, formatted("{:>{}}", "-", value_width));
             } else {
-                value(label, values[at], scale);
+                bar_line(label, values[at], scale);
             }
         }
     }
@@ -61,10 +61,10 @@ class writer {
     }
 
   private:
-    void value(std::string_view label, float value, float scale) {
-        const bool fits = std::abs(value) < 1000;
-        const std::string number =
-            fits ? formatted("{:>+{}.4f}", value, value_width) : formatted("{:>+{}.3g}", value, value_width);
+    void bar_line(std::string_view label, float amount, float scale) {
+        const bool fits = std::abs(amount) < 1000;
+        const std::string number = fits ? formatted("{:>+{}.4f}", amount, value_width)
+                                        : formatted("{:>+{}.3g}", amount, value_width);
         const bool tells_scale = width_ >= width_for_scales;
         const std::size_t taken = label_width + value_width + 1 + (tells_scale ? scale_width : 0);
         const std::size_t bar = std::min(width_ > taken ? width_ - taken : 0, longest_bar);
@@ -73,7 +73,7 @@ class writer {
             return;
         }
         lines_.push_back(formatted("{:<{}}{} {}{}", label, label_width, number,
-                                   coloured(bar_of(value, scale, bar), cyan),
+                                   coloured(bar_of(amount, scale, bar), cyan),
                                    tells_scale ? formatted(" {:.4g}", scale) : ""));
     }
 
@@ -129,9 +129,9 @@ std::vector<std::string> block_of(std::string_view title, const live_view& shown
     return to.take();
 }
 
-std::string bar_of(float value, float scale, std::size_t length) {
+std::string bar_of(float amount, float scale, std::size_t length) {
     const std::size_t half = length < shortest_bar ? 1 : (length - 3) / 2;
-    const float part = std::isfinite(value) ? std::clamp(value / scale, -1.0F, 1.0F) : 0.0F;
+    const float part = std::isfinite(amount) ? std::clamp(amount / scale, -1.0F, 1.0F) : 0.0F;
     const auto filled = static_cast<std::size_t>(std::lround(std::abs(part) * static_cast<float>(half)));
     std::string left(half, ' ');
     std::string right(half, ' ');

@@ -23,7 +23,7 @@ std::vector<std::string> block_of(std::string_view title, const live_view& shown
                                   const block_style& style);
 
 // "[    |##  ]", so many characters long: a value between minus and plus the scale.
-std::string bar_of(float value, float scale, std::size_t length);
+std::string bar_of(float amount, float scale, std::size_t length);
 
 // The next of 1, 2, 5, 10, ... and their tenths that is not below the value; 1 for nothing.
 float scale_for(float greatest);

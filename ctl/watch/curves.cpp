@@ -34,10 +34,10 @@ void curve_store::add(double seconds, std::span<const float> values) {
     const std::size_t at = std::min(static_cast<std::size_t>(seconds / width_s_), columns_.size() - 1);
     columns_[at] = {std::min(columns_[at].first_s, seconds), std::max(columns_[at].last_s, seconds)};
     for (std::size_t channel = 0; channel < channels_; ++channel) {
-        const float value = values[channel];
-        if (std::isfinite(value)) {
+        const float amount = values[channel];
+        if (std::isfinite(amount)) {
             range& into = ranges_[at * channels_ + channel];
-            into = {std::min(into.least, value), std::max(into.most, value)};
+            into = {std::min(into.least, amount), std::max(into.most, amount)};
         }
     }
 }

@@ -1,7 +1,7 @@
 #include "ctl/watch/plot_file.hpp"
 
 #include "ctl/report/exit_status.hpp"
-#include "simulator/service/durable_file.hpp"
+#include "shared/durable_file.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <cerrno>
@@ -28,7 +28,7 @@ void check_writable(const std::string& path) {
 }
 
 void write_whole(const std::string& path, const std::string& content) {
-    if (const std::string failed = simulator::replace_file(path, content); !failed.empty()) {
+    if (const std::string failed = replace_file(path, content); !failed.empty()) {
         throw failure_with_status(exit_status::refused, failed);
     }
 }

@@ -13,8 +13,8 @@ constexpr double usual_steps_to_break = 8;
 // In units of the picture: less is hidden by the width of the line.
 constexpr double least_extent = 1;
 
-std::string number(double value) {
-    std::string text = formatted("{:.1f}", value);
+std::string number(double amount) {
+    std::string text = formatted("{:.1f}", amount);
     return text.ends_with(".0") ? text.substr(0, text.size() - 2) : text;
 }
 

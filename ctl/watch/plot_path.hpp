@@ -20,7 +20,7 @@ struct frame {
     double most;
 
     [[nodiscard]] double x(double at_seconds) const { return left + width * at_seconds / seconds; }
-    [[nodiscard]] double y(double value) const { return top + height * (most - value) / (most - least); }
+    [[nodiscard]] double y(double amount) const { return top + height * (most - amount) / (most - least); }
 };
 
 // One point for each unit of width, from the least to the greatest value of all that falls there.

@@ -9,8 +9,8 @@ namespace vantu::orvanta::ctl {
 namespace {
 
 float greatest_of(float so_far, std::span<const float> values) {
-    for (const float value : values) {
-        so_far = std::isfinite(value) ? std::max(so_far, std::abs(value)) : so_far;
+    for (const float amount : values) {
+        so_far = std::isfinite(amount) ? std::max(so_far, std::abs(amount)) : so_far;
     }
     return so_far;
 }

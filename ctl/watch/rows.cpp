@@ -9,31 +9,31 @@ namespace vantu::orvanta::ctl {
 namespace {
 
 // The shortest text that reads as the same float.
-std::string json_number(float value) {
-    return std::isfinite(value) ? formatted("{}", value) : "null";
+std::string json_number(float amount) {
+    return std::isfinite(amount) ? formatted("{}", amount) : "null";
 }
 
 std::string json_array(std::span<const float> values) {
     std::string text = "[";
-    for (const float value : values) {
+    for (const float amount : values) {
         text += text.size() > 1 ? "," : "";
-        text += json_number(value);
+        text += json_number(amount);
     }
     return text + "]";
 }
 
 std::string cells_of(std::span<const float> values) {
     std::string text;
-    for (const float value : values) {
-        text += formatted(",{}", value);
+    for (const float amount : values) {
+        text += formatted(",{}", amount);
     }
     return text;
 }
 
 std::string columns_of(std::span<const float> values) {
     std::string text;
-    for (const float value : values) {
-        text += formatted(" {:>9.5f}", value);
+    for (const float amount : values) {
+        text += formatted(" {:>9.5f}", amount);
     }
     return text;
 }

@@ -1,6 +1,6 @@
 #include "simulator/control/console.hpp"
 
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <optional>

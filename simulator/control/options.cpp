@@ -2,7 +2,7 @@
 
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/version.hpp"
 
 #include <CLI/CLI.hpp>

@@ -1,8 +1,8 @@
 #include "simulator/control/scenario.hpp"
 
-#include "simulator/control/located_json.hpp"
+#include "shared/located_json.hpp"
 #include "simulator/simulation/verbs.hpp"
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 

@@ -11,6 +11,10 @@
 #include <string_view>
 #include <vector>
 
+namespace vantu::orvanta {
+struct located_value;
+} // namespace vantu::orvanta
+
 namespace vantu::orvanta::simulator {
 
 // The events that a step can wait for, each by an operation that the simulation has received or sent.
@@ -70,8 +74,6 @@ struct scenario {
 // Reads a scenario from a file. Throws std::runtime_error with one line: "PATH:LINE: what is wrong; what
 // would be right".
 [[nodiscard]] scenario read_scenario(const std::string& path);
-
-struct located_value;
 
 // Reads the array of devices of a scenario. Throws located_error. The devices stand by rising id; no two
 // share an id, a short id or a uuid.

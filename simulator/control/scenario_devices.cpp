@@ -1,5 +1,5 @@
 // Reading the devices of a scenario.
-#include "simulator/control/located_json.hpp"
+#include "shared/located_json.hpp"
 #include "simulator/control/scenario.hpp"
 #include "vantu/orvanta/common/format.hpp"
 

@@ -1,6 +1,6 @@
 // Reading a fault's argument and selectors.
 #include "simulator/faults/faults.hpp"
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <limits>

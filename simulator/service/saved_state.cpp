@@ -1,7 +1,7 @@
 #include "simulator/service/saved_state.hpp"
 
-#include "simulator/service/durable_file.hpp"
-#include "simulator/text/text_lines.hpp"
+#include "shared/durable_file.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>

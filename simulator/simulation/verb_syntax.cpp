@@ -1,6 +1,6 @@
 #include "simulator/simulation/verb_syntax.hpp"
 
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "simulator/simulation/verbs.hpp"
 
 #include "simulator/simulation/verb_syntax.hpp"
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>

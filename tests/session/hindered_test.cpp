@@ -16,10 +16,10 @@ using vantu::orvanta::session;
 
 TEST(a_waiting_request, ends_when_its_time_is_up_while_a_callback_runs) {
     simulated_service service;
-    session connected(options_for(service));
-    connected.open(1).value();
     std::promise<void> inside;
     std::promise<void> enough;
+    session connected(options_for(service));
+    connected.open(1).value();
     connected.get_orientation(1, [&](session&, const auto&) {
         inside.set_value();
         EXPECT_EQ(enough.get_future().wait_for(patience), std::future_status::ready);
@@ -93,10 +93,10 @@ TEST(a_waiting_request, may_have_all_the_time_there_is) {
 
 TEST(a_failure, names_the_request_that_a_lost_connection_has_ended) {
     simulated_service service;
+    std::promise<std::string> message;
     session connected(options_for(service));
     connected.open(1).value();
     service->command("drop @op=47,dir=out");
-    std::promise<std::string> message;
     connected.get_orientation(1, [&](session&, const auto& answer) { message.set_value(answer.message()); });
     service->command("quit");
     EXPECT_EQ(message.get_future().get(), "get_orientation of device 1: disconnected from the service");
@@ -170,16 +170,16 @@ TEST(the_destructor, waits_for_the_callback_that_runs_and_no_other) {
 TEST(the_destructor, ends_requests_that_handlers_send_when_they_are_told_of_the_end) {
     simulated_service service;
     std::vector<error_code> outcomes;
+    session::handler<vantu::orvanta::orientation> again = [&](session& here, const auto& answer) {
+        outcomes.push_back(answer.error());
+        if (outcomes.size() < 5) {
+            here.get_orientation(1, again);
+        }
+    };
     {
         session connected(options_for(service));
         connected.open(1).value();
         service->command("drop @op=47,dir=out");
-        session::handler<vantu::orvanta::orientation> again = [&](session& here, const auto& answer) {
-            outcomes.push_back(answer.error());
-            if (outcomes.size() < 5) {
-                here.get_orientation(1, again);
-            }
-        };
         connected.get_orientation(1, again);
     }
     EXPECT_EQ(outcomes, std::vector<error_code>(5, error_code::disconnected_from_service));
@@ -193,6 +193,7 @@ TEST(a_session_that_reconnects, lets_nothing_wait_for_its_attempts) {
         return request.at(7) == 3 && ++connects == 1 ? std::vector<bytes>{acceptance()}
                                                      : std::vector<bytes>{};
     });
+    std::promise<void> told;
     std::chrono::steady_clock::time_point end;
     {
         auto options = options_for(service);
@@ -202,7 +203,6 @@ TEST(a_session_that_reconnects, lets_nothing_wait_for_its_attempts) {
         ASSERT_TRUE(comes_about([&] { return connects >= 2; }));
         const auto asked = std::chrono::steady_clock::now();
         EXPECT_EQ(connected.get_orientation(1).error(), error_code::disconnected_from_service);
-        std::promise<void> told;
         connected.get_orientation(1, [&](session&, const auto&) { told.set_value(); });
         told.get_future().wait();
         end = std::chrono::steady_clock::now();

@@ -43,6 +43,9 @@ class a_device_that_comes_back : public testing::Test {
         return heard_of;
     }
 
+    std::mutex mutex;
+    std::vector<int> heard_of;
+    std::atomic<bool> mute{false};
     scripted_service service;
     std::unique_ptr<session> connected;
     scripted_calls calls;
@@ -63,10 +66,6 @@ class a_device_that_comes_back : public testing::Test {
         }
         return service_of_device_5()(request);
     }
-
-    std::mutex mutex;
-    std::vector<int> heard_of;
-    std::atomic<bool> mute{false};
 };
 
 TEST_F(a_device_that_comes_back, stays_closed_when_it_is_closed_just_before_it_is_opened_again) {

@@ -1,7 +1,7 @@
 // The simulator at signals, and what it says of files in the words of Linux.
 #include "simulator/fixtures/running_simulator.hpp"
 #include "simulator/fixtures/test_client.hpp"
-#include "simulator/service/durable_file.hpp"
+#include "shared/durable_file.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <filesystem>
@@ -10,7 +10,7 @@
 namespace orvanta_tests {
 namespace {
 
-using vantu::orvanta::simulator::replace_file;
+using vantu::orvanta::replace_file;
 
 void expect_goodbye(void (running_simulator::*stop)()) {
     running_simulator tested({"--port", "0"});

@@ -1,7 +1,7 @@
 // Reading scenarios: what they hold, and what is said of wrong ones.
 #include "simulator/control/scenario.hpp"
 
-#include "simulator/control/located_json.hpp"
+#include "shared/located_json.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
 

@@ -1,7 +1,7 @@
 // The file of saved configurations: round trips, wrong files, failures to write.
 #include "simulator/service/saved_state.hpp"
 
-#include "simulator/service/durable_file.hpp"
+#include "shared/durable_file.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace vantu::orvanta::simulator {
+namespace vantu::orvanta {
 namespace {
 
 constexpr std::string_view blanks = " \t\r";
@@ -107,4 +107,4 @@ std::string without_control_characters(std::string_view text) {
     return shown;
 }
 
-} // namespace vantu::orvanta::simulator
+} // namespace vantu::orvanta

@@ -1,6 +1,6 @@
-#include "simulator/control/located_json.hpp"
+#include "shared/located_json.hpp"
 
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-namespace vantu::orvanta::simulator {
+namespace vantu::orvanta {
 namespace {
 
 using json = nlohmann::json;
@@ -253,4 +253,4 @@ std::string description_of(const located_value& value) {
     return "null";
 }
 
-} // namespace vantu::orvanta::simulator
+} // namespace vantu::orvanta

@@ -1,5 +1,5 @@
 // Replacing a file's content on Windows: write, flush, move over the old file and wait for the disk.
-#include "simulator/service/durable_file.hpp"
+#include "shared/durable_file.hpp"
 
 #include "vantu/orvanta/common/format.hpp"
 
@@ -8,7 +8,7 @@
 #include <system_error>
 #include <windows.h>
 
-namespace vantu::orvanta::simulator {
+namespace vantu::orvanta {
 namespace {
 
 std::string failure(std::string_view step, const std::string& path, DWORD error) {
@@ -57,4 +57,4 @@ std::string replace_file(const std::string& path, const std::string& content) {
     return {};
 }
 
-} // namespace vantu::orvanta::simulator
+} // namespace vantu::orvanta

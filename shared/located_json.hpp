@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vantu::orvanta::simulator {
+namespace vantu::orvanta {
 
 enum class json_kind : std::uint8_t { null, boolean, number, string, array, object };
 
@@ -57,4 +57,4 @@ void require_object(const located_value& value, std::string_view place,
 // The value as a message names it: "the text \"x\"", "the number 1.5", "an array".
 [[nodiscard]] std::string description_of(const located_value& value);
 
-} // namespace vantu::orvanta::simulator
+} // namespace vantu::orvanta

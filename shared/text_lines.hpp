@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace vantu::orvanta::simulator {
+namespace vantu::orvanta {
 
 // Without the blanks and tabs around it.
 [[nodiscard]] std::string_view trimmed(std::string_view text) noexcept;
@@ -32,4 +32,4 @@ namespace vantu::orvanta::simulator {
 // U+009F.
 [[nodiscard]] std::string without_control_characters(std::string_view text);
 
-} // namespace vantu::orvanta::simulator
+} // namespace vantu::orvanta

@@ -1,5 +1,5 @@
 // Replacing a file's content on Linux: write, fsync, rename, fsync of the folder.
-#include "simulator/service/durable_file.hpp"
+#include "shared/durable_file.hpp"
 
 #include "vantu/orvanta/common/format.hpp"
 
@@ -11,7 +11,7 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace vantu::orvanta::simulator {
+namespace vantu::orvanta {
 namespace {
 
 std::string failure(std::string_view step, const std::string& path, int error) {
@@ -63,4 +63,4 @@ std::string replace_file(const std::string& path, const std::string& content) {
     return {};
 }
 
-} // namespace vantu::orvanta::simulator
+} // namespace vantu::orvanta

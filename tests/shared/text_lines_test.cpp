@@ -1,12 +1,12 @@
 // Taking lines of text apart.
-#include "simulator/text/text_lines.hpp"
+#include "shared/text_lines.hpp"
 
 #include <array>
 #include <gtest/gtest.h>
 
 namespace {
 
-using namespace vantu::orvanta::simulator;
+using namespace vantu::orvanta;
 
 TEST(words_of_a_line, come_off_a_line_one_by_one) {
     std::string_view line = "  set\t1  handedness left \r";
