@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 
+using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
 using orvanta_fuzz::require;
 

@@ -20,7 +20,6 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::nanoseconds;
 
-constexpr nanoseconds look_for_interruption = 20ms;
 constexpr nanoseconds between_attempts = 250ms;
 // The least that a session takes.
 constexpr nanoseconds shortest_attempt = 16ms;

@@ -23,7 +23,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr auto pause = std::chrono::milliseconds(10);
+constexpr auto printing_period = std::chrono::milliseconds(10);
 constexpr auto orientation_period = std::chrono::milliseconds(250);
 constexpr auto orientation_patience = std::chrono::seconds(1);
 constexpr auto progress_period = std::chrono::seconds(10);
@@ -90,7 +90,7 @@ class watching {
                 ask_for_orientation();
                 printing->show(taken_, false);
                 tell_progress();
-                std::this_thread::sleep_for(pause);
+                std::this_thread::sleep_for(printing_period);
             }
             taken_.close();
             printing->show(taken_, true);

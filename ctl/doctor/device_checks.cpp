@@ -19,7 +19,6 @@ constexpr const char* open_name = "open";
 constexpr const char* request_name = "request";
 constexpr int requests = 5;
 constexpr auto slow_answer = std::chrono::milliseconds(100);
-constexpr auto look_for_interruption = std::chrono::milliseconds(20);
 constexpr const char* lost_datagram =
     "the protocol repeats nothing, so a lost datagram stays lost: run it again, and "
     "if it stays so, start the service anew";

@@ -3,6 +3,8 @@
 
 #include "ctl/report/exit_status.hpp"
 
+#include <chrono>
+
 namespace vantu::orvanta::ctl {
 
 // From here on Ctrl-C, or a request to terminate, sets the flag in place of ending the process; a second one
@@ -10,6 +12,9 @@ namespace vantu::orvanta::ctl {
 void watch_for_interruption();
 
 [[nodiscard]] bool is_interrupted() noexcept;
+
+// How long a wait may last between two looks at the flag.
+inline constexpr std::chrono::milliseconds look_for_interruption{20};
 
 // Throws failure_with_status (interrupted) when the flag is set.
 inline void end_when_interrupted() {

@@ -64,7 +64,6 @@ class connection {
     }
 
   private:
-    static constexpr auto look_for_interruption = std::chrono::milliseconds(20);
     static constexpr std::chrono::nanoseconds shortest_time = std::chrono::milliseconds(1);
 
     std::string wanted_;

@@ -2,8 +2,8 @@
 
 #include "ctl/report/exit_status.hpp"
 #include "ctl/service/device_text.hpp"
-#include "shared/located_json.hpp"
 #include "shared/durable_file.hpp"
+#include "shared/located_json.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <array>
@@ -15,7 +15,6 @@
 
 namespace vantu::orvanta::ctl {
 namespace {
-
 
 constexpr std::string_view schema = "orvanta-backup";
 constexpr std::uint64_t version = 1;

@@ -7,8 +7,7 @@
 namespace vantu::orvanta::ctl {
 namespace {
 
-// Between two looks.
-constexpr auto pause = std::chrono::milliseconds(5);
+constexpr auto between_looks = std::chrono::milliseconds(5);
 
 } // namespace
 
@@ -37,7 +36,7 @@ value device_states::wait_for(key which, const connection& to, std::uint32_t dev
                                           ": the device has not told it in time; a longer --timeout may help",
                                       error_code::timed_out);
         }
-        std::this_thread::sleep_for(pause);
+        std::this_thread::sleep_for(between_looks);
     }
 }
 

@@ -13,6 +13,7 @@
 namespace orvanta_tests {
 namespace {
 
+using namespace vantu::orvanta;
 using namespace vantu::orvanta::simulator;
 using testing::ElementsAre;
 using testing::HasSubstr;
