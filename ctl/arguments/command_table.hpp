@@ -35,7 +35,7 @@ struct option_row {
     std::string_view meaning; // one line
 };
 
-// The words that may stand after --format.
+// A word after --format.
 struct format_row {
     std::string_view name;
     watch_format format;

@@ -1,4 +1,4 @@
-// The message for a command line that cannot be read: which command it is, and what was probably meant.
+// Errors of a command line that cannot be read: they tell which command it is, and what was probably meant.
 #pragma once
 
 #include <string>

@@ -18,7 +18,7 @@ std::string_view near_word(std::string_view text, std::span<const std::string_vi
     std::string_view nearest;
     std::size_t least = text.size() / 3 + 1;
     for (const std::string_view word : words) {
-        if (const std::size_t changes = changes_between(text, word); changes < least) {
+        if (const std::size_t changes = orvanta::changes_between(text, word); changes < least) {
             least = changes;
             nearest = word;
         }

@@ -128,7 +128,7 @@ void describe(CLI::App& app, request& into) {
     }
 }
 
-// The words after "complete --" are those of a command line, and no options of this one.
+// All behind "complete --" are words of a command line, and no options of this one.
 request completion_request(std::span<const char* const> arguments) {
     request asked;
     asked.command = &completion_command();

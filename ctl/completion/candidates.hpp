@@ -1,4 +1,4 @@
-// The words that the last word of a command line may become: for the shells' completion.
+// Candidates for the last word of a command line: for the shells' completion.
 #pragma once
 
 #include "vantu/orvanta/device.hpp"

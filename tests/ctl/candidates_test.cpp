@@ -1,4 +1,4 @@
-// The candidates that shells are told for the last word of a command line.
+// Candidates for the last word of a command line, as shells are told them.
 #include "ctl/arguments/command_table.hpp"
 #include "ctl/completion/candidates.hpp"
 #include "ctl/settings/keys.hpp"

@@ -118,9 +118,8 @@ TEST(get, tells_that_a_service_was_killed) {
     const run_of_a_program run = ended(program);
     EXPECT_EQ(run.end, status(exit_status::lost));
     EXPECT_EQ(run.output, "");
-    EXPECT_THAT(run.errors,
-                testing::StartsWith(
-                    "orvantactl: get_gravity_compensation of device 1: disconnected from the service"));
+    // The answer to the opening may be lost as well.
+    EXPECT_THAT(run.errors, testing::HasSubstr(" of device 1: disconnected from the service"));
 }
 
 TEST(set, prints_old_and_new) {

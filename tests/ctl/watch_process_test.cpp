@@ -238,11 +238,11 @@ INSTANTIATE_TEST_SUITE_P(
     of_watch, wrong_options,
     testing::Values(
         wrong_usage{{"--format", "xml"},
-                    "orvantactl: --format: 'xml' is none of the formats live, lines, csv and json\n"},
+                    "orvantactl: watch: --format: 'xml' is none of the formats live, lines, csv and json\n"},
         wrong_usage{{"--format", "live"},
                     "orvantactl: --format live needs a terminal; lines, csv and json go anywhere\n"},
         wrong_usage{{"--json", "--format", "csv"}, R"("--json and another --format exclude each other")"},
         wrong_usage{{"--rate", "0"}, "--rate"}, wrong_usage{{"--rate", "fast"}, "--rate"},
-        wrong_usage{{"--for", "soon"}, "orvantactl: --for: 'soon' is no time"}));
+        wrong_usage{{"--for", "soon"}, "orvantactl: watch: --for: 'soon' is no time"}));
 
 } // namespace
