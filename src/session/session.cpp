@@ -111,7 +111,7 @@ session::statistics session::count() const {
 }
 
 result<device> session::wait_for_device(std::chrono::nanoseconds time,
-                                        std::function<bool(const device&)> wanted) {
+                                        const std::function<bool(const device&)>& wanted) {
     return self_->wait_for_device(time, wanted);
 }
 

@@ -133,7 +133,7 @@ class VANTU_ORVANTA_API session {
     ///   disconnected_from_service  the connection is lost, and options::reconnect off
     ///   invalid_argument           called from a callback
     [[nodiscard]] result<device> wait_for_device(std::chrono::nanoseconds time,
-                                                 std::function<bool(const device&)> wanted = {});
+                                                 const std::function<bool(const device&)>& wanted = {});
 
     /// Opens a device, so that its states come and its configuration can be read and changed. From then on,
     /// until close, the session opens it again by itself whenever it is plugged in or the connection comes
