@@ -52,7 +52,7 @@ class time_limit {
     std::optional<std::chrono::steady_clock::time_point> end_;
 };
 
-void pause(nanoseconds time, const time_limit& limit, const std::string& text) {
+void sleep_within(nanoseconds time, const time_limit& limit, const std::string& text) {
     const auto end = std::chrono::steady_clock::now() + time;
     while (std::chrono::steady_clock::now() < end) {
         limit.check(text);
@@ -73,7 +73,7 @@ std::unique_ptr<connection> await_service(const request& asked, const time_limit
             if (why.status() != exit_status::no_service) {
                 throw;
             }
-            pause(between_attempts, limit, std::string("no service answered in time: ") + why.what());
+            sleep_within(between_attempts, limit, std::string("no service answered in time: ") + why.what());
         }
     }
 }

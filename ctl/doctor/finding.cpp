@@ -100,8 +100,8 @@ nlohmann::ordered_json document_of(std::span<const finding> findings) {
         if (!one.remedy.empty()) {
             told["remedy"] = one.remedy;
         }
-        for (const auto& [name, value] : one.figures) {
-            told["figures"][name] = value;
+        for (const auto& [name, figure] : one.figures) {
+            told["figures"][name] = figure;
         }
         checks.push_back(std::move(told));
     }

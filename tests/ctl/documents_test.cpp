@@ -59,7 +59,7 @@ template <typename Rows> std::vector<std::string> names_of(const Rows& rows) {
     return names;
 }
 
-std::vector<std::string> completed(const std::vector<std::string>& words) {
+std::vector<std::string> candidates_of(const std::vector<std::string>& words) {
     std::vector<std::string> found;
     for (const candidate& one :
          candidates_for(words, [] { return std::vector<vantu::orvanta::device>(); }).words) {
@@ -91,7 +91,7 @@ TEST(commands_of_the_table, are_in_the_help_the_manual_and_the_guide) {
         EXPECT_THAT(help_of_program(), HasSubstr("\n  " + name + " "));
         EXPECT_THAT(text, HasSubstr("orvantactl " + name)) << "the guide shows it";
     }
-    EXPECT_EQ(completed({""}), names_of(commands()));
+    EXPECT_EQ(candidates_of({""}), names_of(commands()));
 }
 
 TEST(options_of_the_table, are_in_the_manual_and_the_guide_and_no_others) {
@@ -118,7 +118,7 @@ TEST(options_of_the_table, are_in_the_help_and_the_completions_of_their_commands
                 EXPECT_THAT(help_of_command(command), HasSubstr("\n  " + option_text(row) + " "));
             }
         }
-        EXPECT_EQ(completed({std::string(command.name), "-"}), wanted) << command.name;
+        EXPECT_EQ(candidates_of({std::string(command.name), "-"}), wanted) << command.name;
     }
 }
 
@@ -138,7 +138,7 @@ TEST(keys_of_the_table, are_in_the_help_the_manual_and_the_guide) {
         EXPECT_THAT(help_of_command(*find_command("get")), HasSubstr("\n  " + std::string(row.name) + " "));
     }
     EXPECT_EQ(items_of("KEYS"), items);
-    EXPECT_EQ(completed({"get", ""}), names_of(keys()));
+    EXPECT_EQ(candidates_of({"get", ""}), names_of(keys()));
 
     const std::vector<table_row> rows = table_under(guide, "## Settings");
     ASSERT_EQ(rows.size(), keys().size());

@@ -125,10 +125,10 @@ TEST(json, is_asked_for_wherever_it_stands) {
 }
 
 TEST(help, is_the_programs_or_that_of_the_command) {
-    const std::string all = help({"--help"});
-    EXPECT_THAT(all, testing::HasSubstr("Usage: orvantactl COMMAND [OPTIONS]\n"));
-    EXPECT_THAT(all, testing::HasSubstr("\nCommands:\n  list                     list the devices\n"));
-    EXPECT_THAT(all, testing::Not(testing::HasSubstr("complete")));
+    const std::string of_program = help({"--help"});
+    EXPECT_THAT(of_program, testing::HasSubstr("Usage: orvantactl COMMAND [OPTIONS]\n"));
+    EXPECT_THAT(of_program, testing::HasSubstr("\nCommands:\n  list                     list the devices\n"));
+    EXPECT_THAT(of_program, testing::Not(testing::HasSubstr("complete")));
     EXPECT_EQ(help({"wait", "-h"}), help({"--help", "wait"}));
 }
 

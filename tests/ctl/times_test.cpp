@@ -12,7 +12,7 @@ namespace {
 using namespace vantu::orvanta::ctl;
 using namespace std::chrono_literals;
 
-std::string refusal(std::string_view text) {
+std::string refusal_of_a_time(std::string_view text) {
     try {
         return "took " + std::to_string(time_of("--for", text).count());
     } catch (const failure_with_status& why) {
@@ -38,42 +38,42 @@ TEST(a_time, lies_between_a_millisecond_and_a_day) {
     EXPECT_EQ(time_of("--for", "86400"), 24h);
     EXPECT_EQ(time_of("--for", "86400000ms"), 24h);
     for (const char* text : {"0", "0ms", "0.9ms", "0.0009", "86400.1", "1441m", "86400001ms", "-1s"}) {
-        EXPECT_EQ(refusal(text), "--for: '" + std::string(text) +
-                                     "' is no time from 1ms to 1440m, such as 500ms, 2s or 10m");
+        EXPECT_EQ(refusal_of_a_time(text), "--for: '" + std::string(text) +
+                                               "' is no time from 1ms to 1440m, such as 500ms, 2s or 10m");
     }
 }
 
 TEST(a_time, is_a_number_and_a_unit_and_nothing_else) {
     for (const char* text : {"", "s", "ms", "soon", "2 s", " 2s", "2S", "2h", "2s2", "1,5s", "1e3", "0x10",
                              "+2s", "nan", "inf", "2sms", "99999999999999999999999999999999999999999s"}) {
-        EXPECT_EQ(refusal(text), "--for: '" + std::string(text) +
-                                     "' is no time from 1ms to 1440m, such as 500ms, 2s or 10m");
+        EXPECT_EQ(refusal_of_a_time(text), "--for: '" + std::string(text) +
+                                               "' is no time from 1ms to 1440m, such as 500ms, 2s or 10m");
     }
 }
 
-constexpr std::array<std::string_view, 4> words{"list", "info", "version", "wait"};
+constexpr std::array<std::string_view, 4> known_words{"list", "info", "version", "wait"};
 
 TEST(a_near_word, needs_few_changes) {
-    EXPECT_EQ(near_word("list", words), "list");
-    EXPECT_EQ(near_word("lst", words), "list");
-    EXPECT_EQ(near_word("ilst", words), "list");
-    EXPECT_EQ(near_word("lisst", words), "list");
-    EXPECT_EQ(near_word("lost", words), "list");
-    EXPECT_EQ(near_word("versino", words), "version");
-    EXPECT_EQ(near_word("verzjon", words), "version");
+    EXPECT_EQ(near_word("list", known_words), "list");
+    EXPECT_EQ(near_word("lst", known_words), "list");
+    EXPECT_EQ(near_word("ilst", known_words), "list");
+    EXPECT_EQ(near_word("lisst", known_words), "list");
+    EXPECT_EQ(near_word("lost", known_words), "list");
+    EXPECT_EQ(near_word("versino", known_words), "version");
+    EXPECT_EQ(near_word("verzjon", known_words), "version");
 }
 
 TEST(a_near_word, is_missing_where_much_would_have_to_change) {
-    EXPECT_EQ(near_word("", words), "");
-    EXPECT_EQ(near_word("lo", words), "");
-    EXPECT_EQ(near_word("loss", words), "");
-    EXPECT_EQ(near_word("vrzjon!", words), "");
-    EXPECT_EQ(near_word(std::string(100000, 'l'), words), "");
+    EXPECT_EQ(near_word("", known_words), "");
+    EXPECT_EQ(near_word("lo", known_words), "");
+    EXPECT_EQ(near_word("loss", known_words), "");
+    EXPECT_EQ(near_word("vrzjon!", known_words), "");
+    EXPECT_EQ(near_word(std::string(100000, 'l'), known_words), "");
 }
 
 TEST(a_hint, ends_the_line_of_an_error) {
-    EXPECT_EQ(hint_for("wiat", words), "; wait would be right");
-    EXPECT_EQ(hint_for("tomorrow", words), "");
+    EXPECT_EQ(hint_for("wiat", known_words), "; wait would be right");
+    EXPECT_EQ(hint_for("tomorrow", known_words), "");
 }
 
 } // namespace
