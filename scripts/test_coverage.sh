@@ -13,6 +13,7 @@ folders=(
     src/core:100:98
     src/runtime:99:97
     src/client:99:97
+    src/session:98:95
 )
 build=$root/build/coverage
 

@@ -1,6 +1,7 @@
 // Sessions that meet what few services send, and programs that ask at odd times.
 #include "scripted_session.hpp"
 
+#include <atomic>
 #include <future>
 
 namespace {
@@ -28,6 +29,53 @@ TEST(a_session, counts_details_of_an_unknown_device_as_rejected) {
     service.push(datagram({details_of(9)}));
     EXPECT_TRUE(comes_about([&] { return connected.count().rejected == 1; }));
     EXPECT_TRUE(connected.open(5));
+}
+
+TEST(a_session, counts_states_that_no_callback_asks_for) {
+    scripted_service service;
+    service.respond_with(service_of_device_5());
+    const session connected(options_for(service));
+    service.push(datagram({op(33, 0, join({id_5, bytes(24)}))}));
+    EXPECT_TRUE(comes_about([&] { return connected.count().events == 1; }));
+    EXPECT_EQ(connected.count().rejected, 0U);
+}
+
+// A service that answers the first opening with a removal and, where it is told, the device's return before
+// it.
+class a_device_gone_before_its_opening_is_answered : public testing::Test {
+  protected:
+    void open_and_plug_in_again(const bytes& back) {
+        scripted_service service;
+        service.respond_with([&](const bytes& request) -> std::vector<bytes> {
+            if (request.at(7) == 18 && ++openings == 1) {
+                return {datagram({op(17, 0, id_5), back, op(19, request.at(10), id_5)})};
+            }
+            return request.at(7) == 47 ? std::vector<bytes>{datagram({op(2, request.at(10))})}
+                                       : service_of_device_5()(request);
+        });
+        diary told;
+        session connected(options_for(service, told.callbacks()));
+        EXPECT_TRUE(connected.open(5));
+        if (back.empty()) {
+            service.push(datagram({device_listed(5, 1), details_of(5)}));
+        }
+        EXPECT_TRUE(told.has("arrival 5", 2));
+        // Asked twice: an opening by the session's thread comes before the second.
+        EXPECT_EQ(connected.get_orientation(5).error(), error_code::protocol_parse_failed);
+        EXPECT_EQ(connected.get_orientation(5).error(), error_code::protocol_parse_failed);
+    }
+
+    std::atomic<int> openings{0};
+};
+
+TEST_F(a_device_gone_before_its_opening_is_answered, is_not_kept_open) {
+    open_and_plug_in_again({});
+    EXPECT_EQ(openings, 1);
+}
+
+TEST_F(a_device_gone_before_its_opening_is_answered, is_kept_open_when_it_is_back) {
+    open_and_plug_in_again(join({device_listed(5, 1), details_of(5)}));
+    EXPECT_EQ(openings, 2);
 }
 
 TEST(a_session, takes_all_that_has_come_while_a_callback_ran) {
