@@ -10,8 +10,8 @@ using communication::direction;
 
 namespace {
 
-// Earlier than all times: due whatever the time is.
-constexpr std::int64_t at_once_ns = std::numeric_limits<std::int64_t>::min();
+// Before all times: no silence.
+constexpr std::int64_t long_over_ns = std::numeric_limits<std::int64_t>::min();
 
 } // namespace
 
@@ -44,7 +44,7 @@ void fault_pipeline::heal_rules(std::optional<fault_kind> kind) {
     });
     std::erase_if(rules_, heals);
     if (!kind.has_value() || *kind == fault_kind::silence) {
-        silent_until_ns_ = at_once_ns;
+        silent_until_ns_ = long_over_ns;
     }
 }
 
