@@ -3,7 +3,7 @@
 include(CMakePackageConfigHelpers)
 
 # Public headers: those of vantu/orvanta itself, each in the folder below "include" that it is included from.
-file(GLOB public_headers CONFIGURE_DEPENDS
+file(GLOB public_headers
   ${PROJECT_SOURCE_DIR}/src/*/include/vantu/orvanta/*.h ${PROJECT_SOURCE_DIR}/src/*/include/vantu/orvanta/*.hpp)
 list(APPEND public_headers ${PROJECT_SOURCE_DIR}/src/common/include/vantu/orvanta/communication/records.h)
 list(APPEND public_headers ${PROJECT_BINARY_DIR}/include/vantu/orvanta/export.h)

@@ -223,6 +223,12 @@ struct wrong_usage {
     const char* errors;
 };
 
+void PrintTo(const wrong_usage& one, std::ostream* out) { // NOLINT(readability-identifier-naming)
+    for (const std::string& word : one.options) {
+        *out << word << ' ';
+    }
+}
+
 class wrong_options : public testing::TestWithParam<wrong_usage> {};
 
 TEST_P(wrong_options, are_refused_before_anything_is_sent) {
