@@ -182,8 +182,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
     app.set_version_flag("--version", std::string("orvanta-simulator ") + version_record::left_version,
                          "Print the version and end");
     add_service_options(app, chosen, port, announce);
-    app.add_option("--seed", seed, "From this number all chances are drawn; random if left out")
-        ->type_name("N");
+    app.add_option("--seed", seed, "Source of all chances; random if left out")->type_name("N");
     app.add_option("--scenario", chosen.scenario_path, "File that says what happens when")
         ->check(file_name())
         ->type_name("FILE");

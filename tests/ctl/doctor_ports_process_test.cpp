@@ -3,6 +3,7 @@
 #include "ctl/support/doctor_run.hpp"
 #include "support/udp_socket.hpp"
 
+#include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -18,12 +19,16 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
+// Wine gives the port of a program that has ended back a little later.
 udp_socket taken(std::uint16_t port) {
-    std::optional<udp_socket> socket = udp_socket::bound_to("localhost", std::to_string(port));
-    if (!socket) {
-        throw std::runtime_error("port " + std::to_string(port) + " cannot be had");
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience_ms);
+    while (std::chrono::steady_clock::now() < deadline) {
+        if (std::optional<udp_socket> socket = udp_socket::bound_to("localhost", std::to_string(port))) {
+            return std::move(*socket);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return std::move(*socket);
+    throw std::runtime_error("port " + std::to_string(port) + " cannot be had");
 }
 
 TEST(doctor, names_the_silent_program_that_holds_the_port_of_the_service) {

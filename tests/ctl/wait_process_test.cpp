@@ -85,16 +85,6 @@ TEST(wait_for_a_device, tells_of_the_end_of_the_time_in_json) {
               "\n");
 }
 
-TEST(wait_for_a_device, is_interrupted) {
-    service_process service({"--orvanta3", "0"});
-    child_process waiting(ctl_command({"wait", "-v"}), attachment::pipes);
-    await_connection(waiting);
-    waiting.interrupt();
-    const run_of_a_program run = ended(waiting);
-    EXPECT_EQ(run.end, status(exit_status::interrupted));
-    EXPECT_THAT(run.errors, testing::EndsWith("orvantactl: interrupted\n"));
-}
-
 TEST(wait_for_a_removal, ends_when_the_device_is_unplugged) {
     service_process service;
     child_process waiting(ctl_command({"wait", "removal", "-v"}), attachment::pipes);
@@ -149,15 +139,6 @@ TEST(wait_for_the_service, ends_with_the_time) {
     const run_of_a_program run = ctl({"wait", "service", "--for", "100ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
     EXPECT_THAT(run.errors, testing::StartsWith("orvantactl: no service answered in time: connect: "));
-}
-
-TEST(wait_for_the_service, is_interrupted) {
-    child_process waiting(ctl_command({"wait", "service", "-v"}), attachment::pipes);
-    waiting.read_errors_until("orvantactl: ");
-    waiting.interrupt();
-    const run_of_a_program run = ended(waiting);
-    EXPECT_EQ(run.end, status(exit_status::interrupted));
-    EXPECT_THAT(run.errors, testing::EndsWith("orvantactl: interrupted\n"));
 }
 
 } // namespace
