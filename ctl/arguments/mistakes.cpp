@@ -13,6 +13,7 @@ namespace {
 
 template <typename Rows> std::vector<std::string_view> names_of(const Rows& rows) {
     std::vector<std::string_view> names;
+    names.reserve(rows.size());
     for (const auto& row : rows) {
         names.push_back(row.name);
     }

@@ -115,7 +115,7 @@ device await_removal(const request& asked, const time_limit& limit) {
     session::callbacks told;
     told.on_removal = [&seen](session&, const device& gone) { seen.add(gone.id); };
     connection to(asked, std::move(told));
-    const device chosen = to.choose();
+    device chosen = to.choose();
     while (!seen.have(chosen.id)) {
         if (!to.service().is_connected()) {
             throw failure_with_status(exit_status::lost, "the connection to the service is lost");

@@ -6,12 +6,12 @@
 #include "simulator/service/peer.hpp"
 #include "vantu/orvanta/communication/operations.hpp"
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -55,7 +55,10 @@ class held_datagrams {
     struct place {
         std::int64_t due_ns;
         std::uint64_t number; // in the order of being held
-        auto operator<=>(const place&) const = default;
+        bool operator==(const place&) const = default;
+        bool operator<(const place& other) const {
+            return std::tie(due_ns, number) < std::tie(other.due_ns, other.number);
+        }
     };
     struct overtaken {
         place where;
