@@ -12,6 +12,7 @@ needed=(
     ninja-build:ninja
     libgtest-dev:/usr/include/gtest/gtest.h
     libgmock-dev:/usr/include/gmock/gmock.h
+    libasio-dev:/usr/include/asio.hpp
     libcli11-dev:/usr/include/CLI/CLI.hpp
     nlohmann-json3-dev:/usr/include/nlohmann/json.hpp
 )
@@ -22,7 +23,6 @@ test)
         clang:clang++
         clang-format:clang-format
         clang-tidy:clang-tidy
-        libasio-dev:/usr/include/asio.hpp
         libbenchmark-dev:/usr/include/benchmark/benchmark.h
         llvm:llvm-symbolizer
         abigail-tools:abidw
