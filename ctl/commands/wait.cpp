@@ -110,12 +110,15 @@ class removals {
     std::set<std::uint32_t> ids_;
 };
 
-device await_removal(const request& asked, const time_limit& limit) {
+device await_removal(const request& asked, const time_limit& limit, const output& out) {
     removals seen;
     session::callbacks told;
     told.on_removal = [&seen](session&, const device& gone) { seen.add(gone.id); };
     connection to(asked, std::move(told));
     device chosen = to.choose();
+    if (asked.verbose) {
+        out.note("device " + std::to_string(chosen.id) + " is there");
+    }
     while (!seen.have(chosen.id)) {
         if (!to.service().is_connected()) {
             throw failure_with_status(exit_status::lost, "the connection to the service is lost");
@@ -136,7 +139,7 @@ void wait_for_event(const request& asked, output& out) {
         out.result({{"awaited", event}}, "the service answers\n");
         return;
     }
-    const device one = event == "removal" ? await_removal(asked, limit) : await_device(asked, limit);
+    const device one = event == "removal" ? await_removal(asked, limit, out) : await_device(asked, limit);
     out.result({{"awaited", event}, {"device", document_of(one)}}, line_of(one) + "\n");
 }
 

@@ -88,7 +88,7 @@ TEST(wait_for_a_device, tells_of_the_end_of_the_time_in_json) {
 TEST(wait_for_a_removal, ends_when_the_device_is_unplugged) {
     service_process service;
     child_process waiting(ctl_command({"wait", "removal", "-v"}), attachment::pipes);
-    await_connection(waiting);
+    waiting.read_errors_until("orvantactl: device 1 is there\n");
     service.tell("unplug 1");
     const run_of_a_program run = ended(waiting);
     EXPECT_EQ(run.end, succeeded);
@@ -112,7 +112,7 @@ TEST(wait_for_a_removal, ends_with_the_time_while_the_device_stays) {
 TEST(wait_for_a_removal, is_lost_with_the_service) {
     service_process service;
     child_process waiting(ctl_command({"wait", "removal", "-v"}), attachment::pipes);
-    await_connection(waiting);
+    waiting.read_errors_until("orvantactl: device 1 is there\n");
     service.kill();
     const run_of_a_program run = ended(waiting);
     EXPECT_EQ(run.end, status(exit_status::lost));
