@@ -63,10 +63,10 @@ class sender {
 };
 
 TEST(races_of_answer_deadline_cancel_and_end, end_each_request_once_in_one_way) {
+    std::atomic<int> received{0}; // outlives the service, which may still read when all has been tested
     client::config callbacks;
     callbacks.on_ack = [](client& from, unsigned) { from.fail_requests(vantu_orvanta_os_socket_error); };
     client_session session(std::move(callbacks));
-    std::atomic<int> received{0};
     session.service().respond_with([&](const bytes& datagram_of_request) {
         const int number = ++received;
         const bytes answer = op(64, datagram_of_request.at(10), join({id_5, {1}}));
