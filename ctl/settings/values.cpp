@@ -2,6 +2,7 @@
 
 #include "vantu/orvanta/common/format.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <nlohmann/json.hpp>
 
@@ -23,7 +24,7 @@ double decimal_of(float number) {
 }
 
 struct text_writer {
-    std::string operator()(bool on) const { return on ? "on" : "off"; }
+    std::string operator()(bool on) const { return std::string(words_of(value_kind::on_off)[on ? 0 : 1]); }
     std::string operator()(float number) const { return digits_of(number); }
     std::string operator()(handedness hand) const { return name_of(hand); }
     std::string operator()(const orientation& of) const {
@@ -58,12 +59,12 @@ std::optional<value> factor_in(std::string_view text) {
     return error == std::errc{} && stop == end ? factor_of(number) : std::nullopt;
 }
 
-std::optional<value> one_of(std::string_view text, std::string_view first, const value& meant_by_first,
-                            std::string_view second, const value& meant_by_second) {
-    if (text == first) {
-        return meant_by_first;
-    }
-    return text == second ? std::optional(meant_by_second) : std::nullopt;
+// The value that belongs to the word's place in the table.
+std::optional<value> word_in(value_kind kind, std::string_view text, const std::array<value, 2>& meant) {
+    const auto words = words_of(kind);
+    const auto found = std::find(words.begin(), words.end(), text);
+    return found == words.end() ? std::nullopt
+                                : std::optional(meant.at(static_cast<std::size_t>(found - words.begin())));
 }
 
 } // namespace
@@ -79,9 +80,9 @@ nlohmann::ordered_json json_of(const value& one) {
 std::optional<value> value_of(value_kind kind, std::string_view text) {
     switch (kind) {
     case value_kind::on_off:
-        return one_of(text, "on", true, "off", false);
+        return word_in(kind, text, {true, false});
     case value_kind::hand:
-        return one_of(text, "left", handedness::left, "right", handedness::right);
+        return word_in(kind, text, {handedness::left, handedness::right});
     case value_kind::fraction:
         return factor_in(text);
     case value_kind::quaternion:
