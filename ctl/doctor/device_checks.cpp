@@ -27,11 +27,6 @@ bool is_orvanta3(const device& one) {
     return one.type == device_type::orvanta3;
 }
 
-// A doctor's failure is a time-out or another one.
-exit_status status_of_failure(error_code code) {
-    return code == error_code::timed_out ? exit_status::timed_out : exit_status::refused;
-}
-
 std::string remedy_of(error_code code) {
     switch (code) {
     case error_code::timed_out:
@@ -86,7 +81,7 @@ opening open_all(connection& to, const std::vector<device>& wanted, std::chrono:
                                     : code_text(answer.error());
         told.push_back(formatted("device {} does not open: {}", one.id, why));
         if (is_usable(done.found)) {
-            done.found = failed(open_name, status_of_failure(answer.error()), "", remedy_of(answer.error()));
+            done.found = failed(open_name, status_of(answer.error()), "", remedy_of(answer.error()));
         }
         if (answer.error() == error_code::timed_out) {
             break;
@@ -166,7 +161,7 @@ finding check_request(const request_view& seen) {
     const error_code code = seen.last_failure.code;
     const bool is_refused = code != error_code::success && code != error_code::timed_out;
     if (is_refused || seen.times.empty()) {
-        return failed(request_name, status_of_failure(code),
+        return failed(request_name, status_of(code),
                       formatted("device {} was asked {} times for its orientation, {} answers: {}",
                                 seen.device_id, seen.asked, seen.times.size(), code_text(code)),
                       remedy_of(code));

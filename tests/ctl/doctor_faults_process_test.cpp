@@ -90,7 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
         cause{{"--drop", "@op=47"},
               exit_status::timed_out,
               "request: device 1 was asked 5 times for its orientation, 0 answers: operation timed out (4)"},
-        cause{{"--goodbye", "@op=47"}, exit_status::refused, "request: device 1 was asked "},
+        cause{{"--goodbye", "@op=47"}, exit_status::lost, "request: device 1 was asked "},
         cause{{"--drop", "@op=33"},
               exit_status::timed_out,
               "stream: device 1 sent no cursor state within 1000 ms"}));

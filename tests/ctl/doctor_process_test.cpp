@@ -119,7 +119,7 @@ TEST(doctor, connects_to_a_late_service_with_the_time_that_it_asks_for) {
 TEST(doctor, skips_the_stream_after_the_service_is_lost) {
     service_process service({"--goodbye", "@op=47"});
     const doctor_run run = doctor();
-    EXPECT_EQ(run.end, status(exit_status::refused));
+    EXPECT_EQ(run.end, status(exit_status::lost));
     EXPECT_EQ(run.outcome("request"), "failed");
     EXPECT_EQ(run.outcome("stream"), "skipped");
     EXPECT_EQ(run.seen("stream"), "the connection to the service is lost");
