@@ -14,15 +14,22 @@ int status_number(exit_status status) {
     return static_cast<int>(status);
 }
 
+void execute(int argument_count, const char* const* arguments, output& out) {
+    try {
+        const request asked = parse(argument_count, arguments);
+        asked.command->run(asked, out);
+    } catch (const help_asked& shown) {
+        output::write(shown.text);
+    }
+}
+
 int run(int argument_count, const char* const* arguments) {
     output out(asks_for_json(argument_count, arguments));
     try {
         watch_for_interruption();
-        const request asked = parse(argument_count, arguments);
-        asked.command->run(asked, out);
+        execute(argument_count, arguments, out);
         return status_number(exit_status::done);
-    } catch (const help_asked& shown) {
-        output::write(shown.text);
+    } catch (const output_closed&) {
         return status_number(exit_status::done);
     } catch (const failure_with_status& why) {
         out.error(why.status(), why.code(), why.what());
@@ -37,9 +44,5 @@ int run(int argument_count, const char* const* arguments) {
 } // namespace vantu::orvanta::ctl
 
 int main(int argument_count, char** arguments) {
-    try {
-        return vantu::orvanta::ctl::run(argument_count, arguments);
-    } catch (const vantu::orvanta::ctl::output_closed&) {
-        return 0;
-    }
+    return vantu::orvanta::ctl::run(argument_count, arguments);
 }

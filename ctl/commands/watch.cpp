@@ -154,7 +154,7 @@ class watching {
                             so_far.samples.rate_hz));
     }
 
-    // Whatever has ended it, all that was taken is written.
+    // All that was taken is written, whatever has ended it.
     void finish() {
         const std::optional<std::string> lost = taken_.end_reason();
         const live_view at_end = taken_.view(steady_clock::now());

@@ -2,9 +2,11 @@
 
 #include "vantu/orvanta/names.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <system_error>
 
 namespace vantu::orvanta::ctl {
 namespace {
@@ -32,9 +34,16 @@ void output::result(const nlohmann::ordered_json& document, std::string_view tex
 }
 
 void output::write(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+    errno = 0;
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
+        return;
+    }
+    // Windows calls a pipe that nobody reads an invalid argument.
+    if (errno == EPIPE || errno == EINVAL) {
         throw output_closed();
     }
+    throw failure_with_status(exit_status::refused,
+                              "cannot write the results: " + std::generic_category().message(errno));
 }
 
 void output::note(std::string_view line) const {

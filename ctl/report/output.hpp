@@ -22,7 +22,7 @@ class output {
     void result(const nlohmann::ordered_json& document, std::string_view text) const;
 
     // The text as it stands, in either kind: a sample of a stream, or a picture on a terminal. Throws
-    // output_closed.
+    // output_closed, and failure_with_status (refused) where the system refuses, as on a full disk.
     static void write(std::string_view text);
 
     // A line for people, on standard error; nothing in JSON.
