@@ -42,7 +42,7 @@ struct key_row {
 // Null when there is none.
 [[nodiscard]] const key_row* find_key(std::string_view name) noexcept;
 
-// The words that a value of this kind may be; none where it is a number.
+// The words that a value of this kind may be, on and left first; none where it is a number.
 [[nodiscard]] std::span<const std::string_view> words_of(value_kind kind) noexcept;
 // The values of this kind, as errors and the manual say it: "on or off".
 [[nodiscard]] std::string_view description_of(value_kind kind) noexcept;
