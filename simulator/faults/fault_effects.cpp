@@ -80,6 +80,7 @@ void fault_pipeline::hold_for_a_while(live_rule& rule, piped_datagram&& what, st
 void fault_pipeline::send_with_copies(live_rule& rule, const piped_datagram& what, std::size_t next_rule) {
     count(rule);
     piped_datagram copy = what;
+    copy.is_copy = true;
     if (rule.state.rule.kind == fault_kind::flood) {
         copy.bytes = idle_acknowledgement();
         copy.answer.reset();

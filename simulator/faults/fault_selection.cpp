@@ -37,7 +37,7 @@ std::optional<operation_place> fault_pipeline::refused_operation(const fault_rul
 
 bool fault_pipeline::fits(const fault_rule& rule, const piped_datagram& what) const {
     const fault_row& row = row_of(rule.kind);
-    if (in_action_ && row.act == fault_act::action) {
+    if ((in_action_ && row.act == fault_act::action) || (what.is_copy && row.act == fault_act::copies)) {
         return false;
     }
     if (rule.way.has_value() ? *rule.way != what.way

@@ -22,6 +22,7 @@ struct piped_datagram {
     peer with;
     datagram_bytes bytes;
     std::optional<std::uint8_t> answer; // the operation in it that answers a request
+    bool is_copy{false};                // added by a fault that makes copies
 };
 
 class held_datagrams {

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -70,15 +71,25 @@ TEST(random_sessions, go_as_the_delivered_bytes_say) {
                 static_cast<unsigned long long>(first));
     session_counts total;
     watchdog guard;
+    std::clock_t longest = 0;
+    std::uint64_t longest_seed = first;
     for (std::uint64_t seed = first; seed < first + sessions; ++seed) {
         guard.session_begins(seed);
+        const std::clock_t begin = std::clock();
         try {
             total.add(run_random_session(seed));
         } catch (const std::exception& failure) {
             ADD_FAILURE() << "session with seed " << seed << ": " << failure.what() << "\nits faults:\n"
                           << faults_of_session(seed);
         }
+        if (const std::clock_t taken = std::clock() - begin; taken > longest) {
+            longest = taken;
+            longest_seed = seed;
+        }
     }
+    std::printf("the longest had the seed %llu and %.2f s of processor time\n",
+                static_cast<unsigned long long>(longest_seed),
+                static_cast<double>(longest) / CLOCKS_PER_SEC);
     std::printf("%llu connects, %llu polls, %llu requests, %llu answers, %llu ends of the process\n",
                 static_cast<unsigned long long>(total.connects), static_cast<unsigned long long>(total.polls),
                 static_cast<unsigned long long>(total.requests),

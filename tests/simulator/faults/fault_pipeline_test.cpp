@@ -138,6 +138,15 @@ TEST(fault_pipeline, readdresses_an_answer) {
     EXPECT_THAT(fixture.out(gravity), ElementsAre(readdressed));
 }
 
+TEST(fault_pipeline, makes_no_copies_of_copies) {
+    pipeline_fixture fixture;
+    fixture.add("duplicate 2");
+    fixture.add("flood 2@p=1");
+    fixture.add("duplicate 1");
+    EXPECT_THAT(fixture.out(gravity), ElementsAre(gravity, gravity, filler, filler, gravity, gravity));
+    EXPECT_EQ(fixture.counts(fault_kind::flood), "1/1");
+}
+
 TEST(fault_pipeline, floods_with_tiny_datagrams_right_after) {
     pipeline_fixture fixture;
     fixture.add("flood 3@op=81");
