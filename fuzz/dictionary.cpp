@@ -4,6 +4,7 @@
 // usage: fuzz_dictionary wire|text FILE
 #include "simulator/control/scenario.hpp"
 #include "simulator/faults/faults.hpp"
+#include "simulator/service/configuration_json.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 #include "vantu/orvanta/communication/operations.hpp"
 
@@ -60,7 +61,7 @@ void print_text(std::ostream& out) {
     };
     print_all(simulator::scenario_members::scenario);
     print_all(simulator::scenario_members::device);
-    print_all(simulator::scenario_members::configuration);
+    print_all(simulator::configuration_members);
     print_all(simulator::scenario_members::step);
     print_all(simulator::scenario_members::event);
     constexpr std::string_view words[]{"@",      "n=",          "p=",          "op=",

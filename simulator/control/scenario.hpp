@@ -43,8 +43,6 @@ inline constexpr std::array scenario_events{
 namespace scenario_members {
 inline constexpr std::array<std::string_view, 5> scenario{"version", "about", "seed", "devices", "steps"};
 inline constexpr std::array<std::string_view, 5> device{"type", "id", "short_id", "uuid", "configuration"};
-inline constexpr std::array<std::string_view, 3> configuration{"gravity_compensation", "torque_scaling",
-                                                               "handedness"};
 inline constexpr std::array<std::string_view, 4> step{"at", "after", "delay", "do"};
 inline constexpr std::array<std::string_view, 3> event{"event", "op", "n"};
 } // namespace scenario_members

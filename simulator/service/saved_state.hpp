@@ -27,8 +27,8 @@ class saved_state {
     std::map<std::string, configuration> kept_; // by the device's uuid_text
 };
 
-// The file's text for the given configurations, and back. The reader throws std::runtime_error with one
-// line that says what is wrong.
+// The file's text for the given configurations, and back. The reader throws located_error. What a
+// configuration lacks is as it leaves the factory.
 [[nodiscard]] std::string state_text_of(const std::map<std::string, configuration>& kept);
 [[nodiscard]] std::map<std::string, configuration> read_state_text(const std::string& text);
 

@@ -107,7 +107,7 @@ TEST_F(the_program, ends_with_1_and_one_line_when_the_state_file_is_wrong_and_le
     const auto end = running_simulator({"--port", "0", "--state", path}).wait_for_end();
     EXPECT_EQ(end.status, 1);
     EXPECT_EQ(end.output, "");
-    EXPECT_EQ(end.errors, "orvanta-simulator: " + path + ": version is not 1\n");
+    EXPECT_EQ(end.errors, "orvanta-simulator: " + path + ":1: version is 7; 1 would be right\n");
     std::ifstream stream(path);
     EXPECT_EQ((std::string{std::istreambuf_iterator<char>(stream), {}}), text);
 }

@@ -2,6 +2,7 @@
 #include "simulator/control/options.hpp"
 
 #include "simulator/control/scenario.hpp"
+#include "simulator/service/configuration_json.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 
 #include <gmock/gmock.h>
@@ -237,7 +238,7 @@ TEST(options, show_every_verb_and_every_member_and_event_of_scenarios) {
     for (const auto member : scenario_members::device) {
         EXPECT_THAT(scenario, HasSubstr('"' + std::string(member) + "\":"));
     }
-    for (const auto member : scenario_members::configuration) {
+    for (const auto member : configuration_members) {
         EXPECT_THAT(scenario, HasSubstr('"' + std::string(member) + "\":"));
     }
     for (const auto member : scenario_members::step) {

@@ -1,6 +1,7 @@
 // The manual pages and docs/simulator.md against the tables that options, verbs, faults and scenarios go by.
 #include "simulator/control/options.hpp"
 #include "simulator/control/scenario.hpp"
+#include "simulator/service/configuration_json.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 
 #include <array>
@@ -107,7 +108,7 @@ TEST(the_pages, have_every_member_and_event_of_scenarios) {
     for (const std::string_view member : scenario_members::device) {
         has_member(member);
     }
-    for (const std::string_view member : scenario_members::configuration) {
+    for (const std::string_view member : configuration_members) {
         has_member(member, "[.]Va ");
     }
     for (const std::string_view member : scenario_members::step) {

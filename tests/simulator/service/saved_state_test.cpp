@@ -78,19 +78,18 @@ TEST_F(state_file, has_this_text) {
     EXPECT_EQ(read(), R"({
   "version": 1,
   "devices": {
-    "6e2b84105f3c4d719a03c53800000001": {
-      "gravity_compensation": {
-        "enabled": true,
-        "scaling_factor": 0.75
-      },
-      "torque_scaling": {
-        "enabled": true
-      },
-      "handedness": "right"
-    }
+    "6e2b84105f3c4d719a03c53800000001": {"gravity_compensation": {"enabled": true, "scaling_factor": 0.75}, "torque_scaling": {"enabled": true}, "handedness": "right"}
   }
 }
 )");
+}
+
+TEST_F(state_file, leaves_as_from_the_factory_what_a_configuration_lacks) {
+    write(file_of(R"({"gravity_compensation": {"scaling_factor": 0.25}})"));
+    std::vector<device> devices = make_devices(1, 0);
+    devices[0].settings = unusual();
+    saved_state(path).apply_to(devices);
+    EXPECT_EQ(devices[0].settings, (configuration{true, 0.25F, true, 1}));
 }
 
 TEST_F(state_file, keeps_devices_that_are_not_simulated_this_time) {
@@ -149,63 +148,49 @@ TEST_F(state_file, cannot_replace_a_folder_and_leaves_no_temporary_file) {
 }
 
 TEST_F(state_file, that_is_wrong_is_told_in_one_line_with_path_and_reason) {
-    const std::string good_gravity = R"("gravity_compensation": {"enabled": true, "scaling_factor": 0.5})";
-    const std::string good_torque = R"("torque_scaling": {"enabled": true})";
-    const std::string good_hand = R"("handedness": "left")";
     const std::string place = std::string("device ") + first_uuid;
     const auto gravity = [&](const std::string& value) {
-        return file_of("{\"gravity_compensation\": " + value + ", " + good_torque + ", " + good_hand + "}");
+        return file_of("{\"gravity_compensation\": " + value + "}");
     };
     const std::pair<std::string, std::string> cases[] = {
-        {"", "no JSON text: parse error"},
-        {"{\"version\": 1, \"devices\": {", "no JSON text: parse error"},
-        {"\xFF\xFE", "no JSON text: parse error"},
-        {"[]", "the whole is no object"},
-        {"{}", "the whole has no \"version\""},
-        {R"({"version": 1})", "the whole has no \"devices\""},
-        {R"({"version": 2, "devices": {}})", "version is not 1"},
-        {R"({"version": "1", "devices": {}})", "version is not 1"},
-        {R"({"version": 1, "devices": []})", "devices is no object"},
-        {R"({"version": 1, "devices": {}, "more": 0})", "the whole has an unknown member \"more\""},
+        {"", "1: syntax error while parsing "},
+        {"{\"version\": 1,\n \"devices\": {", "2: syntax error while parsing "},
+        {"\xFF\xFE", "1: syntax error while parsing "},
+        {"[]", "1: the whole is an array; an object with \"version\" and \"devices\" would be right"},
+        {"{}", "1: the whole has no \"version\"; it needs one"},
+        {R"({"version": 1})", "1: the whole has no \"devices\"; it needs one"},
+        {R"({"version": 2, "devices": {}})", "1: version is 2; 1 would be right"},
+        {R"({"version": "1", "devices": {}})", "1: version is \"1\"; 1 would be right"},
+        {"{\"version\": 1,\n\"devices\": []}", "2: devices is an array; an object would be right"},
+        {R"({"version": 1, "devices": {}, "more": 0})", "1: the whole has an unknown member \"more\"; "},
         {R"({"version": 1, "devices": {}, "two\nlines": 0})",
-         "the whole has an unknown member \"two?lines\""},
-        {"{\"version\": 1, \"devices\": {}, \"a\x7F\": 0}", "the whole has an unknown member \"a?\""},
-        {"{\"version\": \x7F}", "no JSON text: parse error"},
-        {R"({"version": 1, "devices": {"1": {}}})", "\"1\" is no device"},
-        {file_of("3"), place + " is no object"},
-        {file_of("{" + good_gravity + ", " + good_torque + "}"), place + " has no \"handedness\""},
-        {file_of("{" + good_gravity + ", " + good_hand + "}"), place + " has no \"torque_scaling\""},
-        {file_of("{" + good_torque + ", " + good_hand + "}"), place + " has no \"gravity_compensation\""},
-        {file_of("{" + good_gravity + ", " + good_torque + R"(, "handedness": "up"})"),
-         place + " handedness is neither \"right\" nor \"left\""},
-        {file_of("{" + good_gravity + R"(, "torque_scaling": {"enabled": 1}, )" + good_hand + "}"),
-         place + " torque_scaling enabled is neither true nor false"},
-        {gravity(R"({"enabled": "yes", "scaling_factor": 0.5})"),
-         place + " gravity_compensation enabled is neither true nor false"},
-        {gravity(R"({"enabled": true})"), place + " gravity_compensation has no \"scaling_factor\""},
-        {gravity(R"({"enabled": true, "scaling_factor": 1.5})"),
-         place + " gravity_compensation scaling_factor is no number from 0 to 1"},
-        {gravity(R"({"enabled": true, "scaling_factor": -0.5})"),
-         place + " gravity_compensation scaling_factor is no number from 0 to 1"},
-        {gravity(R"({"enabled": true, "scaling_factor": 1e300})"),
-         place + " gravity_compensation scaling_factor is no number from 0 to 1"},
-        {gravity(R"({"enabled": true, "scaling_factor": 1e999})"),
-         place + " gravity_compensation scaling_factor is a number out of range"},
-        {gravity(R"({"enabled": true, "scaling_factor": -1e999})"),
-         place + " gravity_compensation scaling_factor is a number out of range"},
-        {R"({"version": 1e999, "devices": {}})", "version is a number out of range"},
-        {R"({"version": 1, "devices": {"x": {"a": {}, "b": [{}, {"c": 2}, 1e999]}}})",
-         "device x b is a number out of range"},
-        {R"({"version": 1, "devices": {"x": 0}, "more": 1e999})", "more is a number out of range"},
-        {R"({"version": 1, "devices": 1e999})", "devices is a number out of range"},
-        {"1e999", "the whole is a number out of range"},
-        {gravity(R"({"enabled": true, "scaling_factor": null})"),
-         place + " gravity_compensation scaling_factor is no number from 0 to 1"},
+         "1: the whole has an unknown member \"two?lines\"; "},
+        {"{\"version\": 1, \"devices\": {}, \"a\x7F\": 0}", "1: the whole has an unknown member \"a?\"; "},
+        {"{\"version\": \x7F}", "1: syntax error while parsing "},
+        {R"({"version": 1, "devices": {"1": {}}})",
+         "1: \"1\" is no device; 32 hexadecimal digits in lower case would be right"},
+        {file_of("3"), "1: " + place + " is 3; an object with "},
+        {file_of(R"({"handedness": "up"})"),
+         "1: " + place + " handedness is \"up\"; \"right\" or \"left\" would be right"},
+        {file_of(R"({"torque_scaling": {"enabled": 1}})"),
+         "1: " + place + " torque_scaling enabled is 1; true or false would be right"},
+        {gravity(R"({"enabled": "yes"})"),
+         "1: " + place + " gravity_compensation enabled is \"yes\"; true or false would be right"},
+        {gravity(R"({"scaling_factor": 1.5})"),
+         "1: " + place + " gravity_compensation scaling_factor is 1.5; a number from 0 to 1 would be right"},
+        {gravity(R"({"scaling_factor": -0.5})"),
+         "1: " + place + " gravity_compensation scaling_factor is -0.5; "},
+        {gravity(R"({"scaling_factor": 1e300})"),
+         "1: " + place + " gravity_compensation scaling_factor is 1e+300; "},
+        {gravity(R"({"scaling_factor": null})"),
+         "1: " + place + " gravity_compensation scaling_factor is null; "},
+        {gravity(R"({"scaling_factor": 1e999})"), "1: "},
+        {R"({"version": 1e999, "devices": {}})", "1: "},
     };
     for (const auto& [text, reason] : cases) {
         write(text);
         const std::string refused = refusal_of_load();
-        EXPECT_THAT(refused, StartsWith(path + ": " + reason)) << text;
+        EXPECT_THAT(refused, StartsWith(path + ":" + reason)) << text;
         EXPECT_THAT(refused, Not(HasSubstr("\n")));
         EXPECT_THAT(refused, Not(HasSubstr("\x7F")));
         EXPECT_EQ(read(), text);
