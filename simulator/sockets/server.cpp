@@ -46,17 +46,6 @@ std::size_t server::serve_waiting() {
     return taken;
 }
 
-void server::serve(const std::function<bool()>& stop, std::int64_t longest_ns) {
-    while (!stop()) {
-        serve_waiting();
-        const std::int64_t now = clock_();
-        const std::int64_t sleep = std::clamp<std::int64_t>(drive_.next_due_ns() - now, 0, longest_ns);
-        (void)wait_for_packets(sockets_.sockets(), platform::steady_now_ns() + sleep);
-    }
-    target_.say_goodbye();
-    send_outgoing();
-}
-
 std::size_t server::receive_waiting(std::size_t listener) {
     const socket_handle socket = sockets_.sockets()[listener];
     std::size_t taken = 0;

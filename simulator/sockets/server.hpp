@@ -1,4 +1,4 @@
-// The simulation on its sockets: datagrams in, datagrams out, asleep in between.
+// The simulation on its sockets: datagrams in, datagrams out.
 #pragma once
 
 #include "simulator/simulation/simulation.hpp"
@@ -29,8 +29,6 @@ struct simulation_drive {
 
 class server {
   public:
-    static constexpr std::int64_t longest_sleep_ns = 200'000'000;
-
     // Target and sockets outlive the server.
     server(simulation& target, const listeners& sockets, clock_function clock);
     server(simulation& target, const listeners& sockets, clock_function clock, simulation_drive drive);
@@ -41,10 +39,6 @@ class server {
 
     // Sends what the simulation has to send.
     void send_outgoing();
-
-    // Serves until stop says so, asked after each sleep; none is longer than the given one, and a signal
-    // ends it early. Then says goodbye to all clients.
-    void serve(const std::function<bool()>& stop, std::int64_t longest_ns = longest_sleep_ns);
 
   private:
     std::size_t receive_waiting(std::size_t listener);

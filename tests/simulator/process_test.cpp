@@ -288,7 +288,7 @@ TEST_F(the_program, ends_with_2_and_one_line_when_devices_are_counted_beside_a_s
         running_simulator({"--port", "0", "--scenario", path, "--palmetron", "2"}).wait_for_end();
     EXPECT_EQ(end.status, 2);
     EXPECT_EQ(end.output, "");
-    EXPECT_EQ(end.errors, "orvanta-simulator: --orvanta3 and --palmetron: the scenario names its devices; "
+    EXPECT_EQ(end.errors, "orvanta-simulator: orvanta3 and palmetron: the scenario names its devices; "
                           "one of the two would be right\n");
 }
 
