@@ -3,6 +3,7 @@
 #include "simulator/control/console_input.hpp"
 #include "simulator/control/options.hpp"
 #include "simulator/control/shutdown_signal.hpp"
+#include "simulator/control/trace_file.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/common/log.hpp"
@@ -87,6 +88,11 @@ int simulate(options chosen) {
     chosen.simulated.show = print;
     if (chosen.verbose) {
         chosen.simulated.narrate = say;
+    }
+    std::optional<trace_file> trace;
+    if (!chosen.trace_path.empty()) {
+        trace.emplace(chosen.trace_path, say);
+        chosen.simulated.trace = [&trace](std::string_view line) { trace->write(line); };
     }
     service_simulator service(std::move(chosen.simulated));
     watch_for_shutdown();

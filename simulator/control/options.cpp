@@ -165,6 +165,12 @@ void add_service_options(CLI::App& app, options& chosen, std::size_t& port, std:
     app.add_option("--state", simulated.state_path, "File that keeps the saved configurations")
         ->check(file_name())
         ->type_name("FILE");
+    app.add_option("--trace", chosen.trace_path, "File for a line a datagram; - is standard output")
+        ->check(file_name())
+        ->type_name("FILE");
+    app.add_option("--capture", simulated.capture_path, "File for what the sockets carry, in the pcap format")
+        ->check(file_name())
+        ->type_name("FILE");
     app.add_flag("--verbose", chosen.verbose, "Tell on standard error what the service does");
 }
 

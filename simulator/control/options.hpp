@@ -13,6 +13,7 @@ namespace vantu::orvanta::simulator {
 
 struct options {
     service_simulator::settings simulated; // without its functions
+    std::string trace_path;                // "-": standard output; empty: no trace
     bool interactive{false};
     bool verbose{false};
 };

@@ -30,17 +30,37 @@ const std::string& with_sockets(const std::string& port) {
 service_simulator::implementation::implementation(settings wanted)
     : manual_clock_(wanted.manual_clock), show_(wanted.show), prepared_(prepare(wanted)),
       simulated_(prepared_.simulated), sockets_(with_sockets(wanted.port)),
-      runner_(simulated_, prepared_.steps,
-              [this](std::string_view text) {
-                  if (show_) {
-                      show_(text);
-                  }
-              }),
+      record_(wanted, simulated_, times()), runner_(simulated_, prepared_.steps,
+                                                    [this](std::string_view text) {
+                                                        if (show_) {
+                                                            show_(text);
+                                                        }
+                                                    }),
       server_(
           simulated_, sockets_, [this] { return time_ns(); }, drive()) {
     for (const fault_rule& rule : prepared_.faults) {
         simulated_.add_fault(rule);
     }
+    if (record_.is_wanted()) {
+        server_.tell([this](const wire_datagram& what) { record_.note(what); });
+        simulated_.watch_faults([this](const fault_note& what) { record_.note(what); });
+    }
+}
+
+// With a manual clock a capture begins with the year 1970, so that it is the same each time.
+record_times service_simulator::implementation::times() {
+    return {[this] { return time_ns(); },
+            [this] {
+                using namespace std::chrono;
+                return manual_clock_
+                           ? manual_ns_
+                           : duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
+            }};
+}
+
+void service_simulator::implementation::tell_all() {
+    record_.flush();
+    happened_.notify_all();
 }
 
 simulation_drive service_simulator::implementation::drive() {
@@ -80,7 +100,7 @@ std::string service_simulator::implementation::command(std::string_view line) {
     }
     notice_quit();
     server_.send_outgoing();
-    happened_.notify_all();
+    tell_all();
     return result.text;
 }
 
@@ -159,7 +179,7 @@ std::optional<std::int64_t> service_simulator::implementation::turn() {
         return std::nullopt;
     }
     server_.serve_waiting();
-    happened_.notify_all();
+    tell_all();
     notice_quit();
     return quit_ ? std::nullopt : std::make_optional(runner_.next_due_ns() - time_ns());
 }
@@ -176,17 +196,16 @@ void service_simulator::implementation::advance(std::chrono::nanoseconds by) {
     if (by.count() < 0 || by > longest_advance) {
         throw std::invalid_argument("time moves on by 0 to 24 hours at once");
     }
-    // In steps, so that what is sent does not pile up; and at once where nothing is due.
-    constexpr std::int64_t longest_step_ns = 100'000'000;
+    // From one due time to the next, so that what is sent does not pile up, and each goes out at its time.
     const std::scoped_lock lock(mutex_);
     const std::int64_t end_ns = manual_ns_ + by.count();
     while (manual_ns_ < end_ns && !quit_) {
-        const std::int64_t step_ns = std::max(manual_ns_ + longest_step_ns, runner_.next_due_ns());
-        manual_ns_ = std::min(end_ns, step_ns);
+        manual_ns_ = std::clamp(runner_.next_due_ns(), manual_ns_ + 1, end_ns);
         runner_.advance_to(manual_ns_);
         server_.send_outgoing();
         notice_quit();
     }
+    record_.flush();
     manual_ns_ = end_ns;
 }
 
@@ -198,6 +217,7 @@ std::size_t service_simulator::implementation::serve_waiting() {
         taken = server_.serve_waiting();
         notice_quit();
     }
+    record_.flush();
     return all;
 }
 
@@ -215,7 +235,7 @@ void service_simulator::implementation::quit() {
 void service_simulator::implementation::say_goodbye() {
     simulated_.say_goodbye();
     server_.send_outgoing();
-    happened_.notify_all();
+    tell_all();
 }
 
 } // namespace vantu::orvanta

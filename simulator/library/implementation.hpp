@@ -4,6 +4,7 @@
 
 #include "simulator/control/scenario_runner.hpp"
 #include "simulator/library/prepared_settings.hpp"
+#include "simulator/library/traffic_record.hpp"
 #include "simulator/sockets/listeners.hpp"
 #include "simulator/sockets/server.hpp"
 
@@ -52,6 +53,7 @@ class service_simulator::implementation {
 
   private:
     [[nodiscard]] simulator::simulation_drive drive();
+    [[nodiscard]] simulator::record_times times();
     [[nodiscard]] std::int64_t time_ns() const;
 
     void begin();
@@ -63,12 +65,15 @@ class service_simulator::implementation {
     void notice_quit();
     void quit();
     void say_goodbye();
+    // After datagrams have come or gone.
+    void tell_all();
 
     bool manual_clock_;
     std::function<void(std::string_view text)> show_;
     simulator::prepared_settings prepared_;
     simulator::simulation simulated_;
     simulator::listeners sockets_;
+    simulator::traffic_record record_;
     simulator::scenario_runner runner_;
     simulator::server server_;
     mutable std::mutex mutex_; // guards all above and below but the thread

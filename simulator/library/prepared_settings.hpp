@@ -1,4 +1,4 @@
-// What the settings of a simulator come to: checked, read from their files, the seed chosen.
+// The settings of a simulator, checked and read from their files, with the seed chosen.
 #pragma once
 
 #include "simulator/control/scenario.hpp"

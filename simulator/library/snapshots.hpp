@@ -1,4 +1,4 @@
-// What a simulation holds now, as the data of the public header.
+// The state of a simulation as the data of the public header.
 #pragma once
 
 #include "simulator/simulation/simulation.hpp"

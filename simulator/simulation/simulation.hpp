@@ -81,6 +81,9 @@ class simulation {
     // Tells all clients goodbye and forgets them.
     void say_goodbye();
 
+    // Told of each fault that happens to a datagram, before it does; empty: nobody is told.
+    void watch_faults(note_function watcher) { pipeline_.tell(std::move(watcher)); }
+
     // Told of each operation that the service has received or sent, faults being done, inside receive and
     // advance_to; empty: nobody is told.
     void observe(observe_function observer) { observer_ = std::move(observer); }

@@ -1,5 +1,4 @@
-// What a user's test asks a simulator for: clients, devices, rules and operations as data, and waiting for
-// them.
+// Clients, devices, rules and operations of a simulator as data, and waiting for operations.
 #include "simulator_library/simulated_client.hpp"
 
 #include <chrono>

@@ -64,6 +64,7 @@ const option_of_a_setting options_of_settings[]{
     {"--rate", "0.5", [](const auto& set) { return set.rate_hz == 0.5; }},
     {"--state", "a file", [](const auto& set) { return set.state_path == "a file"; }},
     {"--seed", "18446744073709551615", [](const auto& set) { return set.seed == 18446744073709551615U; }},
+    {"--capture", "a file", [](const auto& set) { return set.capture_path == "a file"; }},
     {"--scenario", "a file", [](const auto& set) { return set.scenario_path == "a file"; }},
     {"--drop", "0.5", [](const auto& set) { return set.faults == std::vector<std::string>{"drop @p=0.5"}; }},
 };
@@ -81,12 +82,13 @@ TEST(options, become_settings_of_the_library) {
         EXPECT_FALSE(one.is_set(nothing)) << one.name;
     }
     EXPECT_TRUE(parse({"--verbose"}).chosen.verbose);
+    EXPECT_EQ(parse({"--trace", "-"}).chosen.trace_path, "-");
     EXPECT_TRUE(parse({"--interactive"}).chosen.interactive);
 }
 
 TEST(options, are_settings_of_the_library_but_for_those_of_the_program_alone) {
-    // The library has functions in the place of --verbose.
-    std::set<std::string> known{"--help", "--version", "--interactive", "--verbose"};
+    // The library has functions in the place of --verbose and --trace.
+    std::set<std::string> known{"--help", "--version", "--interactive", "--verbose", "--trace"};
     for (const option_of_a_setting& one : options_of_settings) {
         known.insert(one.name);
     }
@@ -150,6 +152,9 @@ TEST(options, that_are_wrong_are_told_in_one_line_that_names_them) {
         {"--rate", "fast"},
         {"--state", ""},
         {"--state"},
+        {"--trace", ""},
+        {"--trace"},
+        {"--capture", ""},
         {"--scenario", ""},
         {"--scenario"},
         {"--seed", "-1"},
@@ -200,9 +205,10 @@ TEST(options, show_the_version) {
 
 TEST(options, show_their_help_whatever_else_is_said) {
     const std::string help = shown({"--help"});
-    for (const char* name : {"--port", "--orvanta3", "--palmetron", "--announce", "--single-client", "--rate",
-                             "--state", "--verbose", "--seed", "--scenario", "--interactive", "--help",
-                             "--version", "--help faults", "--help scenario", "--help console"}) {
+    for (const char* name :
+         {"--port", "--orvanta3", "--palmetron", "--announce", "--single-client", "--rate", "--state",
+          "--trace", "--capture", "--verbose", "--seed", "--scenario", "--interactive", "--help", "--version",
+          "--help faults", "--help scenario", "--help console"}) {
         EXPECT_THAT(help, HasSubstr(name));
     }
     EXPECT_EQ(shown({"-h"}), help);

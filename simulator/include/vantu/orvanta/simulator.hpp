@@ -49,12 +49,20 @@ class service_simulator {
         // With it nothing moves but by advance and serve_waiting; without it by a thread of its own, between
         // start and stop.
         bool manual_clock{false};
+        std::string
+            capture_path; // file of a capture (pcap) of all that the sockets receive and send; empty: none
         // Told in lines what the service does, what has failed (a configuration that could not be saved), and
         // what verbs of the scenario show. Called with the simulator's lock held, on its thread or the
         // caller's: they must not call the simulator. Each may be empty.
         std::function<void(std::string_view line)> narrate;
         std::function<void(std::string_view line)> warn;
         std::function<void(std::string_view text)> show;
+        // Told a line for each datagram that a socket has received or sent:
+        //     0.012300 out 127.0.0.1:54321 42 'my program': device_opened tag=1 device_id=1
+        // the seconds since the start, the way, the client's address, id and name ("-" before the service
+        // knows it), the operations. A line that ends in "<- " and a rule is of a datagram to which that
+        // fault happens, as it was before; a lost one has no other line.
+        std::function<void(std::string_view line)> trace;
     };
 
     // The way of a datagram, as dir=in and dir=out of a fault.
@@ -104,7 +112,7 @@ class service_simulator {
     };
 
     // Opens the port. Throws std::invalid_argument for settings out of range, and std::runtime_error with
-    // one line for a port that cannot be had and a file that is wrong.
+    // one line for a port that cannot be had, a file that is wrong and a capture that cannot be written.
     explicit service_simulator(settings wanted);
     // Ends as stop does.
     ~service_simulator();
@@ -129,7 +137,7 @@ class service_simulator {
 
     [[nodiscard]] counters count() const;
 
-    // What is there now, in the order of `status`.
+    // Clients, devices and rules as they are now, in the order of `status`.
     [[nodiscard]] std::vector<client> clients() const;
     [[nodiscard]] std::vector<device> devices() const;
     [[nodiscard]] std::vector<rule> rules() const;
@@ -174,10 +182,10 @@ class service_simulator {
     // word.
     void stop();
 
-    // Moves the time on and sends what becomes due on the way, each at its time. A time in which nothing is due
-    // is passed over at once; each state on the way costs some microseconds, as it is sent. Datagrams that wait
-    // are not looked at. Throws std::logic_error without a manual clock, and std::invalid_argument for a
-    // negative time and one beyond longest_advance.
+    // Moves the time on and sends what becomes due on the way, each at its time. A time in which nothing is
+    // due is passed over at once; each state on the way costs some microseconds, as it is sent. Datagrams
+    // that wait are not looked at. Throws std::logic_error without a manual clock, and std::invalid_argument
+    // for a negative time and one beyond longest_advance.
     void advance(std::chrono::nanoseconds by);
     static constexpr std::chrono::hours longest_advance{24};
 
