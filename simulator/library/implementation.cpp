@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <utility>
 
 namespace vantu::orvanta {
 
@@ -27,7 +26,7 @@ const std::string& with_sockets(const std::string& port) {
 
 } // namespace
 
-service_simulator::implementation::implementation(settings wanted)
+service_simulator::implementation::implementation(const settings& wanted)
     : manual_clock_(wanted.manual_clock), show_(wanted.show), prepared_(prepare(wanted)),
       simulated_(prepared_.simulated), sockets_(with_sockets(wanted.port)),
       record_(wanted, simulated_, times()), runner_(simulated_, prepared_.steps,

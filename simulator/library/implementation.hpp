@@ -23,7 +23,7 @@ namespace vantu::orvanta {
 
 class service_simulator::implementation {
   public:
-    explicit implementation(settings wanted);
+    explicit implementation(const settings& wanted);
     ~implementation() { stop(); }
     implementation(const implementation&) = delete;
     implementation& operator=(const implementation&) = delete;

@@ -7,14 +7,13 @@
 #include "vantu/orvanta/common/format.hpp"
 
 #include <stdexcept>
-#include <utility>
 
 namespace vantu::orvanta {
 
 using namespace simulator;
 
-service_simulator::service_simulator(settings wanted)
-    : implementation_(std::make_unique<implementation>(std::move(wanted))) {}
+service_simulator::service_simulator(const settings& wanted)
+    : implementation_(std::make_unique<implementation>(wanted)) {}
 
 service_simulator::~service_simulator() = default;
 

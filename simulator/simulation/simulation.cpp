@@ -118,6 +118,15 @@ bool simulation::configure(std::uint32_t device_id, const configuration& setting
     return done;
 }
 
+void simulation::send(const peer& to, std::span<const std::byte> datagram) {
+    outgoing_datagram made{to};
+    const std::size_t size = std::min<std::size_t>(datagram.size(), made.bytes.write_len());
+    std::copy_n(datagram.begin(), size, made.bytes.unwritten());
+    made.bytes.skip_write(size);
+    pipeline_.from_service(made, now_ns_);
+    settle();
+}
+
 void simulation::restart() {
     std::vector<device> devices;
     for (const device& one : service_.devices()) {

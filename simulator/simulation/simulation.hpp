@@ -75,6 +75,9 @@ class simulation {
     // it.
     bool configure(std::uint32_t device_id, const configuration& settings);
 
+    // Sends a datagram of at most 2048 bytes, which the service itself would not; faults can happen to it.
+    void send(const peer& to, std::span<const std::byte> datagram);
+
     // Forgets all clients without a word; every device has its saved configuration again.
     void restart();
 

@@ -75,6 +75,18 @@ TEST(a_command, reaches_the_client_at_once) {
     EXPECT_EQ(service.count().clients, 0U);
 }
 
+TEST(a_command, sends_what_the_service_by_itself_never_does) {
+    service_simulator service(by_hand());
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    service.command("send device_block_reply device_id=1 tag=4 bytes=000102030405060708090a0b0c0d0e0f");
+    client.poll_until(vantu_orvanta_event_device_block);
+    EXPECT_EQ(client.last.tag, 4U);
+    EXPECT_EQ(client.last.device_id, 1U);
+    EXPECT_EQ(client.last.payload[15], 15U);
+    EXPECT_EQ(service.operations(service_simulator::direction::out, "device_block_reply"), 1U);
+}
+
 TEST(a_command, to_quit_says_goodbye_and_ends_the_service) {
     service_simulator service(by_hand());
     simulated_client client(service);

@@ -113,7 +113,7 @@ class service_simulator {
 
     // Opens the port. Throws std::invalid_argument for settings out of range, and std::runtime_error with
     // one line for a port that cannot be had, a file that is wrong and a capture that cannot be written.
-    explicit service_simulator(settings wanted);
+    explicit service_simulator(const settings& wanted);
     // Ends as stop does.
     ~service_simulator();
     service_simulator(const service_simulator&) = delete;
