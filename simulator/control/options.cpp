@@ -1,6 +1,7 @@
 #include "simulator/control/options.hpp"
 
 #include "shared/text_lines.hpp"
+#include "simulator/faults/faults.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
 #include "vantu/orvanta/common/version.hpp"
@@ -9,12 +10,13 @@
 #include <algorithm>
 #include <charconv>
 #include <map>
+#include <vector>
 
 namespace vantu::orvanta::simulator {
 namespace {
 
-const std::map<std::string, announce_order> announce_orders{{"before", announce_order::before},
-                                                            {"after", announce_order::after}};
+const std::map<std::string, service_simulator::announce> announce_orders{
+    {"before", service_simulator::announce::before}, {"after", service_simulator::announce::after}};
 
 constexpr std::size_t greatest_port = 65535;
 
@@ -66,12 +68,13 @@ class fault_options {
         }
     }
 
-    [[nodiscard]] std::vector<fault_rule> rules(const CLI::App& app) const {
-        std::vector<fault_rule> read;
+    // As the settings take them.
+    [[nodiscard]] std::vector<std::string> texts(const CLI::App& app) const {
+        std::vector<std::string> read;
         std::map<const CLI::Option*, std::size_t> taken;
         for (const CLI::Option* option : app.parse_order()) {
             if (const auto found = rows_.find(option); found != rows_.end()) {
-                read.push_back(rule_of(*found->second, option->results().at(taken[option]++)));
+                read.push_back(text_of(rule_of(*found->second, option->results().at(taken[option]++))));
             }
         }
         return read;
@@ -134,29 +137,38 @@ void describe(CLI::App& app) {
                "Topics: --help faults, --help scenario, --help console, --help FAULT.");
 }
 
+void add_count(CLI::App& app, const std::string& name, std::optional<std::size_t>& count,
+               const std::string& what) {
+    app.add_option(name, count, what)
+        ->check(whole_numbers_to(most_devices_of_a_type))
+        ->default_str("1")
+        ->type_name("N");
+}
+
 void add_service_options(CLI::App& app, options& chosen, std::size_t& port, std::string& announce) {
+    service_simulator::settings& simulated = chosen.simulated;
     app.add_option("--port", port, "UDP port on 127.0.0.1 and ::1; 0 takes a free one")
         ->check(whole_numbers_to(greatest_port))
         ->capture_default_str()
         ->type_name("N");
-    app.add_option("--orvanta3", chosen.orvanta3_count, "Number of Orvanta3 devices, 0 to 256")
-        ->check(whole_numbers_to(most_devices_of_a_type))
-        ->capture_default_str()
-        ->type_name("N");
-    app.add_option("--palmetron", chosen.palmetron_count, "Number of Palmetron devices, 0 to 256")
-        ->check(whole_numbers_to(most_devices_of_a_type))
-        ->capture_default_str()
-        ->type_name("N");
+    add_count(app, "--orvanta3", simulated.orvanta3_count, "Number of Orvanta3 devices, 0 to 256");
+    add_count(app, "--palmetron", simulated.palmetron_count, "Number of Palmetron devices, 0 to 256");
     app.add_option("--announce", announce, "List devices 'before' or 'after' the acceptance")
         ->check(CLI::IsMember(announce_orders).description(""))
         ->capture_default_str()
         ->type_name("WHEN");
-    app.add_flag("--single-client", chosen.single_client, "Refuse a client while another is connected");
-    app.add_option("--rate", chosen.rate_hz, "States of an opened device a second, 0 to 10000")
+    app.add_flag("--single-client", simulated.single_client, "Refuse a client while another is connected");
+    app.add_option("--rate", simulated.rate_hz, "States of an opened device a second, 0 to 10000")
         ->check(rate_range())
         ->capture_default_str()
         ->type_name("HZ");
-    app.add_option("--state", chosen.state_path, "File that keeps the saved configurations")
+    app.add_option("--state", simulated.state_path, "File that keeps the saved configurations")
+        ->check(file_name())
+        ->type_name("FILE");
+    app.add_option("--trace", chosen.trace_path, "File for a line a datagram; - is standard output")
+        ->check(file_name())
+        ->type_name("FILE");
+    app.add_option("--capture", simulated.capture_path, "File for what the sockets carry, in the pcap format")
         ->check(file_name())
         ->type_name("FILE");
     app.add_flag("--verbose", chosen.verbose, "Tell on standard error what the service does");
@@ -183,7 +195,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
                          "Print the version and end");
     add_service_options(app, chosen, port, announce);
     app.add_option("--seed", seed, "Source of all chances; random if left out")->type_name("N");
-    app.add_option("--scenario", chosen.scenario_path, "File that says what happens when")
+    app.add_option("--scenario", chosen.simulated.scenario_path, "File that says what happens when")
         ->check(file_name())
         ->type_name("FILE");
     app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");
@@ -195,13 +207,12 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
             return help_outcome(app, help->results().front());
         }
         expect_no_surplus(app);
-        chosen.port = std::to_string(port);
-        chosen.announce = announce_orders.at(announce);
-        chosen.counts_devices = app.count("--orvanta3") + app.count("--palmetron") != 0;
+        chosen.simulated.port = std::to_string(port);
+        chosen.simulated.devices = announce_orders.at(announce);
         if (app.count("--seed") != 0) {
-            chosen.seed = seed_of(seed);
+            chosen.simulated.seed = seed_of(seed);
         }
-        chosen.faults = of_faults.rules(app);
+        chosen.simulated.faults = of_faults.texts(app);
     } catch (const CLI::CallForVersion& asked) {
         outcome.verdict = parse_verdict::show;
         outcome.text = std::string(asked.what()) + '\n';

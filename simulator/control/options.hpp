@@ -1,31 +1,19 @@
 // The simulator's command line, and the help beyond the list of options.
 #pragma once
 
-#include "simulator/faults/faults.hpp"
-#include "simulator/service/announcements.hpp"
+#include "vantu/orvanta/simulator.hpp"
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace vantu::orvanta::simulator {
 
 struct options {
-    std::string port{"54320"};
-    std::size_t orvanta3_count{1};
-    std::size_t palmetron_count{1};
-    announce_order announce{announce_order::before};
-    bool single_client{false};
-    double rate_hz{100};
-    bool counts_devices{false};        // whether a number of devices was given
-    std::string state_path;            // empty: configurations are kept nowhere
-    std::string scenario_path;         // empty: no scenario
-    std::vector<fault_rule> faults;    // in the order of the command line
-    std::optional<std::uint64_t> seed; // empty: whatever the scenario says, else a random one
+    service_simulator::settings simulated; // without its functions
+    std::string trace_path;                // "-": standard output; empty: no trace
     bool interactive{false};
     bool verbose{false};
 };

@@ -33,6 +33,8 @@ class scenario_runner {
 
     // Whether the scenario has ended the simulation.
     [[nodiscard]] bool has_quit() const noexcept { return quit_; }
+    // Goes on with the steps that are left.
+    void go_on() noexcept { quit_ = false; }
 
   private:
     simulation& target_;

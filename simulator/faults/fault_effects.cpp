@@ -30,7 +30,7 @@ void fault_pipeline::apply(live_rule& rule, piped_datagram what, std::size_t nex
     case fault_act::operation_change:
         return send_changed(rule, std::move(what), next_rule);
     case fault_act::loss:
-        return count(rule);
+        return count(rule, what);
     case fault_act::copies:
         return send_with_copies(rule, what, next_rule);
     case fault_act::overtaking:
@@ -40,7 +40,7 @@ void fault_pipeline::apply(live_rule& rule, piped_datagram what, std::size_t nex
     case fault_act::stale_reply:
         return send_after_stale_reply(rule, std::move(what), next_rule);
     case fault_act::silence:
-        count(rule);
+        count(rule, what);
         return fall_silent(rule.state.rule, rule.chance);
     case fault_act::refusal:
         return refuse_operation(rule, std::move(what), next_rule);
@@ -54,16 +54,18 @@ void fault_pipeline::apply(live_rule& rule, piped_datagram what, std::size_t nex
 void fault_pipeline::send_changed(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
     const fault_rule& wanted = rule.state.rule;
     const bool is_about_answer = wanted.kind == fault_kind::retag || wanted.kind == fault_kind::readdress;
-    if (mutate(what.bytes, {wanted.kind, is_about_answer ? what.answer : wanted.code, wanted.first},
+    datagram_bytes changed = what.bytes;
+    if (mutate(changed, {wanted.kind, is_about_answer ? what.answer : wanted.code, wanted.first},
                rule.chance)) {
-        count(rule);
+        count(rule, what);
+        what.bytes = std::move(changed);
     }
     run(std::move(what), next_rule);
 }
 
 void fault_pipeline::hold(live_rule& rule, piped_datagram&& what, std::int64_t for_ns,
                           std::optional<std::uint32_t> to_pass) {
-    count(rule);
+    count(rule, what);
     if (held_.size() < most_waiting) {
         held_.hold({std::move(what), rule.ordinal}, now_ns_ + for_ns, to_pass);
     }
@@ -78,7 +80,7 @@ void fault_pipeline::hold_for_a_while(live_rule& rule, piped_datagram&& what, st
 }
 
 void fault_pipeline::send_with_copies(live_rule& rule, const piped_datagram& what, std::size_t next_rule) {
-    count(rule);
+    count(rule, what);
     piped_datagram copy = what;
     copy.is_copy = true;
     if (rule.state.rule.kind == fault_kind::flood) {
@@ -94,7 +96,7 @@ void fault_pipeline::send_with_copies(live_rule& rule, const piped_datagram& wha
 void fault_pipeline::send_after_stale_reply(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
     const datagram_bytes* const earlier = conversations_.earlier_answer(what.with, what.answer.value_or(0));
     if (earlier != nullptr) {
-        count(rule);
+        count(rule, what);
         run({what.way, what.with, *earlier, std::nullopt}, next_rule);
     }
     run(std::move(what), next_rule);
@@ -106,7 +108,7 @@ void fault_pipeline::refuse_operation(live_rule& rule, piped_datagram&& what, st
     if (!place.has_value()) {
         return run(std::move(what), next_rule);
     }
-    count(rule);
+    count(rule, what);
     const std::span<const std::byte> bytes(what.bytes);
     const std::uint32_t device =
         place->code == op_code::connect ? 0 : named_device(bytes.subspan(place->body(), place->body_size));
@@ -127,14 +129,14 @@ void fault_pipeline::refuse_operation(live_rule& rule, piped_datagram&& what, st
 void fault_pipeline::send_with_action(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
     const fault_rule& wanted = rule.state.rule;
     const auto client = wanted.kind == fault_kind::goodbye ? std::optional<peer>(what.with) : std::nullopt;
-    count(rule);
+    count(rule, what);
     run(std::move(what), next_rule);
     actions_.push_back({wanted.kind, wanted.first, client});
 }
 
 void fault_pipeline::send_with_forgeries(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
     const peer with = what.with;
-    count(rule);
+    count(rule, what);
     run(std::move(what), next_rule);
     forge(with, rule.state.rule.first.value_or(0));
 }

@@ -15,9 +15,12 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <span>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -42,6 +45,16 @@ struct requested_action {
     std::optional<peer> client; // goodbye: to whom; empty: to all
 };
 
+// A fault that has happened to a datagram.
+struct fault_note {
+    std::string_view rule; // its text, as in "truncate 17@op=66"
+    communication::direction way{communication::direction::to_client};
+    peer with;
+    std::span<const std::byte> bytes; // of the datagram before the fault
+};
+
+using note_function = std::function<void(const fault_note&)>;
+
 struct rule_state {
     fault_rule rule;
     std::uint64_t fitted{0};   // datagrams that the rule fits
@@ -51,6 +64,10 @@ struct rule_state {
 class fault_pipeline {
   public:
     explicit fault_pipeline(std::uint64_t seed) : seed_(seed), chances_(seed) {}
+
+    // Told of each fault that happens to a datagram, before it does; it must not call the pipeline. Faults
+    // asked for at once have no datagram. Empty: nobody is told.
+    void tell(note_function told) { told_ = std::move(told); }
 
     // Rules act in the order in which they were added, each on what the one before it left. A rule that is
     // asked for at once acts on the clients named here and is not kept, but counted.
@@ -113,7 +130,8 @@ class fault_pipeline {
     [[nodiscard]] static std::optional<operation_place> refused_operation(const fault_rule& rule,
                                                                           std::span<const std::byte> bytes);
     [[nodiscard]] static bool is_its_turn(live_rule& rule);
-    void count(live_rule& rule);
+    // Before the fault changes the datagram.
+    void count(live_rule& rule, const piped_datagram& what);
 
     // Does to a datagram what the rule's fault is. Each of these runs it through the later rules by itself,
     // if it goes on at all.
@@ -133,6 +151,7 @@ class fault_pipeline {
     [[nodiscard]] bool is_silent() const noexcept { return now_ns_ < silent_until_ns_; }
 
     std::uint64_t seed_;
+    note_function told_;
     fault_chances chances_;
     std::uint64_t ordinals_{0};
     std::int64_t now_ns_{0};

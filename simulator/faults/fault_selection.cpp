@@ -92,7 +92,10 @@ bool fault_pipeline::is_its_turn(live_rule& rule) {
     return state.rule.nth != 0 ? state.fitted == state.rule.nth : rule.chance.happens(state.rule.probability);
 }
 
-void fault_pipeline::count(live_rule& rule) {
+void fault_pipeline::count(live_rule& rule, const piped_datagram& what) {
+    if (told_) {
+        told_({text_of(rule.state.rule), what.way, what.with, what.bytes});
+    }
     ++rule.state.happened;
     ++happened_[static_cast<std::size_t>(rule.state.rule.kind)];
 }

@@ -1,9 +1,6 @@
 #include "simulator/simulation/simulation.hpp"
 
-#include "vantu/orvanta/communication/header.hpp"
-
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -38,30 +35,6 @@ class settling_mark {
   private:
     bool& flag_;
 };
-
-// Tells the observer of each whole operation of a well-formed datagram, up to the first that is cut off or
-// lacks its magic. An empty observer is not told.
-void observe_operations(std::span<const std::byte> datagram, direction way,
-                        const observe_function& observer) {
-    proto::header header{};
-    if (!observer || datagram.size() < sizeof header) {
-        return;
-    }
-    std::memcpy(&header, datagram.data(), sizeof header);
-    if (header.magic != proto::header_magic || header.version != proto::protocol_version) {
-        return;
-    }
-    auto unread = datagram.subspan(sizeof header);
-    for (proto::op record{}; unread.size() >= sizeof record;) {
-        std::memcpy(&record, unread.data(), sizeof record);
-        unread = unread.subspan(sizeof record);
-        if (record.magic != proto::op_magic || record.length > unread.size()) {
-            return;
-        }
-        observer({way, record.code});
-        unread = unread.subspan(record.length);
-    }
-}
 
 } // namespace
 
@@ -116,6 +89,7 @@ std::uint32_t simulation::plug(std::uint8_t device_type) {
         return 0;
     }
     registry_.keep(*next);
+    operations_.know(next->id);
     service_.plug(registry_.as_saved(next->id));
     settle();
     return next->id;
@@ -126,6 +100,7 @@ bool simulation::plug(const device& which) {
     if (std::any_of(devices().begin(), devices().end(), is_same)) {
         return false;
     }
+    operations_.know(which.id);
     service_.plug(registry_.keep(which));
     settle();
     return true;
@@ -141,6 +116,15 @@ bool simulation::configure(std::uint32_t device_id, const configuration& setting
     const bool done = service_.configure(device_id, settings);
     settle();
     return done;
+}
+
+void simulation::send(const peer& to, std::span<const std::byte> datagram) {
+    outgoing_datagram made{to};
+    const std::size_t size = std::min<std::size_t>(datagram.size(), made.bytes.write_len());
+    std::copy_n(datagram.begin(), size, made.bytes.unwritten());
+    made.bytes.skip_write(size);
+    pipeline_.from_service(made, now_ns_);
+    settle();
 }
 
 void simulation::restart() {
@@ -178,6 +162,7 @@ std::vector<device> simulation::registered(const std::vector<device>& devices) {
     std::vector<device> made;
     for (const device& one : devices) {
         registry_.keep(one);
+        operations_.know(one.id);
         made.push_back(registry_.as_saved(one.id));
     }
     return made;
@@ -209,7 +194,7 @@ void simulation::deliver() {
         quiet = true;
         for (const arrival& one : pipeline_.take_arrivals()) {
             service_.receive(one.from, one.bytes, now_ns_);
-            observe_operations(one.bytes, direction::to_service, observer_);
+            note(one.bytes, direction::to_service);
             quiet = false;
         }
         for (const outgoing_datagram& one : service_.take_outgoing()) {
@@ -220,11 +205,20 @@ void simulation::deliver() {
             ++counters_.sent;
             quiet = false;
             if (!one.forged) {
-                observe_operations(one.bytes, direction::to_client, observer_);
+                note(one.bytes, direction::to_client);
             }
             outgoing_.push_back(std::move(one));
         }
     }
+}
+
+void simulation::note(std::span<const std::byte> datagram, direction way) {
+    observe_operations(datagram, way, [this](const observed_operation& what) {
+        operations_.count(what);
+        if (observer_) {
+            observer_(what);
+        }
+    });
 }
 
 void simulation::act(const std::vector<requested_action>& wanted) {

@@ -7,6 +7,7 @@
 #include "simulator/service/device_registry.hpp"
 #include "simulator/service/saved_state.hpp"
 #include "simulator/service/service.hpp"
+#include "simulator/simulation/observed_operations.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,14 +31,6 @@ struct simulation_settings {
     narrate_function narrate;    // empty: nobody is told
     narrate_function warn;       // told of a configuration that could not be saved; empty: nobody is
 };
-
-// An operation that the service has received or sent, faults being done; what scenarios wait for.
-struct observed_operation {
-    communication::direction way{communication::direction::to_service};
-    std::uint8_t code{0};
-};
-
-using observe_function = std::function<void(const observed_operation&)>;
 
 struct simulation_counters {
     std::uint64_t ticks{0};
@@ -82,18 +75,26 @@ class simulation {
     // it.
     bool configure(std::uint32_t device_id, const configuration& settings);
 
+    // Sends a datagram of at most 2048 bytes, which the service itself would not; faults can happen to it.
+    void send(const peer& to, std::span<const std::byte> datagram);
+
     // Forgets all clients without a word; every device has its saved configuration again.
     void restart();
 
     // Tells all clients goodbye and forgets them.
     void say_goodbye();
 
-    // Called for each operation, inside receive and advance_to; empty: nobody is told.
+    // Told of each fault that happens to a datagram, before it does; empty: nobody is told.
+    void watch_faults(note_function watcher) { pipeline_.tell(std::move(watcher)); }
+
+    // Told of each operation that the service has received or sent, faults being done, inside receive and
+    // advance_to; empty: nobody is told.
     void observe(observe_function observer) { observer_ = std::move(observer); }
 
     [[nodiscard]] const std::vector<client>& clients() const noexcept { return service_.clients(); }
     [[nodiscard]] const std::vector<device>& devices() const noexcept { return service_.devices(); }
     [[nodiscard]] const simulation_counters& counters() const noexcept { return counters_; }
+    [[nodiscard]] const operation_counts& operations() const noexcept { return operations_; }
     [[nodiscard]] std::uint64_t seed() const noexcept { return seed_; }
 
   private:
@@ -104,11 +105,13 @@ class simulation {
     // Hands on what waits between service and pipeline until all is quiet. The observer may call back.
     void settle();
     void deliver();
+    void note(std::span<const std::byte> datagram, communication::direction way);
     void act(const std::vector<requested_action>& wanted);
     void carry_out_late_actions();
     void carry_out(const requested_action& what);
 
     device_registry registry_;
+    operation_counts operations_;
     fault_pipeline pipeline_;
     service service_;
     narrate_function warn_;

@@ -11,13 +11,6 @@
 namespace vantu::orvanta::simulator {
 namespace {
 
-// Without the zero character that counts as part of it.
-std::string address_text(const peer& of) {
-    std::string text = stringify_addr(of.address);
-    std::erase(text, '\0');
-    return text;
-}
-
 std::string client_line(const client& one, std::int64_t now_ns) {
     std::string devices;
     for (const open_device& opened : one.opened) {
@@ -76,6 +69,13 @@ std::string help_of(const fault_row& row) {
 }
 
 } // namespace
+
+// Without the zero character that counts as part of it.
+std::string address_text(const peer& of) {
+    std::string text = stringify_addr(of.address);
+    std::erase(text, '\0');
+    return text;
+}
 
 std::string status_text(const simulation& target) {
     const simulation_counters& counters = target.counters();

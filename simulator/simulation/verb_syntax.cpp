@@ -161,6 +161,9 @@ command parse_verb(std::string_view line) {
     if (verb == "heal") {
         return read_heal(rest);
     }
+    if (verb == "send") {
+        return read_send(rest);
+    }
     if (verb == "wait") {
         return read_wait(rest);
     }

@@ -3,6 +3,7 @@
 
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/device.hpp"
+#include "simulator/simulation/send_syntax.hpp"
 
 #include <array>
 #include <cstdint>
@@ -24,6 +25,7 @@ struct verb_row {
 inline constexpr std::array verbs{
     verb_row{"set",    "DEVICE gravity on|off [FACTOR]", "changes a setting of a device",                        "1 gravity on 0.5"},
     verb_row{"heal",   "[FAULT]",                        "takes all faults away, or those of one kind",          "drop"},
+    verb_row{"send",   "OPERATION|HEX FIELD=VALUE...",   "sends it to all clients, or to client=N",              "device_block_reply device_id=1"},
     verb_row{"status", "",                               "shows clients, devices, faults and counters",          ""},
     verb_row{"wait",   "MS",                             "puts a script's next line off by so long",             "250"},
     verb_row{"help",   "[VERB]",                         "lists the verbs, or explains one",                     "truncate"},
@@ -61,8 +63,8 @@ struct help_command {
 struct quit_command {};
 
 // A fault stands for itself; monostate is a line that says nothing.
-using command = std::variant<std::monostate, fault_rule, set_command, heal_command, status_command,
-                             wait_command, help_command, quit_command>;
+using command = std::variant<std::monostate, fault_rule, set_command, heal_command, send_command,
+                             status_command, wait_command, help_command, quit_command>;
 
 // Throws std::invalid_argument with one line: what is wrong, what would be right.
 [[nodiscard]] command parse_verb(std::string_view line);

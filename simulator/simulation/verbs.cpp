@@ -121,6 +121,27 @@ verb_result run(simulation& target, const heal_command& wanted) {
     return {};
 }
 
+verb_result run(simulation& target, const send_command& wanted) {
+    const std::vector<client>& all = target.clients();
+    if (all.empty()) {
+        return bad("send: nobody is connected; a step after an event, as \"connect\", would be right");
+    }
+    if (wanted.client > all.size()) {
+        return bad(formatted("send: there is no client {}; 1 to {} would be right, as 'status' lists them",
+                             wanted.client, all.size()));
+    }
+    std::vector<peer> to;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (wanted.client == 0 || wanted.client == i + 1) {
+            to.push_back(all[i].address);
+        }
+    }
+    for (const peer& one : to) {
+        target.send(one, wanted.datagram);
+    }
+    return {};
+}
+
 verb_result run(simulation& target, const status_command& /*unused*/) {
     return {true, false, status_text(target)};
 }

@@ -27,6 +27,9 @@ struct verb_result {
 // happened since the beginning. Lines that end in line feeds.
 [[nodiscard]] std::string status_text(const simulation& target);
 
+// "127.0.0.1:54321".
+[[nodiscard]] std::string address_text(const peer& of);
+
 // All verbs, or more about one of them; a name that is no verb's is taken for none. Lines that end in line
 // feeds, none beyond 80 columns and no more than 24.
 [[nodiscard]] std::string verb_help_text(std::string_view verb);

@@ -10,17 +10,15 @@ forged_sender::~forged_sender() {
     }
 }
 
-void forged_sender::send(const departure& forged) {
-    if (forged.to.listener >= sockets_.size()) {
-        return;
+socket_handle forged_sender::socket_to(const peer& to) {
+    if (to.listener >= sockets_.size()) {
+        return invalid_socket;
     }
-    socket_handle& socket = sockets_[forged.to.listener];
+    socket_handle& socket = sockets_[to.listener];
     if (socket == invalid_socket) {
-        socket = open_bound_socket(listener_hosts[forged.to.listener], "0").socket;
+        socket = open_bound_socket(listener_hosts[to.listener], "0").socket;
     }
-    if (socket != invalid_socket) {
-        (void)send_bytes(socket, forged.bytes, forged.to.address);
-    }
+    return socket;
 }
 
 } // namespace vantu::orvanta::simulator

@@ -1,8 +1,8 @@
-// Sends forged datagrams from sockets of its own, so that they come from another address than the service.
+// Sockets for forged datagrams, which come from another address than the service.
 #pragma once
 
 #include "network/socket.hpp"
-#include "simulator/faults/fault_pipeline.hpp"
+#include "simulator/service/peer.hpp"
 
 #include <array>
 
@@ -15,8 +15,8 @@ class forged_sender {
     forged_sender(const forged_sender&) = delete;
     forged_sender& operator=(const forged_sender&) = delete;
 
-    // A datagram that cannot be sent is lost, as any datagram may be.
-    void send(const departure& forged);
+    // The socket from which forged datagrams go to the peer; invalid where there can be none.
+    [[nodiscard]] socket_handle socket_to(const peer& to);
 
   private:
     // One on each loopback address, opened when first used; a listener's number is its address's.

@@ -46,17 +46,6 @@ std::size_t server::serve_waiting() {
     return taken;
 }
 
-void server::serve(const std::function<bool()>& stop, std::int64_t longest_ns) {
-    while (!stop()) {
-        serve_waiting();
-        const std::int64_t now = clock_();
-        const std::int64_t sleep = std::clamp<std::int64_t>(drive_.next_due_ns() - now, 0, longest_ns);
-        (void)wait_for_packets(sockets_.sockets(), platform::steady_now_ns() + sleep);
-    }
-    target_.say_goodbye();
-    send_outgoing();
-}
-
 std::size_t server::receive_waiting(std::size_t listener) {
     const socket_handle socket = sockets_.sockets()[listener];
     std::size_t taken = 0;
@@ -71,8 +60,12 @@ std::size_t server::receive_waiting(std::size_t listener) {
         }
         ++taken;
         drive_.advance_to(clock_());
-        target_.receive({{record_.from_length, record_.from}, listener},
-                        {record_.buffer.unread(), record_.buffer.read_len()});
+        const peer from{{record_.from_length, record_.from}, listener};
+        const std::span<const std::byte> bytes(record_.buffer.unread(), record_.buffer.read_len());
+        if (told_) {
+            told_({communication::direction::to_service, from, socket, bytes});
+        }
+        target_.receive(from, bytes);
         drive_.attend();
         send_outgoing();
     }
@@ -82,10 +75,11 @@ std::size_t server::receive_waiting(std::size_t listener) {
 // A datagram that the system has no room for is lost, as any datagram may be.
 void server::send_outgoing() {
     for (const departure& one : target_.take_outgoing()) {
-        if (one.forged) {
-            forger_.send(one);
-        } else {
-            (void)send_bytes(sockets_.sockets()[one.to.listener], one.bytes, one.to.address);
+        const socket_handle socket =
+            one.forged ? forger_.socket_to(one.to) : sockets_.sockets()[one.to.listener];
+        if (socket != invalid_socket && send_bytes(socket, one.bytes, one.to.address) == socket_status::ok &&
+            told_) {
+            told_({communication::direction::to_client, one.to, socket, one.bytes});
         }
     }
 }

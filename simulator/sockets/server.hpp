@@ -1,4 +1,4 @@
-// The simulation on its sockets: datagrams in, datagrams out, asleep in between.
+// The simulation on its sockets: datagrams in, datagrams out.
 #pragma once
 
 #include "simulator/simulation/simulation.hpp"
@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <span>
+#include <utility>
 
 namespace vantu::orvanta::simulator {
 
@@ -27,13 +29,24 @@ struct simulation_drive {
 };
 [[nodiscard]] simulation_drive drive_of(simulation& target);
 
+// A datagram that a socket has received or sent.
+struct wire_datagram {
+    communication::direction way{communication::direction::to_service};
+    peer with;
+    socket_handle socket{invalid_socket}; // of the service, or of the sender that a forged one came from
+    std::span<const std::byte> bytes;
+};
+
+using wire_function = std::function<void(const wire_datagram&)>;
+
 class server {
   public:
-    static constexpr std::int64_t longest_sleep_ns = 200'000'000;
-
     // Target and sockets outlive the server.
     server(simulation& target, const listeners& sockets, clock_function clock);
     server(simulation& target, const listeners& sockets, clock_function clock, simulation_drive drive);
+
+    // Told of each datagram after it was received, and after it was sent; empty: nobody is told.
+    void tell(wire_function told) { told_ = std::move(told); }
 
     // Moves the simulation to the clock's time, gives it the datagrams that are there now and sends what it
     // has to send. Never sleeps. Returns how many datagrams came.
@@ -42,10 +55,6 @@ class server {
     // Sends what the simulation has to send.
     void send_outgoing();
 
-    // Serves until stop says so, asked after each sleep; none is longer than the given one, and a signal
-    // ends it early. Then says goodbye to all clients.
-    void serve(const std::function<bool()>& stop, std::int64_t longest_ns = longest_sleep_ns);
-
   private:
     std::size_t receive_waiting(std::size_t listener);
 
@@ -53,6 +62,7 @@ class server {
     const listeners& sockets_;
     clock_function clock_;
     simulation_drive drive_;
+    wire_function told_;
     forged_sender forger_;
     byte_buffer buffer_{constants::mode_read};
     receive_record record_{buffer_};

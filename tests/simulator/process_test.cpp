@@ -1,5 +1,6 @@
 // The simulator as a program: its lines, its exit statuses, its state file.
 #include "network/socket.hpp"
+#include "shared/capture_file.hpp"
 #include "simulator/fixtures/running_simulator.hpp"
 #include "simulator/fixtures/test_client.hpp"
 #include "simulator/service/saved_state.hpp"
@@ -11,6 +12,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iterator>
+#include <set>
 #include <thread>
 
 namespace orvanta_tests {
@@ -288,8 +290,51 @@ TEST_F(the_program, ends_with_2_and_one_line_when_devices_are_counted_beside_a_s
         running_simulator({"--port", "0", "--scenario", path, "--palmetron", "2"}).wait_for_end();
     EXPECT_EQ(end.status, 2);
     EXPECT_EQ(end.output, "");
-    EXPECT_EQ(end.errors, "orvanta-simulator: --orvanta3 and --palmetron: the scenario names its devices; "
+    EXPECT_EQ(end.errors, "orvanta-simulator: orvanta3 and palmetron: the scenario names its devices; "
                           "one of the two would be right\n");
+}
+
+TEST_F(the_program, writes_a_trace_to_a_file_or_to_standard_output_and_a_capture) {
+    const std::string trace = folder.file("trace.txt");
+    const std::string capture = folder.file("traffic.pcap");
+    const auto play = [&](const std::string& where) {
+        running_simulator tested({"--port", "0", "--rate", "0", "--trace", where, "--capture", capture,
+                                  "--drop", "@op=device_closed", "--interactive"});
+        test_client client("127.0.0.1", tested.port());
+        connect_and_open(client);
+        client.send(datagram({{0xFF, 0x14, 0x04, 0x00, 0x02, 0x01, 0x00, 0x00, 0x00}}));
+        client.send(query_gravity);
+        EXPECT_FALSE(client.receive_until(240).empty()); // the device is closed
+        tested.quit();
+        const auto end = tested.wait_for_end();
+        EXPECT_EQ(end.status, 0);
+        EXPECT_EQ(end.errors, "");
+        return end.output;
+    };
+    EXPECT_EQ(play(trace), "ok\n");
+    std::ifstream stream(trace);
+    const std::string lines{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_THAT(lines, HasSubstr(" 'tester': device_open tag=1 device_id=1 value=0\n"));
+    EXPECT_THAT(lines, HasSubstr(" 'tester': device_closed tag=2 device_id=1 <- drop @op=21\n"));
+    EXPECT_THAT(play("-"), HasSubstr(" 'tester': device_open tag=1 device_id=1 value=0\n"));
+    vantu::orvanta::capture_reader reader(capture);
+    std::set<int> codes; // of the first operation of each
+    while (const auto one = reader.next()) {
+        codes.insert(std::to_integer<int>(one->bytes.at(7)));
+    }
+    codes.erase(80); // the first of the device's status, which may come before it is closed
+    EXPECT_THAT(codes, testing::ElementsAre(3, 6, 16, 18, 19, 20, 66, 240));
+}
+
+TEST_F(the_program, ends_with_1_and_one_line_when_trace_or_capture_cannot_be_written) {
+    const std::string path = folder.file("none/file");
+    for (const char* option : {"--trace", "--capture"}) {
+        const auto end = running_simulator({"--port", "0", option, path}).wait_for_end();
+        EXPECT_EQ(end.status, 1);
+        EXPECT_EQ(end.output, "");
+        EXPECT_THAT(end.errors, StartsWith("orvanta-simulator: cannot write " + path + ": "));
+        EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 1);
+    }
 }
 
 TEST_F(the_program, produces_the_faults_of_its_options) {

@@ -2,6 +2,7 @@
 #include "simulator_library/simulated_client.hpp"
 #include "support/scratch_folder.hpp"
 
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <limits>
@@ -74,6 +75,18 @@ TEST(a_command, reaches_the_client_at_once) {
     EXPECT_EQ(service.count().clients, 0U);
 }
 
+TEST(a_command, sends_what_the_service_by_itself_never_does) {
+    service_simulator service(by_hand());
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    service.command("send device_block_reply device_id=1 tag=4 bytes=000102030405060708090a0b0c0d0e0f");
+    client.poll_until(vantu_orvanta_event_device_block);
+    EXPECT_EQ(client.last.tag, 4U);
+    EXPECT_EQ(client.last.device_id, 1U);
+    EXPECT_EQ(client.last.payload[15], 15U);
+    EXPECT_EQ(service.operations(service_simulator::direction::out, "device_block_reply"), 1U);
+}
+
 TEST(a_command, to_quit_says_goodbye_and_ends_the_service) {
     service_simulator service(by_hand());
     simulated_client client(service);
@@ -120,6 +133,33 @@ TEST(settings, out_of_range_are_refused) {
     EXPECT_THAT(refused([](auto& wrong) { wrong.rate_hz = 10'001; }), StartsWith("rate 10001"));
     EXPECT_THAT(refused([](auto& wrong) { wrong.rate_hz = std::numeric_limits<double>::quiet_NaN(); }),
                 StartsWith("rate nan"));
+}
+
+TEST(settings, have_the_faults_of_the_start) {
+    service_simulator::settings wanted = by_hand();
+    wanted.faults = {"drop @op=33", "  unplug 1001", "drop 0"};
+    service_simulator service(wanted);
+    const auto rules = service.rules();
+    ASSERT_EQ(rules.size(), 3U);
+    EXPECT_EQ(rules[1].text, "unplug 1001@n=1");
+    EXPECT_EQ(service.devices().size(), 2U);
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    EXPECT_EQ(service.devices().size(), 1U);
+    client.open(1);
+    service.advance(1s);
+    EXPECT_EQ(service.rules()[0].happened, 101U);
+}
+
+TEST(settings, with_a_fault_that_is_wrong_are_refused_with_what_would_be_right) {
+    const auto refused = [](const char* text) {
+        service_simulator::settings wrong = by_hand();
+        wrong.faults = {"drop", text};
+        return refusal_of<std::invalid_argument>([&] { const service_simulator tested(wrong); });
+    };
+    EXPECT_THAT(refused("dorp 0.3"), HasSubstr("'dorp' is no fault"));
+    EXPECT_THAT(refused("drop 2"), HasSubstr("0 to 1"));
+    EXPECT_THAT(refused(""), HasSubstr("'' is no fault"));
 }
 
 TEST(settings, of_a_port_that_is_held_are_refused_with_one_line) {
@@ -190,6 +230,38 @@ TEST_F(in_a_folder, a_scenario_is_played_as_time_is_moved) {
     EXPECT_THAT(told, testing::Contains("device 2: plugged in"));
     service.advance(1s);
     EXPECT_TRUE(service.has_quit());
+}
+
+TEST_F(in_a_folder, what_a_scenario_shows_and_what_has_failed_are_told_apart) {
+    std::vector<std::string> shown;
+    std::vector<std::string> warned;
+    service_simulator::settings wanted = by_hand();
+    wanted.state_path = folder.file("state.json");
+    std::filesystem::create_directory(wanted.state_path + ".new");
+    wanted.scenario_path =
+        file("scenario.json", R"({"version": 1, "steps": [{"at": 500, "do": "plug orvanta3"}]})");
+    wanted.show = [&shown](std::string_view text) { shown.emplace_back(text); };
+    wanted.warn = [&warned](std::string_view line) { warned.emplace_back(line); };
+    service_simulator service(wanted);
+    service.advance(500ms);
+    EXPECT_THAT(shown, testing::ElementsAre("plugged in 2\n"));
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    client.open(1);
+    ASSERT_EQ(vantu_orvanta_config_save_request(client.context(), 1, 6), 0);
+    client.poll_until(vantu_orvanta_event_error);
+    EXPECT_THAT(warned, testing::ElementsAre(StartsWith("cannot create ")));
+    EXPECT_EQ(shown.size(), 1U);
+}
+
+TEST_F(in_a_folder, a_number_of_devices_is_refused_beside_a_scenario_that_names_them) {
+    service_simulator::settings wanted = by_hand();
+    wanted.scenario_path =
+        file("scenario.json", R"({"version": 1, "devices": [{"type": "palmetron", "id": 7}]})");
+    EXPECT_EQ(service_simulator(wanted).devices().at(0).id, 7U);
+    wanted.palmetron_count = 1;
+    EXPECT_THAT(refusal_of<std::invalid_argument>([&] { const service_simulator tested(wanted); }),
+                HasSubstr("the scenario names its devices"));
 }
 
 TEST_F(in_a_folder, a_file_that_is_wrong_is_refused_with_its_path) {

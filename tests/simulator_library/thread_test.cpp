@@ -1,8 +1,11 @@
 // A simulator that serves on a thread of its own.
 #include "simulator_library/simulated_client.hpp"
+#include "support/scratch_folder.hpp"
 
 #include <atomic>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -55,6 +58,76 @@ TEST(a_thread, ends_with_the_verb_quit) {
     simulated_client late(service);
     EXPECT_EQ(late.connect(5'000'000'000, 20'000'000), vantu_orvanta_timed_out);
     service.stop();
+}
+
+TEST(a_thread, can_be_started_anew_after_the_verb_quit) {
+    service_simulator service({});
+    service.start();
+    for (int round = 0; round < 3; ++round) {
+        simulated_client client(service);
+        ASSERT_EQ(client.connect(), 0);
+        service.command("quit");
+        client.poll_until(vantu_orvanta_event_disconnected);
+        const auto stood = service.now();
+        service.start();
+        EXPECT_FALSE(service.has_quit());
+        wait_until([&] { return service.now() > stood; });
+    }
+    EXPECT_EQ(service.count().received, 3U);
+}
+
+TEST(a_thread, started_anew_goes_on_with_the_scenario) {
+    const scratch_folder folder;
+    service_simulator::settings wanted;
+    wanted.scenario_path = folder.file("scenario.json");
+    std::ofstream(wanted.scenario_path) << R"({"version": 1, "steps": [
+        {"at": 1, "do": "quit"}, {"at": 2, "do": "plug orvanta3"}]})";
+    service_simulator service(wanted);
+    service.start();
+    wait_until([&] { return service.has_quit(); });
+    EXPECT_EQ(service.count().devices, 2U);
+    service.start();
+    wait_until([&] { return service.count().devices == 3U; });
+}
+
+TEST(the_calling_thread, serves_until_it_is_told_otherwise) {
+    service_simulator service({});
+    std::thread late([&service] {
+        simulated_client client(service);
+        EXPECT_EQ(client.connect(), 0);
+        client.open(1);
+        client.poll_until(vantu_orvanta_event_cursor_state, 3);
+    });
+    service.serve([&service] { return service.count().received >= 3; }); // with the client's goodbye
+    EXPECT_EQ(service.count().clients, 0U);
+    late.join();
+}
+
+TEST(the_calling_thread, ends_with_the_verb_quit_and_with_stop) {
+    service_simulator service({});
+    service.serve([&service] {
+        service.command("quit");
+        return false;
+    });
+    EXPECT_TRUE(service.has_quit());
+    std::atomic<bool> serves{false};
+    std::thread late([&] {
+        wait_until([&] { return serves.load(); });
+        EXPECT_THROW(service.start(), std::logic_error);
+        service.stop();
+    });
+    service.serve([&serves] {
+        serves = true;
+        return false;
+    });
+    late.join();
+    EXPECT_FALSE(service.has_quit());
+}
+
+TEST(the_calling_thread, cannot_serve_while_another_does) {
+    service_simulator service({});
+    service.start();
+    EXPECT_THROW(service.serve([] { return true; }), std::logic_error);
 }
 
 TEST(a_thread, dies_without_a_word_after_a_silence) {

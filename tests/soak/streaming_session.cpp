@@ -1,13 +1,10 @@
 // Service and client of a long run.
 #include "soak/streaming_session.hpp"
 
-#include "simulator/service/device.hpp"
-#include "simulator/sockets/server.hpp"
-#include "vantu/orvanta/common/platform.hpp"
-
 #include <chrono>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace orvanta_tests {
@@ -16,12 +13,12 @@ namespace {
 using namespace vantu::orvanta;
 using namespace std::chrono_literals;
 
-simulator::simulation_settings settings_of(double rate_hz) {
-    simulator::simulation_settings settings;
+service_simulator::settings settings_of(double rate_hz) {
+    service_simulator::settings settings;
     settings.rate_hz = rate_hz;
     // After the acceptance, so that it is the polling thread that takes the listing.
-    settings.announce = simulator::announce_order::after;
-    settings.devices = simulator::make_devices(1, 0);
+    settings.devices = service_simulator::announce::after;
+    settings.palmetron_count = 0;
     return settings;
 }
 
@@ -37,24 +34,12 @@ template <typename Condition> void wait_for(Condition condition, const std::stri
 
 } // namespace
 
-running_service::running_service(double rate_hz) : simulation_(settings_of(rate_hz)), sockets_("0") {
-    constexpr std::uint8_t cursor_state_code = 33;
-    simulation_.observe([this](const simulator::observed_operation& operation) {
-        if (operation.way == communication::direction::to_client && operation.code == cursor_state_code) {
-            ++states_sent_;
-        }
-    });
-    thread_ = std::thread([this] {
-        platform::make_sleeps_precise();
-        simulator::server(simulation_, sockets_, simulator::make_steady_clock()).serve([this] {
-            return stop_.load();
-        });
-    });
+running_service::running_service(double rate_hz) : simulated_(settings_of(rate_hz)) {
+    simulated_.start();
 }
 
-running_service::~running_service() {
-    stop_ = true;
-    thread_.join();
+std::uint64_t running_service::states_sent() const {
+    return simulated_.operations(service_simulator::direction::out, "cursor_state");
 }
 
 streaming_client::streaming_client(const std::string& port)

@@ -1,15 +1,13 @@
 // A simulated service with one device and a connected client of it, in one process: what a long run watches.
 #pragma once
 
-#include "simulator/simulation/simulation.hpp"
-#include "simulator/sockets/listeners.hpp"
 #include "soak/process_figures.hpp"
 #include "vantu/orvanta/client.hpp"
+#include "vantu/orvanta/simulator.hpp"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <thread>
 
 namespace orvanta_tests {
 
@@ -17,20 +15,13 @@ namespace orvanta_tests {
 class running_service {
   public:
     explicit running_service(double rate_hz);
-    ~running_service();
-    running_service(const running_service&) = delete;
-    running_service& operator=(const running_service&) = delete;
 
-    [[nodiscard]] const std::string& port() const { return sockets_.port(); }
+    [[nodiscard]] const std::string& port() const { return simulated_.port(); }
     // Cursor states sent so far.
-    [[nodiscard]] std::uint64_t states_sent() const { return states_sent_; }
+    [[nodiscard]] std::uint64_t states_sent() const;
 
   private:
-    vantu::orvanta::simulator::simulation simulation_;
-    vantu::orvanta::simulator::listeners sockets_;
-    std::atomic<std::uint64_t> states_sent_{0};
-    std::atomic<bool> stop_{false};
-    std::thread thread_;
+    vantu::orvanta::service_simulator simulated_;
 };
 
 // The client and its polling thread. Throws std::runtime_error for whatever does not come within ten seconds.

@@ -2,11 +2,13 @@
 #include "simulator/control/options.hpp"
 
 #include "simulator/control/scenario.hpp"
+#include "simulator/faults/faults.hpp"
 #include "simulator/service/configuration_json.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 
 #include <gmock/gmock.h>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -20,6 +22,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
+using vantu::orvanta::service_simulator;
 
 parse_outcome parse(std::vector<const char*> arguments) {
     arguments.insert(arguments.begin(), "orvanta-simulator");
@@ -29,61 +32,85 @@ parse_outcome parse(std::vector<const char*> arguments) {
 TEST(options, have_defaults) {
     const parse_outcome outcome = parse({});
     EXPECT_EQ(outcome.verdict, parse_verdict::run);
-    EXPECT_EQ(outcome.chosen.port, "54320");
-    EXPECT_EQ(outcome.chosen.orvanta3_count, 1U);
-    EXPECT_EQ(outcome.chosen.palmetron_count, 1U);
-    EXPECT_EQ(outcome.chosen.announce, announce_order::before);
-    EXPECT_FALSE(outcome.chosen.single_client);
-    EXPECT_EQ(outcome.chosen.rate_hz, 100);
-    EXPECT_EQ(outcome.chosen.state_path, "");
-    EXPECT_FALSE(outcome.chosen.verbose);
-    EXPECT_FALSE(outcome.chosen.seed);
-    EXPECT_EQ(outcome.chosen.scenario_path, "");
+    const service_simulator::settings& simulated = outcome.chosen.simulated;
+    EXPECT_EQ(simulated.port, "54320");
+    EXPECT_EQ(simulated.orvanta3_count, std::nullopt);
+    EXPECT_EQ(simulated.palmetron_count, std::nullopt);
+    EXPECT_EQ(simulated.devices, service_simulator::announce::before);
+    EXPECT_FALSE(simulated.single_client);
+    EXPECT_EQ(simulated.rate_hz, 100);
+    EXPECT_EQ(simulated.state_path, "");
+    EXPECT_FALSE(simulated.seed);
+    EXPECT_EQ(simulated.scenario_path, "");
+    EXPECT_THAT(simulated.faults, IsEmpty());
     EXPECT_FALSE(outcome.chosen.interactive);
-    EXPECT_FALSE(outcome.chosen.counts_devices);
-    EXPECT_THAT(outcome.chosen.faults, IsEmpty());
+    EXPECT_FALSE(outcome.chosen.verbose);
 }
 
-TEST(options, are_taken) {
-    const parse_outcome outcome =
-        parse({"--port", "0", "--orvanta3", "256", "--palmetron=0", "--announce", "after", "--single-client",
-               "--rate", "0.5", "--state", "a file", "--verbose", "--seed", "18446744073709551615",
-               "--scenario", "another file", "--interactive"});
-    EXPECT_EQ(outcome.verdict, parse_verdict::run);
-    EXPECT_EQ(outcome.chosen.port, "0");
-    EXPECT_EQ(outcome.chosen.orvanta3_count, 256U);
-    EXPECT_EQ(outcome.chosen.palmetron_count, 0U);
-    EXPECT_EQ(outcome.chosen.announce, announce_order::after);
-    EXPECT_TRUE(outcome.chosen.single_client);
-    EXPECT_EQ(outcome.chosen.rate_hz, 0.5);
-    EXPECT_EQ(outcome.chosen.state_path, "a file");
-    EXPECT_TRUE(outcome.chosen.verbose);
-    EXPECT_EQ(outcome.chosen.seed, 18446744073709551615U);
-    EXPECT_EQ(outcome.chosen.scenario_path, "another file");
-    EXPECT_TRUE(outcome.chosen.interactive);
-    EXPECT_TRUE(outcome.chosen.counts_devices);
+// Whether the settings have the value that the option is given here.
+struct option_of_a_setting {
+    const char* name;
+    const char* value; // null: a flag
+    bool (*is_set)(const service_simulator::settings& simulated);
+};
+
+const option_of_a_setting options_of_settings[]{
+    {"--port", "7", [](const auto& set) { return set.port == "7"; }},
+    {"--orvanta3", "256", [](const auto& set) { return set.orvanta3_count == 256U; }},
+    {"--palmetron", "0", [](const auto& set) { return set.palmetron_count == 0U; }},
+    {"--announce", "after",
+     [](const auto& set) { return set.devices == service_simulator::announce::after; }},
+    {"--single-client", nullptr, [](const auto& set) { return set.single_client; }},
+    {"--rate", "0.5", [](const auto& set) { return set.rate_hz == 0.5; }},
+    {"--state", "a file", [](const auto& set) { return set.state_path == "a file"; }},
+    {"--seed", "18446744073709551615", [](const auto& set) { return set.seed == 18446744073709551615U; }},
+    {"--capture", "a file", [](const auto& set) { return set.capture_path == "a file"; }},
+    {"--scenario", "a file", [](const auto& set) { return set.scenario_path == "a file"; }},
+    {"--drop", "0.5", [](const auto& set) { return set.faults == std::vector<std::string>{"drop @p=0.5"}; }},
+};
+
+TEST(options, become_settings_of_the_library) {
+    const service_simulator::settings nothing = parse({}).chosen.simulated;
+    for (const option_of_a_setting& one : options_of_settings) {
+        std::vector<const char*> arguments{one.name};
+        if (one.value != nullptr) {
+            arguments.push_back(one.value);
+        }
+        const parse_outcome outcome = parse(arguments);
+        EXPECT_EQ(outcome.verdict, parse_verdict::run) << outcome.text;
+        EXPECT_TRUE(one.is_set(outcome.chosen.simulated)) << one.name;
+        EXPECT_FALSE(one.is_set(nothing)) << one.name;
+    }
+    EXPECT_TRUE(parse({"--verbose"}).chosen.verbose);
+    EXPECT_EQ(parse({"--trace", "-"}).chosen.trace_path, "-");
+    EXPECT_TRUE(parse({"--interactive"}).chosen.interactive);
 }
 
-TEST(options, know_whether_the_devices_were_counted) {
-    EXPECT_TRUE(parse({"--orvanta3", "1"}).chosen.counts_devices);
-    EXPECT_TRUE(parse({"--palmetron", "1"}).chosen.counts_devices);
-    EXPECT_FALSE(parse({"--seed", "010"}).chosen.counts_devices);
+TEST(options, are_settings_of_the_library_but_for_those_of_the_program_alone) {
+    // The library has functions in the place of --verbose and --trace.
+    std::set<std::string> known{"--help", "--version", "--interactive", "--verbose", "--trace"};
+    for (const option_of_a_setting& one : options_of_settings) {
+        known.insert(one.name);
+    }
+    const std::string help = parse({"--help"}).text;
+    const std::regex entry("\n  (?:-h,)?(--[a-z0-9-]+)");
+    std::size_t count = 0;
+    for (std::sregex_iterator found(help.begin(), help.end(), entry), end; found != end; ++found, ++count) {
+        EXPECT_TRUE(known.contains((*found)[1])) << (*found)[1] << " is no setting";
+    }
+    EXPECT_EQ(count, known.size() - 1); // the faults are in a topic of their own
 }
 
 TEST(options, take_a_seed_as_decimal) {
-    EXPECT_EQ(parse({"--seed", "010"}).chosen.seed, 10U);
-    EXPECT_EQ(parse({"--seed=0"}).chosen.seed, 0U);
+    EXPECT_EQ(parse({"--seed", "010"}).chosen.simulated.seed, 10U);
+    EXPECT_EQ(parse({"--seed=0"}).chosen.simulated.seed, 0U);
 }
 
 // The texts of the rules, as the grammar writes them.
 std::vector<std::string> faults_of(const std::vector<const char*>& arguments) {
     const parse_outcome outcome = parse(arguments);
     EXPECT_EQ(outcome.verdict, parse_verdict::run) << outcome.text;
-    std::vector<std::string> texts;
-    for (const fault_rule& rule : outcome.chosen.faults) {
-        texts.push_back(text_of(rule));
-    }
-    return texts;
+    return outcome.chosen.simulated.faults;
 }
 
 TEST(options, take_faults_in_the_order_of_the_command_line) {
@@ -92,15 +119,8 @@ TEST(options, take_faults_in_the_order_of_the_command_line) {
 }
 
 TEST(options, let_what_could_happen_at_once_wait_for_a_datagram) {
-    const auto chosen = parse({"--restart", "--silence", "20", "--goodbye", "@op=4"}).chosen;
-    ASSERT_EQ(chosen.faults.size(), 3U);
-    for (const fault_rule& rule : chosen.faults) {
-        EXPECT_FALSE(rule.now);
-    }
-    EXPECT_EQ(chosen.faults[0].nth, 1U);
-    EXPECT_EQ(chosen.faults[1].nth, 1U);
-    EXPECT_EQ(chosen.faults[1].first, 20U);
-    EXPECT_EQ(chosen.faults[2].nth, 0U);
+    EXPECT_THAT(faults_of({"--restart", "--silence", "20", "--goodbye", "@op=4"}),
+                ElementsAre("restart @n=1", "silence 20@n=1", "goodbye @op=4"));
 }
 
 TEST(options, take_the_example_of_every_fault) {
@@ -108,8 +128,8 @@ TEST(options, take_the_example_of_every_fault) {
         const std::string name = "--" + std::string(row.name);
         const parse_outcome outcome = parse({name.c_str(), row.example.data()});
         EXPECT_EQ(outcome.verdict, parse_verdict::run) << outcome.text;
-        ASSERT_EQ(outcome.chosen.faults.size(), 1U);
-        EXPECT_EQ(outcome.chosen.faults[0], parse_initial_fault(row.kind, row.example)) << name;
+        EXPECT_THAT(outcome.chosen.simulated.faults,
+                    ElementsAre(text_of(parse_initial_fault(row.kind, row.example))));
     }
 }
 
@@ -132,6 +152,9 @@ TEST(options, that_are_wrong_are_told_in_one_line_that_names_them) {
         {"--rate", "fast"},
         {"--state", ""},
         {"--state"},
+        {"--trace", ""},
+        {"--trace"},
+        {"--capture", ""},
         {"--scenario", ""},
         {"--scenario"},
         {"--seed", "-1"},
@@ -182,9 +205,10 @@ TEST(options, show_the_version) {
 
 TEST(options, show_their_help_whatever_else_is_said) {
     const std::string help = shown({"--help"});
-    for (const char* name : {"--port", "--orvanta3", "--palmetron", "--announce", "--single-client", "--rate",
-                             "--state", "--verbose", "--seed", "--scenario", "--interactive", "--help",
-                             "--version", "--help faults", "--help scenario", "--help console"}) {
+    for (const char* name :
+         {"--port", "--orvanta3", "--palmetron", "--announce", "--single-client", "--rate", "--state",
+          "--trace", "--capture", "--verbose", "--seed", "--scenario", "--interactive", "--help", "--version",
+          "--help faults", "--help scenario", "--help console"}) {
         EXPECT_THAT(help, HasSubstr(name));
     }
     EXPECT_EQ(shown({"-h"}), help);

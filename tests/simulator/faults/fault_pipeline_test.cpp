@@ -315,4 +315,22 @@ TEST(fault_pipeline, forges_datagrams_of_another_sender) {
     EXPECT_THAT(contents, ElementsAre(acceptance, added, answer, goodbye_of_the_service, added));
 }
 
+TEST(fault_pipeline, tells_of_each_fault_that_happens_with_the_datagram_before_it) {
+    pipeline_fixture fixture;
+    std::vector<std::string> told;
+    fixture.pipeline.tell([&told](const simulator::fault_note& note) {
+        told.push_back(std::string(note.rule) +
+                       (note.way == vantu::orvanta::communication::direction::to_client ? " out " : " in ") +
+                       std::to_string(note.bytes.size()));
+    });
+    fixture.add("truncate 12@op=66");
+    fixture.add("drop @n=2,dir=out");
+    fixture.add("delay 5@dir=in");
+    (void)fixture.out(gravity);
+    (void)fixture.out(power_supply);
+    (void)fixture.in(keep_alive);
+    EXPECT_THAT(told,
+                ElementsAre("truncate 12@op=66 out 20", "drop @dir=out,n=2 out 16", "delay 5@dir=in in 11"));
+}
+
 } // namespace

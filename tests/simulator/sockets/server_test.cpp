@@ -4,12 +4,11 @@
 
 #include "simulator/fixtures/test_client.hpp"
 #include "vantu/orvanta/common/log.hpp"
+#include "vantu/orvanta/simulator.hpp"
 
-#include <atomic>
 #include <gmock/gmock.h>
 #include <span>
 #include <stdexcept>
-#include <thread>
 
 namespace orvanta_tests {
 namespace {
@@ -41,31 +40,13 @@ std::vector<std::string> hosts() {
 // Serves on a thread until the test ends.
 class running_server {
   public:
-    running_server()
-        : thread_([this] {
-              server(simulated_, sockets_, make_steady_clock()).serve([this] { return stop_.load(); });
-          }) {}
-    ~running_server() { stop(); }
+    running_server() { simulated_.start(); }
 
-    void stop() {
-        stop_ = true;
-        if (thread_.joinable()) {
-            thread_.join();
-        }
-    }
-    [[nodiscard]] const std::string& port() const { return sockets_.port(); }
+    void stop() { simulated_.stop(); }
+    [[nodiscard]] const std::string& port() const { return simulated_.port(); }
 
   private:
-    static simulation_settings settings() {
-        simulation_settings made;
-        made.devices = make_devices(1, 1);
-        return made;
-    }
-
-    simulation simulated_{settings()};
-    listeners sockets_{"0"};
-    std::atomic<bool> stop_{false};
-    std::thread thread_;
+    service_simulator simulated_{{}};
 };
 
 class quiet : public testing::Test {
@@ -270,8 +251,10 @@ TEST_F(serving, forges_from_an_address_that_is_not_the_service_s) {
         forged_sender tested;
         const bytes content{0x01, 0x02, 0x03};
         const auto raw = std::as_bytes(std::span(content));
-        tested.send({{to.address, listener}, {raw.begin(), raw.end()}, true});
-        tested.send({{to.address, listener}, {raw.begin(), raw.end()}, true});
+        for (int i = 0; i < 2; ++i) {
+            const socket_handle from = tested.socket_to({to.address, listener});
+            ASSERT_EQ(send_bytes(from, raw, to.address), socket_status::ok);
+        }
         std::vector<std::string> senders;
         while (senders.size() < 2) {
             buffered_record record;

@@ -22,6 +22,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantu::orvanta {
 
@@ -32,20 +33,74 @@ class service_simulator {
 
     struct settings {
         std::string port{"0"}; // decimal; "0" takes a free one
-        std::size_t orvanta3_count{1};
-        std::size_t palmetron_count{1};
+        // 0 to 256 devices of a type; empty: those of the scenario, else one. A number is refused beside a
+        // scenario that names its devices.
+        std::optional<std::size_t> orvanta3_count;
+        std::optional<std::size_t> palmetron_count;
         double rate_hz{100};               // states of each opened device a second, 0 to 10000
         std::optional<std::uint64_t> seed; // empty: that of the scenario, else one by chance
         std::string state_path;            // file of saved configurations; empty: kept until the end
         std::string scenario_path;         // file of a scenario, which begins at time 0; empty: none
         announce devices{announce::before};
         bool single_client{false};
+        // Faults from the start on, in their order, as in "drop 0.05" or "truncate 17@op=66". One that would
+        // happen at once waits for the first datagram that it fits.
+        std::vector<std::string> faults;
         // With it nothing moves but by advance and serve_waiting; without it by a thread of its own, between
         // start and stop.
         bool manual_clock{false};
-        // Told in lines what the service does and what verbs of the scenario show. Called with the
-        // simulator's lock held, on its thread or the caller's: it must not call the simulator. May be empty.
-        std::function<void(std::string_view text)> narrate;
+        std::string
+            capture_path; // file of a capture (pcap) of all that the sockets receive and send; empty: none
+        // Told in lines what the service does, what has failed (a configuration that could not be saved), and
+        // what verbs of the scenario show. Called with the simulator's lock held, on its thread or the
+        // caller's: they must not call the simulator. Each may be empty.
+        std::function<void(std::string_view line)> narrate;
+        std::function<void(std::string_view line)> warn;
+        std::function<void(std::string_view text)> show;
+        // Told a line for each datagram that a socket has received or sent:
+        //     0.012300 out 127.0.0.1:54321 42 'my program': device_opened tag=1 device_id=1
+        // the seconds since the start, the way, the client's address, id and name ("-" before the service
+        // knows it), the operations. A line that ends in "<- " and a rule is of a datagram to which that
+        // fault happens, as it was before; a lost one has no other line.
+        std::function<void(std::string_view line)> trace;
+    };
+
+    // The way of a datagram, as dir=in and dir=out of a fault.
+    enum class direction : std::uint8_t { in, out };
+    enum class device_type : std::uint8_t { orvanta3 = 1, palmetron = 2 };
+
+    // As vantu_orvanta_config_... of the client library set it; a Palmetron has none.
+    struct configuration {
+        bool gravity_compensation{false};
+        float scaling_factor{0};
+        bool torque_scaling{false};
+        bool left_handed{false};
+    };
+
+    struct device {
+        std::uint32_t id{0};
+        device_type type{device_type::orvanta3};
+        std::uint16_t short_id{0};
+        std::string uuid; // 32 hexadecimal digits
+        configuration configured;
+        std::size_t opened_by{0};  // clients that have it open
+        std::uint64_t requests{0}; // that have reached the service for it
+        std::uint64_t states{0};   // sent, to all clients together
+    };
+
+    struct client {
+        std::uint64_t id{0};
+        std::string name;
+        std::string address;                   // "127.0.0.1:54321"
+        std::vector<std::uint32_t> opened;     // devices, in the order of opening
+        std::chrono::nanoseconds keep_alive{}; // it is forgotten after a longer silence; 0: never
+        std::chrono::nanoseconds silent_for{};
+    };
+
+    struct rule {
+        std::string text; // as "drop @p=0.3"
+        std::uint64_t fitted{0};
+        std::uint64_t happened{0};
     };
 
     struct counters {
@@ -57,8 +112,8 @@ class service_simulator {
     };
 
     // Opens the port. Throws std::invalid_argument for settings out of range, and std::runtime_error with
-    // one line for a port that cannot be had and a file that is wrong.
-    explicit service_simulator(settings wanted);
+    // one line for a port that cannot be had, a file that is wrong and a capture that cannot be written.
+    explicit service_simulator(const settings& wanted);
     // Ends as stop does.
     ~service_simulator();
     service_simulator(const service_simulator&) = delete;
@@ -82,6 +137,23 @@ class service_simulator {
 
     [[nodiscard]] counters count() const;
 
+    // Clients, devices and rules as they are now, in the order of `status`.
+    [[nodiscard]] std::vector<client> clients() const;
+    [[nodiscard]] std::vector<device> devices() const;
+    [[nodiscard]] std::vector<rule> rules() const;
+
+    // How many operations of that name or code, as "config_save" or "64", have reached the service (in) or
+    // gone out to clients (out) since the start. What a fault has lost, or made unreadable, counts in
+    // neither. Throws std::invalid_argument for an operation that does not travel that way.
+    [[nodiscard]] std::uint64_t operations(direction way, std::string_view operation) const;
+
+    // Sleeps until operations() is `count` or more, for as long as given at most, and returns whether it is.
+    // So a test that waits for what has happened already does not wait: to wait for one more, it asks for the
+    // count first. Throws std::logic_error with a manual clock, where nothing comes of waiting, and
+    // std::invalid_argument as operations.
+    [[nodiscard]] bool wait_for(direction way, std::string_view operation, std::chrono::nanoseconds longest,
+                                std::uint64_t count = 1) const;
+
     // How many datagrams have suffered the fault of that name, as in "drop". Throws std::invalid_argument
     // for a name that is no fault.
     [[nodiscard]] std::uint64_t happened(std::string_view fault) const;
@@ -90,23 +162,32 @@ class service_simulator {
     [[nodiscard]] std::chrono::nanoseconds now() const;
 
     // Whether the verb "quit", typed or in a scenario, has ended the service: it has said goodbye, and
-    // neither hears nor sends.
+    // neither hears nor sends until it is started anew. With a manual clock it stays so.
     [[nodiscard]] bool has_quit() const;
 
-    // Serves on a thread of its own, at the pace of the steady clock; time goes on where it stood. Does
-    // nothing while it serves already. Throws std::logic_error with a manual clock, std::system_error
-    // without a thread.
+    // Serves on a thread of its own, at the pace of the steady clock; time goes on where it stood, also after
+    // stop and after "quit", and with it the scenario. Does nothing while such a thread serves already.
+    // Throws std::logic_error with a manual clock and while serve serves, std::system_error without a thread.
     void start();
 
-    // Ends the thread, if there is one, and says goodbye to all clients. The port stays open until the
+    // The same on the calling thread, until `ends` says so, stop is called or the service quits; then says
+    // goodbye to all clients. `ends` is asked before each sleep, and may call the simulator; no sleep is
+    // longer than the given one, and a signal that the thread handles ends it early. What a command of
+    // another thread makes due waits for the end of a sleep.
+    void serve(const std::function<bool()>& ends,
+               std::chrono::nanoseconds longest_sleep = std::chrono::milliseconds(10));
+
+    // Ends the serving, if there is any, and says goodbye to all clients. The port stays open until the
     // destructor, so that start can follow. "silence 1000" before it makes a service that dies without a
     // word.
     void stop();
 
-    // Moves the time on and sends what becomes due on the way, each at its time, however long the way is.
-    // Datagrams that wait are not looked at. Throws std::logic_error without a manual clock, and
-    // std::invalid_argument for a negative time.
+    // Moves the time on and sends what becomes due on the way, each at its time. A time in which nothing is
+    // due is passed over at once; each state on the way costs some microseconds, as it is sent. Datagrams
+    // that wait are not looked at. Throws std::logic_error without a manual clock, and std::invalid_argument
+    // for a negative time and one beyond longest_advance.
     void advance(std::chrono::nanoseconds by);
+    static constexpr std::chrono::hours longest_advance{24};
 
     // Takes the datagrams that are there now and sends the answers; returns how many they were. Never
     // sleeps, and time does not move. Throws std::logic_error without a manual clock.

@@ -1,0 +1,111 @@
+// The functions of the public class, each a look at the implementation or a call of it.
+#include "vantu/orvanta/simulator.hpp"
+
+#include "simulator/library/implementation.hpp"
+#include "simulator/library/snapshots.hpp"
+#include "simulator/simulation/verbs.hpp"
+#include "vantu/orvanta/common/format.hpp"
+
+#include <stdexcept>
+
+namespace vantu::orvanta {
+
+using namespace simulator;
+
+service_simulator::service_simulator(const settings& wanted)
+    : implementation_(std::make_unique<implementation>(wanted)) {}
+
+service_simulator::~service_simulator() = default;
+
+const std::string& service_simulator::port() const noexcept {
+    return implementation_->port();
+}
+
+std::uint64_t service_simulator::seed() const noexcept {
+    return implementation_->seed();
+}
+
+std::string service_simulator::command(std::string_view line) {
+    return implementation_->command(line);
+}
+
+std::string service_simulator::status() const {
+    return implementation_->look([](const simulation& simulated) { return status_text(simulated); });
+}
+
+service_simulator::counters service_simulator::count() const {
+    return implementation_->look([](const simulation& simulated) {
+        const simulation_counters& counted = simulated.counters();
+        return counters{counted.received, counted.sent, counted.restarts, simulated.clients().size(),
+                        simulated.devices().size()};
+    });
+}
+
+std::vector<service_simulator::client> service_simulator::clients() const {
+    return implementation_->look(&clients_of);
+}
+
+std::vector<service_simulator::device> service_simulator::devices() const {
+    return implementation_->look(&devices_of);
+}
+
+std::vector<service_simulator::rule> service_simulator::rules() const {
+    return implementation_->look(&rules_of);
+}
+
+std::uint64_t service_simulator::operations(direction way, std::string_view operation) const {
+    const operation_name wanted = operation_named(way, operation);
+    return implementation_->look(
+        [wanted](const simulation& simulated) { return simulated.operations().of(wanted.way, wanted.code); });
+}
+
+bool service_simulator::wait_for(direction way, std::string_view operation, std::chrono::nanoseconds longest,
+                                 std::uint64_t count) const {
+    const operation_name wanted = operation_named(way, operation);
+    return implementation_->wait_until(
+        [wanted, count](const simulation& simulated) {
+            return simulated.operations().of(wanted.way, wanted.code) >= count;
+        },
+        longest);
+}
+
+std::uint64_t service_simulator::happened(std::string_view fault) const {
+    const fault_row* const row = find_fault(fault);
+    if (row == nullptr) {
+        throw std::invalid_argument(
+            formatted("'{}' is no fault; one of those that 'help' lists would be right", fault));
+    }
+    return implementation_->look(
+        [row](const simulation& simulated) { return simulated.faults().happened(row->kind); });
+}
+
+std::chrono::nanoseconds service_simulator::now() const {
+    return std::chrono::nanoseconds(
+        implementation_->look([](const simulation& simulated) { return simulated.now_ns(); }));
+}
+
+bool service_simulator::has_quit() const {
+    return implementation_->has_quit();
+}
+
+void service_simulator::serve(const std::function<bool()>& ends, std::chrono::nanoseconds longest_sleep) {
+    implementation_->serve(ends, longest_sleep);
+}
+
+void service_simulator::start() {
+    implementation_->start();
+}
+
+void service_simulator::stop() {
+    implementation_->stop();
+}
+
+void service_simulator::advance(std::chrono::nanoseconds by) {
+    implementation_->advance(by);
+}
+
+std::size_t service_simulator::serve_waiting() {
+    return implementation_->serve_waiting();
+}
+
+} // namespace vantu::orvanta

@@ -1,0 +1,96 @@
+#include "simulator/library/snapshots.hpp"
+
+#include "shared/text_lines.hpp"
+#include "simulator/simulation/verbs.hpp"
+#include "vantu/orvanta/common/format.hpp"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace vantu::orvanta::simulator {
+namespace {
+
+std::chrono::nanoseconds time_of(std::uint64_t ns) {
+    const auto longest = static_cast<std::uint64_t>(std::chrono::nanoseconds::max().count());
+    return std::chrono::nanoseconds(static_cast<std::int64_t>(std::min(ns, longest)));
+}
+
+std::size_t opened_by(const simulation& simulated, std::uint32_t device_id) {
+    const auto has_it = [device_id](const client& one) {
+        return std::any_of(one.opened.begin(), one.opened.end(),
+                           [device_id](const open_device& opened) { return opened.id == device_id; });
+    };
+    return static_cast<std::size_t>(
+        std::count_if(simulated.clients().begin(), simulated.clients().end(), has_it));
+}
+
+service_simulator::configuration configuration_of(const device& one) {
+    return {one.settings.gravity_compensation, one.settings.scaling_factor, one.settings.torque_scaling,
+            one.settings.handedness == vantu_orvanta_handedness_left};
+}
+
+} // namespace
+
+std::vector<service_simulator::client> clients_of(const simulation& simulated) {
+    std::vector<service_simulator::client> all;
+    for (const client& one : simulated.clients()) {
+        auto& made = all.emplace_back();
+        made.id = one.id;
+        made.name = one.name;
+        made.address = address_text(one.address);
+        for (const open_device& opened : one.opened) {
+            made.opened.push_back(opened.id);
+        }
+        made.keep_alive = time_of(one.keep_alive_ns);
+        made.silent_for = std::chrono::nanoseconds(simulated.now_ns() - one.last_heard_ns);
+    }
+    return all;
+}
+
+std::vector<service_simulator::device> devices_of(const simulation& simulated) {
+    std::vector<service_simulator::device> all;
+    for (const device& one : simulated.devices()) {
+        auto& made = all.emplace_back();
+        const operation_counts::of_device counted = simulated.operations().of(one.id);
+        made.id = one.id;
+        made.type = one.is_orvanta3() ? service_simulator::device_type::orvanta3
+                                      : service_simulator::device_type::palmetron;
+        made.short_id = one.description.short_id;
+        made.uuid = uuid_text(one);
+        made.configured = one.is_orvanta3() ? configuration_of(one) : service_simulator::configuration{};
+        made.opened_by = opened_by(simulated, one.id);
+        made.requests = counted.requests;
+        made.states = counted.states;
+    }
+    return all;
+}
+
+std::vector<service_simulator::rule> rules_of(const simulation& simulated) {
+    std::vector<service_simulator::rule> all;
+    for (const rule_state& one : simulated.faults().rules()) {
+        all.push_back({text_of(one.rule), one.fitted, one.happened});
+    }
+    return all;
+}
+
+operation_name operation_named(service_simulator::direction way, std::string_view text) {
+    const auto travels = way == service_simulator::direction::in ? communication::direction::to_service
+                                                                 : communication::direction::to_client;
+    const auto code = whole_number(text);
+    std::vector<std::string_view> names;
+    for (const communication::operation& row : communication::operations) {
+        if (row.way != travels) {
+            continue;
+        }
+        if (row.name == text || code == row.code) {
+            return {row.way, row.code};
+        }
+        names.push_back(row.name);
+    }
+    throw std::invalid_argument(
+        formatted("'{}' is no operation that goes {}; {} would be right", without_control_characters(text),
+                  way == service_simulator::direction::in ? "to the service" : "to clients",
+                  nearest_word(text, names)));
+}
+
+} // namespace vantu::orvanta::simulator
