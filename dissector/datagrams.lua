@@ -5,6 +5,10 @@
 local reading = {}
 reading.__index = reading
 
+local function tag_text(tag)
+    return tag ~= 0 and " tag=" .. tag or ""
+end
+
 function reading:tell(text)
     self.texts[#self.texts + 1] = text
 end
@@ -57,9 +61,9 @@ end
 
 -- Each of these returns where the next operation begins, or nothing where the rest of the datagram is dropped.
 
-function reading:skip(item, at, code, length)
+function reading:skip(item, at, code, length, tag)
     local elsewhere = self.other_rows[code]
-    self:tell(elsewhere and elsewhere.name or "operation " .. code)
+    self:tell((elsewhere and elsewhere.name or "operation " .. code) .. tag_text(tag))
     self:complain(item, elsewhere and "wrong_way" or "unknown_code")
     self:add_unread(at, math.min(at + length, self.size))
     if at + length <= self.size then
@@ -68,17 +72,24 @@ function reading:skip(item, at, code, length)
     self:complain_of_end(item, "length_past_end")
 end
 
-function reading:read_body(item, row, at, length, tag)
+function reading:read_body(item, code, at, length, tag)
+    local row = self.rows[code]
     local stop = self.size
     if self.to_service then
         stop = math.min(stop, at + length)
     end
     local tree = item:add(row.body, self.tvb(at, math.min(row.size, stop - at)))
     local body_end, device, is_whole = add_body(tree, self.tvb, row, at, stop)
-    self:tell(row.name .. (tag ~= 0 and " tag=" .. tag or "") .. (device and " device_id=" .. device or ""))
+    self:tell(row.name .. tag_text(tag) .. (device and " device_id=" .. device or ""))
     item:set_len(wire.record_size + body_end - at)
-    if not is_whole then
+    -- A client drops a damaged answer; a service refuses a damaged request under its tag.
+    if is_whole or self.to_service then
+        link_by_tag(item, self.pinfo, row, self.to_service, at, code, tag)
+    end
+    if not is_whole or self.to_service then
         self:add_unread(body_end, stop)
+    end
+    if not is_whole then
         local complain = stop < self.size and self.complain or self.complain_of_end
         if stop - at < row.size then
             complain(self, item, "body_short", row.name .. " needs " .. row.size .. " bytes, there are " .. stop - at)
@@ -99,7 +110,7 @@ function reading:read_operation(at)
     item:add(fields.op_magic, record(0, 1))
     if record(0, 1):uint() ~= wire.record_magic then
         self:complain(item, "record_magic")
-        self:add_unread(at, self.size)
+        self:add_unread(at + 1, self.size)
         return
     end
     local code, length, tag = record(1, 1):uint(), record(2, 2):le_uint(), record(4, 1):uint()
@@ -107,13 +118,11 @@ function reading:read_operation(at)
     item:add_le(fields.op_length, record(2, 2))
     item:add(fields.op_tag, record(4, 1))
     item:append_text(": " .. (operation_names[code] or code))
-    local row = self.rows[code]
     at = at + wire.record_size
-    if not row then
-        return self:skip(item, at, code, length)
+    if not self.rows[code] then
+        return self:skip(item, at, code, length, tag)
     end
-    link_by_tag(item, self.pinfo, row, self.to_service, at, code, tag)
-    return self:read_body(item, row, at, length, tag)
+    return self:read_body(item, code, at, length, tag)
 end
 
 function reading:read()
