@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <unistd.h>
 #include <utility>
 
 namespace orvanta_tests {
@@ -23,6 +24,16 @@ std::vector<std::string> split(const std::string& text, char separator) {
         parts.push_back(part);
     }
     return parts;
+}
+
+void let_all_read(const scratch_folder& folder) {
+    using std::filesystem::perms;
+    std::filesystem::permissions(folder.path(), perms::owner_all | perms::group_read | perms::group_exec |
+                                                    perms::others_read | perms::others_exec);
+    for (const auto& file : std::filesystem::directory_iterator(folder.path())) {
+        std::filesystem::permissions(file, perms::owner_read | perms::owner_write | perms::group_read |
+                                               perms::others_read);
+    }
 }
 
 // A file of datagrams, gone with the object.
@@ -43,6 +54,7 @@ class capture {
             file.write(captured);
         }
         file.flush();
+        let_all_read(folder_);
     }
 
     // Takes the last bytes from the only frame, whose length stays what it was.
@@ -65,29 +77,29 @@ class capture {
     std::string path_{folder_.file("datagrams.pcap")};
 };
 
-// A home that has the dissector and no other setting.
+// The program with the dissector among its plugins, and with no other plugin and no setting.
 class tshark {
   public:
     tshark() {
-        const auto plugins = home_.path() / ".local" / "lib" / "wireshark" / "plugins";
-        std::filesystem::create_directories(plugins);
-        std::filesystem::copy_file(DISSECTOR, plugins / "orvanta.lua");
+        std::filesystem::copy_file(DISSECTOR, plugins_.file("orvanta.lua"));
+        let_all_read(plugins_);
     }
 
+    // Throws std::runtime_error unless it ends well without a word on standard error.
     [[nodiscard]] std::string run(const std::vector<std::string>& arguments) const {
-        std::vector<std::string> command{"/usr/bin/env", "HOME=" + home_.path().string(),
-                                         "XDG_CONFIG_HOME=" + home_.file(".config"), "TZ=UTC", "tshark"};
+        std::vector<std::string> command = first_words();
+        command.insert(command.end(),
+                       {"HOME=" + plugins_.file("home"), "XDG_CONFIG_HOME=" + plugins_.file("home"),
+                        "WIRESHARK_PLUGIN_DIR=" + plugins_.path().string(), "tshark"});
         command.insert(command.end(), arguments.begin(), arguments.end());
         child_process program(command, attachment::pipes);
         program.close_input();
         const ending end = program.wait();
-        std::string printed = program.rest();
-        if (end != succeeded || !complaints_in(program.rest_of_errors()).empty()) {
-            throw std::runtime_error("tshark ends with " + std::to_string(end.code) + ": " +
-                                     program.rest_of_errors() + printed.substr(0, 2000) +
-                                     "\n(scripts/setup.sh test installs tshark)");
+        if (end != succeeded || !program.rest_of_errors().empty()) {
+            throw std::runtime_error("tshark, which scripts/setup.sh test installs, ends with " +
+                                     std::to_string(end.code) + ": " + program.rest_of_errors());
         }
-        return printed;
+        return program.rest();
     }
 
     [[nodiscard]] std::string read(const capture& datagrams, const std::vector<std::string>& options) const {
@@ -103,18 +115,15 @@ class tshark {
     }
 
   private:
-    // It warns root, who may run it all the same.
-    static std::string complaints_in(const std::string& errors) {
-        std::string complaints;
-        for (const std::string& line : split(errors, '\n')) {
-            if (!line.starts_with("Running as user \"root\"")) {
-                complaints += line;
-            }
+    // For root it takes no plugins from elsewhere.
+    static std::vector<std::string> first_words() {
+        if (geteuid() != 0) {
+            return {"/usr/bin/env"};
         }
-        return complaints;
+        return {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "/usr/bin/env"};
     }
 
-    scratch_folder home_;
+    scratch_folder plugins_;
 };
 
 } // namespace
@@ -127,16 +136,27 @@ sent_datagram sent_to_client(bytes content, std::int64_t time_ns) {
     return {std::move(content), 54320, 54321, time_ns};
 }
 
-const std::vector<std::string>& registered_filters() {
-    static const std::vector<std::string> filters = [] {
-        std::vector<std::string> found;
+const std::vector<registered_field>& registered_fields() {
+    static const std::vector<registered_field> fields = [] {
+        std::vector<registered_field> found;
         for (const std::string& line : split(tshark().run({"-G", "fields"}), '\n')) {
             const std::vector<std::string> columns = split(line, '\t');
-            if (columns.size() > 2 && columns[0] == "F" && columns[2].starts_with("orvanta.")) {
-                found.push_back(columns[2]);
+            if (columns.size() > 3 && columns[0] == "F" && columns[2].starts_with("orvanta.")) {
+                found.push_back({columns[2], columns[1], columns[3]});
             }
         }
         return found;
+    }();
+    return fields;
+}
+
+const std::vector<std::string>& registered_filters() {
+    static const std::vector<std::string> filters = [] {
+        std::vector<std::string> names;
+        for (const registered_field& field : registered_fields()) {
+            names.push_back(field.filter);
+        }
+        return names;
     }();
     return filters;
 }

@@ -1,4 +1,4 @@
-// Datagrams as tshark shows them with the dissector in the folder of the user's plugins: no option names it.
+// Datagrams as tshark shows them with the dissector in its folder of plugins: no option names it.
 #pragma once
 
 #include "support/bytes.hpp"
@@ -24,7 +24,14 @@ struct sent_datagram {
 // a heading or a damage has the value "1". "info" is the text of the column.
 using shown_fields = std::map<std::string, std::string>;
 
-// The filter names that the dissector registers, as tshark lists them.
+struct registered_field {
+    std::string filter;
+    std::string label;
+    std::string type; // as in "FT_UINT8"
+};
+
+// The fields that the dissector registers, as tshark lists them, and their filter names.
+[[nodiscard]] const std::vector<registered_field>& registered_fields();
 [[nodiscard]] const std::vector<std::string>& registered_filters();
 
 // Each of these throws std::runtime_error when tshark fails, complains, or tells of an error in Lua.
