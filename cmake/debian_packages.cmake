@@ -48,9 +48,11 @@ library that simulates the device service for tests.")
 orvanta_package(tools orvanta-tools utils "${library} (>= ${PROJECT_VERSION})" "console tools for the Orvanta3"
   "orvanta-cli finds an Orvanta3, shows its identity and configuration, and
 changes and saves its settings. orvantactl does the same for scripts, keeps
-backups, shows the device live, and tells why something does not work.")
+backups, shows the device live, and tells why something does not work. A
+dissector shows the conversations with the device service in Wireshark.")
 orvanta_package(simulator orvanta-simulator utils "" "device service without a device, for the Orvanta3"
   "orvanta-simulator stands in for the device service where there is no device.
 Asked to, it loses, damages and forges datagrams, so that programs can be
 tested.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "wireshark | tshark")
 include(CPack)

@@ -26,6 +26,11 @@ if(ORVANTA_BUILD_PROGRAMS)
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   install(FILES ${PROJECT_SOURCE_DIR}/docs/orvantactl.schema.json
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta COMPONENT tools)
+  if(TARGET orvanta_dissector)
+    # Wireshark looks there for plugins of all versions.
+    install(FILES $<TARGET_PROPERTY:orvanta_dissector,DISSECTOR>
+      DESTINATION ${CMAKE_INSTALL_LIBDIR}/wireshark/plugins COMPONENT tools)
+  endif()
   # Each shell looks for a file of its own name.
   set(completions ${PROJECT_SOURCE_DIR}/ctl/completions)
   install(FILES ${completions}/orvantactl.bash RENAME orvantactl

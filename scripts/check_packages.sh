@@ -30,6 +30,7 @@ use_packages() {
     inside 'dpkg --install /tmp/packages/*.deb' >/dev/null || fail "the packages cannot be installed"
     inside 'for p in libvantu-orvanta2 libvantu-orvanta-dev orvanta-tools orvanta-simulator; do
             dpkg --verify $p && test -s /usr/share/doc/$p/copyright && test -s /usr/share/doc/$p/changelog.Debian.gz; done
+        test -s /usr/lib/*/wireshark/plugins/orvanta.lua
         ldconfig -p | grep libvantu_orvanta.so.2 >/dev/null
         orvanta-simulator --help | grep interactive >/dev/null' || fail "what is installed is not complete"
     inside 'cd /tmp/c

@@ -8,14 +8,14 @@ set -euo pipefail
 cd "${1:-$root}"
 
 folders=()
-for folder in src app ctl shared simulator tests bench examples fuzz; do
+for folder in src app ctl shared simulator dissector tests bench examples fuzz; do
     [ ! -d "$folder" ] || folders+=("$folder")
 done
 [ ${#folders[@]} -gt 0 ] || fail "no sources in $PWD"
 mapfile -d '' sources < <(find "${folders[@]}" \
     \( -name '*.cpp' -o -name '*.hpp' -o -name '*.h' -o -name '*.c' \) -print0 | sort -z)
 mapfile -d '' others < <(find . -path './build*' -prune -o -path './.*' -prune -o -type f \( -name CMakeLists.txt -o \
-    -name '*.cmake' -o -name '*.cmake.in' -o -name '*.sh' -o -name '*.py' -o -name run -o -name test \) -printf '%P\0')
+    -name '*.cmake' -o -name '*.cmake.in' -o -name '*.lua' -o -name '*.sh' -o -name '*.py' -o -name run -o -name test \) -printf '%P\0')
 [ ${#sources[@]} -gt 0 ] || fail "no sources in $PWD"
 broken=0
 refuse() {

@@ -39,6 +39,7 @@ test)
         bash-completion:/usr/share/bash-completion/bash_completion
         fish:fish
         zsh:zsh
+        tshark:tshark
         ccache:ccache
     )
     ;;

@@ -61,6 +61,8 @@ for file in orvanta/orvantactl.schema.json bash-completion/completions/orvantact
     [ -s "$prefix/share/$file" ] || fail "share/$file is not installed"
 done
 
+cmp "$build/dissector/orvanta.lua" "$(find "$prefix"/lib* -path '*/wireshark/plugins/orvanta.lua')" || fail "the dissector is not installed"
+
 # Prints the names of the libraries that a program or library needs at run time.
 needs() {
     ldd "$1" | sed -e 's/^[[:space:]]*//' -e 's/ .*//' -e 's,.*/,,' | sort
@@ -160,7 +162,7 @@ shipped() { (cd "$scratch/components/$1" && find . ! -type d | grep -vE "$2" || 
 surplus=$(
     shipped runtime '/libvantu_orvanta\.so\.[0-9.]+$|/share/doc/'
     shipped development '/include/|\.(a|so|pc|cmake)$|/share/doc/.*/examples/'
-    shipped tools '/bin/(orvanta-cli|orvantactl)$|/man1/(orvanta-cli|orvantactl)\.1$|/share/orvanta/orvantactl\.schema\.json$|completions'
+    shipped tools '/bin/(orvanta-cli|orvantactl)$|/man1/(orvanta-cli|orvantactl)\.1$|/share/orvanta/orvantactl\.schema\.json$|completions|/wireshark/plugins/orvanta\.lua$'
     shipped simulator '/bin/orvanta-simulator$|/man[15]/orvanta-(simulator\.1|scenario\.5)$|/scenarios/'
 )
 [ -z "$surplus" ] || fail "components hold what others should: $surplus"
