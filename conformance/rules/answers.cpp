@@ -46,7 +46,7 @@ void answer_to_request(surroundings& around, std::uint8_t code) {
                          op_code::device_opened);
         return;
     }
-    device_user who(around, any ? any_type : orvanta3);
+    device_user who(around, any ? any_type : orvanta3_type);
     const kept_settings kept(who);
     expect_own_answer(who, kept, code);
 }
@@ -74,7 +74,7 @@ void keep_alives_are_not_answered(surroundings& around) {
 }
 
 void answers_copy_the_tag(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     const auto expect_tag = [&](std::uint8_t code, unsigned tag) {
         const auto answer = need_answer(who, idle_request(who, kept, code, static_cast<std::uint8_t>(tag)));
@@ -94,7 +94,7 @@ void answers_copy_the_tag(surroundings& around) {
 }
 
 void answers_name_the_device(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     for (const std::uint8_t code : harmless_requests()) {
         const auto answer = need_answer(who, idle_request(who, kept, code, 1));
@@ -106,7 +106,7 @@ void answers_name_the_device(surroundings& around) {
 }
 
 void a_request_has_one_answer(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     for (const std::uint8_t code : harmless_requests()) {
         const operation& row = row_of(code, direction::to_service);

@@ -22,7 +22,7 @@ void connect_second(visitor& second) {
     if (second.answer_to_connect() && second.answer_to_connect()->code == op_code::service_error) {
         skip("the service has no room for a second client: " + text_of(second.answer_to_connect()));
     }
-    stop("connect_is_answered", text_of(second.answer_to_connect()));
+    stop("a_second_client_is_served_or_refused", text_of(second.answer_to_connect()));
 }
 
 // Those that come with the handshake, and what was said of each.
@@ -71,11 +71,11 @@ void details_follow_each_listing(surroundings& around) {
     who.connect();
     for (const seen_operation& one : listings(who)) {
         const auto type = static_cast<std::uint8_t>(one.record().front());
-        if (type != orvanta3 && type != palmetron) {
+        if (type != orvanta3_type && type != palmetron_type) {
             fail(formatted("device {} of type {}", one.device_id(), type), "type 1 or 2");
         }
         const std::uint8_t wanted =
-            type == orvanta3 ? op_code::device_info_orvanta3 : op_code::device_info_palmetron;
+            type == orvanta3_type ? op_code::device_info_orvanta3 : op_code::device_info_palmetron;
         const auto listed = std::find_if(
             who.operations().begin(), who.operations().end(), [&one](const seen_operation& other) {
                 return other.code == op_code::device_added && other.device_id() == one.device_id();

@@ -33,7 +33,7 @@ std::string expected(damage kind) {
 void hold_session(visitor& who) {
     const surroundings& around = who.around();
     (void)who.try_connect();
-    const auto device = who.find_device(orvanta3);
+    const auto device = who.find_device(orvanta3_type);
     for (const operation& row : device_requests()) {
         const bool is_get = row.body_size == sizeof(proto::device_body);
         if (device && (is_get || row.code == op_code::device_open) && row.code != op_code::config_save &&
@@ -41,7 +41,7 @@ void hold_session(visitor& who) {
             (void)who.ask(device_request(row.code, 1, device->id, bytes(row.body_size - sizeof device->id)));
         }
     }
-    if (const auto grip = who.find_device(palmetron)) {
+    if (const auto grip = who.find_device(palmetron_type)) {
         (void)who.ask(device_request(op_code::device_open, 1, grip->id, bytes(2)));
     }
     who.listen(around.quiet_time_ns);

@@ -23,14 +23,33 @@ void connect_for_a_second(visitor& who) {
     who.connect(introduction(keep_alive_ns));
 }
 
-void expect_kept_by(surroundings& around, const bytes& datagram, std::string_view what) {
-    visitor who(around);
-    connect_for_a_second(who);
-    for (std::int64_t passed_ns = 0; passed_ns < watched_ns; passed_ns += sending_period_ns) {
+// False when this machine was too busy to send in time.
+bool send_for_a_while(visitor& who, const bytes& datagram) {
+    const pace& time = who.around().time;
+    std::int64_t sent_ns = time.now_ns();
+    const std::int64_t end_ns = sent_ns + watched_ns;
+    while (time.now_ns() < end_ns) {
         who.send(datagram);
+        if (time.now_ns() - sent_ns > keep_alive_ns / 2) {
+            return false;
+        }
+        sent_ns = time.now_ns();
         who.listen(sending_period_ns);
     }
-    expect_refusal(what, who.ask(question()), service_status::invalid_device_id);
+    return true;
+}
+
+void expect_kept_by(surroundings& around, const bytes& datagram, std::string_view what) {
+    constexpr int attempts = 5;
+    for (int i = 0; i < attempts; ++i) {
+        visitor who(around);
+        connect_for_a_second(who);
+        if (send_for_a_while(who, datagram)) {
+            expect_refusal(what, who.ask(question()), service_status::invalid_device_id);
+            return;
+        }
+    }
+    skip("this machine is too busy to send in time");
 }
 
 } // namespace

@@ -48,14 +48,14 @@ seen_operation need_refusal(visitor& who, std::span<const std::byte> request,
 } // namespace
 
 void strangers_are_refused(surroundings& around) {
-    device_user known(around, orvanta3);
+    device_user known(around, orvanta3_type);
     const kept_settings kept(known);
     visitor who(around);
     expect_device_requests_refused(who, kept, known.device(), service_status::client_not_connected);
 }
 
 void unopened_devices_are_refused(surroundings& around) {
-    device_user known(around, orvanta3);
+    device_user known(around, orvanta3_type);
     const kept_settings kept(known);
     (void)need_answer(known, device_request(op_code::device_close, 1, known.device()));
     expect_device_requests_refused(known, kept, known.device(), service_status::device_not_opened,
@@ -72,20 +72,20 @@ void closed_devices_are_refused(surroundings& around) {
 }
 
 void unlisted_devices_are_refused(surroundings& around) {
-    device_user known(around, orvanta3);
+    device_user known(around, orvanta3_type);
     const kept_settings kept(known);
     expect_device_requests_refused(known, kept, unlisted_device, service_status::invalid_device_id);
 }
 
 void other_device_types_are_refused(surroundings& around) {
-    device_user who(around, palmetron);
+    device_user who(around, palmetron_type);
     const kept_settings kept(who);
     expect_device_requests_refused(who, kept, who.device(), service_status::invalid_device_type,
                                    {op_code::device_open, op_code::device_close});
 }
 
 void wrong_lengths_are_refused(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     for (const operation& row : operations) {
         if (row.way != direction::to_service) {
@@ -110,7 +110,7 @@ void wrong_lengths_are_refused(surroundings& around) {
 }
 
 void wrong_arguments_are_refused(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     const auto expect = [&who](std::uint8_t code, const bytes& argument) {
         expect_refusal(formatted("{} with a wrong argument", row_of(code, direction::to_service).name),
@@ -184,7 +184,7 @@ void refusals_name_the_device(surroundings& around) {
 }
 
 void refusals_have_an_order(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     visitor stranger(around);
     const bytes wrong{std::byte{9}};

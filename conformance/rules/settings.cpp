@@ -45,7 +45,7 @@ seen_operation set_to(device_user& who, std::uint8_t set, const bytes& value) {
 }
 
 void expect_kept(surroundings& around, std::uint8_t set, std::uint8_t get) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     for (const setting& one : settings()) {
         for (const bytes& value : one.values) {
@@ -81,7 +81,7 @@ void expect_hand(std::string_view whom, const std::optional<seen_operation>& det
 } // namespace
 
 void sets_are_answered_with_their_values(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     for (const setting& one : settings()) {
         for (const bytes& value : one.values) {
@@ -99,7 +99,7 @@ void torque_scaling_is_kept(surroundings& around) {
 }
 
 void handedness_is_kept(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     for (const std::byte hand : {std::byte{2}, std::byte{1}, std::byte{2}}) {
         (void)set_to(who, op_code::config_handedness_set, {hand});
@@ -113,7 +113,7 @@ void handedness_is_kept(surroundings& around) {
 }
 
 void handedness_is_told_to_all_clients(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     visitor other(around);
     const bool is_served = other.try_connect();
@@ -132,7 +132,7 @@ void handedness_is_told_to_all_clients(surroundings& around) {
 }
 
 void refused_requests_change_nothing(surroundings& around) {
-    device_user who(around, orvanta3);
+    device_user who(around, orvanta3_type);
     const kept_settings kept(who);
     const auto gravity = device_request(op_code::config_gravity_compensation_get, 1, who.device());
     const auto torque = device_request(op_code::config_torque_scaling_get, 1, who.device());

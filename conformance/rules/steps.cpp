@@ -68,9 +68,9 @@ device_visitor::device_visitor(surroundings& around, std::uint8_t type) : visito
     connect();
     const std::optional<listed_device> found = find_device(type);
     if (!found) {
-        skip(type == orvanta3    ? "the service lists no Orvanta3"
-             : type == palmetron ? "the service lists no Palmetron"
-                                 : "the service lists no device");
+        skip(type == orvanta3_type    ? "the service lists no Orvanta3"
+             : type == palmetron_type ? "the service lists no Palmetron"
+                                      : "the service lists no device");
     }
     device_ = *found;
 }

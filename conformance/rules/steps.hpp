@@ -12,8 +12,8 @@
 namespace vantu::orvanta::conformance {
 
 inline constexpr std::uint8_t any_type = 0;
-inline constexpr std::uint8_t orvanta3 = vantu_orvanta_device_type_orvanta3;
-inline constexpr std::uint8_t palmetron = vantu_orvanta_device_type_palmetron;
+inline constexpr std::uint8_t orvanta3_type = vantu_orvanta_device_type_orvanta3;
+inline constexpr std::uint8_t palmetron_type = vantu_orvanta_device_type_palmetron;
 
 // A device id that no service lists.
 inline constexpr std::uint32_t unlisted_device = 0xFFFF'FFF0;

@@ -33,7 +33,8 @@ void expect_no_stream(visitor& who, std::string_view when) {
 // Waits for states, of which those of an open device need come.
 void need_stream(device_user& who) {
     if (!who.await({op_code::cursor_state, op_code::palmetron_state})) {
-        stop(who.type() == palmetron ? "an_open_palmetron_streams" : "an_open_orvanta3_streams", "nothing");
+        stop(who.type() == palmetron_type ? "an_open_palmetron_streams" : "an_open_orvanta3_streams",
+             "nothing");
     }
 }
 
@@ -49,11 +50,11 @@ void expect_stream(surroundings& around, std::uint8_t type, std::initializer_lis
 } // namespace
 
 void an_open_orvanta3_streams(surroundings& around) {
-    expect_stream(around, orvanta3, {op_code::cursor_state, op_code::cursor_state_b});
+    expect_stream(around, orvanta3_type, {op_code::cursor_state, op_code::cursor_state_b});
 }
 
 void an_open_palmetron_streams(surroundings& around) {
-    expect_stream(around, palmetron, {op_code::palmetron_state});
+    expect_stream(around, palmetron_type, {op_code::palmetron_state});
 }
 
 void streams_have_tag_0(surroundings& around) {
