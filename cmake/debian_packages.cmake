@@ -52,5 +52,5 @@ backups, shows the device live, and tells why something does not work.")
 orvanta_package(simulator orvanta-simulator utils "" "device service without a device, for the Orvanta3"
   "orvanta-simulator stands in for the device service where there is no device.
 Asked to, it loses, damages and forges datagrams, so that programs can be
-tested.")
+tested. orvanta-conformance holds any service against the protocol.")
 include(CPack)
