@@ -2,6 +2,7 @@
 #include "conformance/matrix.hpp"
 #include "conformance/run.hpp"
 
+#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
@@ -29,8 +30,7 @@ finding judged(const rule& what, const wrong_service& by) {
     tampered_service service(by.wrong);
     surroundings around = service.surroundings();
     around.may_save = true;
-    const std::array wanted{&what};
-    return look_at(wanted, around, [](const finding&) {}).front();
+    return look_at(std::array{&what}, around, [](const finding&) {}).front();
 }
 
 class wrong_services : public testing::TestWithParam<std::size_t> {};

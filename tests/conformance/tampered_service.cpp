@@ -23,7 +23,7 @@ struct quiet_log {
 };
 const quiet_log log_of_the_program;
 
-constexpr std::int64_t step_ns = 5'000'000;
+constexpr std::int64_t step_ns = 20'000'000;
 
 service_simulator::settings by_hand(service_simulator::settings settings) {
     settings.manual_clock = true;
