@@ -2,6 +2,7 @@
 
 #include "vantu/orvanta/common/format.hpp"
 
+#include <array>
 #include <nlohmann/json.hpp>
 
 namespace vantu::orvanta::conformance {
@@ -12,20 +13,10 @@ constexpr double ns_per_s = 1e9;
 std::string escaped(std::string_view text) {
     std::string xml;
     for (const char letter : text) {
-        switch (letter) {
-        case '&':
-            xml += "&amp;";
-            break;
-        case '<':
-            xml += "&lt;";
-            break;
-        case '"':
-            xml += "&quot;";
-            break;
-        default:
-            xml += letter;
-            break;
-        }
+        xml += letter == '&'   ? "&amp;"
+               : letter == '<' ? "&lt;"
+               : letter == '"' ? "&quot;"
+                               : std::string(1, letter);
     }
     return xml;
 }
@@ -36,34 +27,18 @@ std::string seconds(std::int64_t time_ns) {
 
 // The element within a test case that tells of it; none where the rule holds.
 std::string element_of(const finding& what) {
-    const std::string message = escaped(what.text);
-    switch (what.how) {
-    case outcome::holds:
-        return "";
-    case outcome::fails:
-        return formatted("<failure message=\"{}\"/>", message);
-    case outcome::stopped:
-        return formatted("<error message=\"{}\"/>", message);
-    case outcome::skipped:
-        return formatted("<skipped message=\"{}\"/>", message);
-    }
-    return "";
+    constexpr std::array<std::string_view, 4> elements{"", "failure", "error", "skipped"};
+    return what.how == outcome::holds
+               ? ""
+               : formatted("<{} message=\"{}\"/>", elements.at(static_cast<std::size_t>(what.how)),
+                           escaped(what.text));
 }
 
 } // namespace
 
 std::string_view word_of(outcome how) {
-    switch (how) {
-    case outcome::holds:
-        return "ok";
-    case outcome::fails:
-        return "FAIL";
-    case outcome::stopped:
-        return "stop";
-    case outcome::skipped:
-        return "skip";
-    }
-    return "";
+    constexpr std::array<std::string_view, 4> words{"ok", "FAIL", "stop", "skip"};
+    return words.at(static_cast<std::size_t>(how));
 }
 
 std::string line_of(const finding& what) {

@@ -57,25 +57,26 @@ void expect_kept(surroundings& around, std::uint8_t set, std::uint8_t get) {
     }
 }
 
-// The last details of a device among what has come since.
-std::optional<seen_operation> details_since(const visitor& who, std::size_t since, std::uint32_t device) {
-    std::optional<seen_operation> found;
-    for (std::size_t i = since; i < who.operations().size(); ++i) {
-        const seen_operation& one = who.operations()[i];
-        if (one.code == op_code::device_info_orvanta3 && one.device_id() == device) {
-            found = one;
+// Waits until the last details of a device that have come since tell this handedness.
+void expect_hand(std::string_view whom, visitor& who, std::size_t since, std::uint32_t device,
+                 std::byte hand) {
+    std::optional<seen_operation> last;
+    std::optional<seen_operation> next;
+    do {
+        for (; since < who.operations().size(); ++since) {
+            const seen_operation& one = who.operations()[since];
+            if (one.code == op_code::device_info_orvanta3 && one.device_id() == device) {
+                last = one;
+            }
         }
-    }
-    return found;
-}
-
-void expect_hand(std::string_view whom, const std::optional<seen_operation>& details, std::byte hand) {
-    if (!details || details->body.back() != hand) {
-        const std::string with =
-            details ? formatted(" with {}", static_cast<unsigned>(details->body.back())) : "";
-        fail(formatted("{}: {}{}", whom, text_of(details), with),
-             formatted("device_info_orvanta3 with handedness {}", static_cast<unsigned>(hand)));
-    }
+        if (last && last->body.back() == hand) {
+            return;
+        }
+        next = who.await({op_code::device_info_orvanta3});
+    } while (next);
+    const std::string with = last ? formatted(" with {}", static_cast<unsigned>(last->body.back())) : "";
+    fail(formatted("{}: {}{}", whom, text_of(last), with),
+         formatted("device_info_orvanta3 with handedness {}", static_cast<unsigned>(hand)));
 }
 
 } // namespace
@@ -106,9 +107,9 @@ void handedness_is_kept(surroundings& around) {
         who.disconnect();
         const std::size_t before = who.operations().size();
         who.connect();
-        // Needed to put the setting back; and what is listed has come by then.
+        // Needed to put the setting back.
         (void)need_answer(who, device_request(op_code::device_open, 1, who.device(), bytes(2)));
-        expect_hand("the listing after the set", details_since(who, before, who.device()), hand);
+        expect_hand("the listing after the set", who, before, who.device(), hand);
     }
 }
 
@@ -122,11 +123,9 @@ void handedness_is_told_to_all_clients(surroundings& around) {
         const std::size_t before = who.operations().size();
         const std::size_t before_at_other = other.operations().size();
         (void)set_to(who, op_code::config_handedness_set, {hand});
-        who.listen(around.quiet_time_ns / 10);
-        other.listen(around.quiet_time_ns / 10);
-        expect_hand("the client that set it", details_since(who, before, who.device()), hand);
+        expect_hand("the client that set it", who, before, who.device(), hand);
         if (is_served) {
-            expect_hand("another client", details_since(other, before_at_other, who.device()), hand);
+            expect_hand("another client", other, before_at_other, who.device(), hand);
         }
     }
 }
