@@ -53,6 +53,6 @@ dissector shows the conversations with the device service in Wireshark.")
 orvanta_package(simulator orvanta-simulator utils "" "device service without a device, for the Orvanta3"
   "orvanta-simulator stands in for the device service where there is no device.
 Asked to, it loses, damages and forges datagrams, so that programs can be
-tested.")
+tested. orvanta-conformance holds any service against the protocol.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "wireshark | tshark")
 include(CPack)

@@ -1,5 +1,6 @@
 # Installation, by component: runtime (the shared library), development (headers, what links, the CMake package
-# and the pkg-config file, the simulator's library), tools (the console tool, the tool for scripts) and simulator.
+# and the pkg-config file, the simulator's library), tools (the console tool, the tool for scripts) and simulator (also the
+# conformance kit).
 include(CMakePackageConfigHelpers)
 
 # Public headers: those of vantu/orvanta itself, each in the folder below "include" that it is included from.
@@ -19,7 +20,7 @@ if(ORVANTA_BUILD_PROGRAMS)
   file(RELATIVE_PATH library_from_tools /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
   set_target_properties(orvanta-cli orvantactl orvanta-simulator PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tools}")
   install(TARGETS orvanta-cli orvantactl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-  install(TARGETS orvanta-simulator RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
+  install(TARGETS orvanta-simulator orvanta-conformance RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/simulator/scenarios DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/orvanta
     COMPONENT simulator FILES_MATCHING PATTERN "*.json")
   install(FILES ${PROJECT_SOURCE_DIR}/app/man/orvanta-cli.1 ${PROJECT_SOURCE_DIR}/ctl/man/orvantactl.1
@@ -40,6 +41,7 @@ if(ORVANTA_BUILD_PROGRAMS)
   install(FILES ${completions}/orvantactl.fish
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d COMPONENT tools)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-simulator.1
+    ${PROJECT_SOURCE_DIR}/conformance/man/orvanta-conformance.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT simulator)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/man/orvanta-scenario.5
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 COMPONENT simulator)

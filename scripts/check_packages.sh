@@ -46,8 +46,9 @@ use_packages() {
         until grep -q "listening on port" /tmp/simulator.log; do sleep 0.1; done
         printf "0\n1\n4\n" | orvanta-cli >/tmp/session.log; status=$?
         orvantactl list --json >/tmp/list.json || status=$?
+        orvanta-conformance >/tmp/conformance.log || status=$?
         kill $!
-        exit $status' || fail "orvanta-cli or orvantactl fails beside the simulator"
+        exit $status' || fail "orvanta-cli, orvantactl or orvanta-conformance fails beside the simulator"
     grep -q 'Device Type:.*Orvanta3' "$folder/tmp/session.log" || fail "orvanta-cli finds no device"
     grep -q '"type":"orvanta3"' "$folder/tmp/list.json" || fail "orvantactl finds no device"
     inside 'dpkg --purge orvanta-simulator orvanta-tools libvantu-orvanta-dev libvantu-orvanta2' >/dev/null ||

@@ -8,7 +8,7 @@ set -euo pipefail
 cd "${1:-$root}"
 
 folders=()
-for folder in src app ctl shared simulator dissector bench tests examples fuzz; do
+for folder in src app ctl shared simulator conformance dissector bench tests examples fuzz; do
     [ ! -d "$folder" ] || folders+=("$folder")
 done
 [ ${#folders[@]} -gt 0 ] || fail "no sources in $PWD"

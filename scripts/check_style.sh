@@ -8,7 +8,7 @@ set -euo pipefail
 cd "${1:-$root}"
 
 folders=()
-for folder in src app ctl shared simulator dissector tests bench examples fuzz; do
+for folder in src app ctl shared simulator conformance dissector tests bench examples fuzz; do
     [ ! -d "$folder" ] || folders+=("$folder")
 done
 [ ${#folders[@]} -gt 0 ] || fail "no sources in $PWD"

@@ -44,7 +44,7 @@ if [ $# -gt 0 ]; then
 else
     # The build's own files count only where they gather several sources.
     mapfile -t sources < <(sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$build/compile_commands.json" |
-        grep -E "^$root/(src|app|ctl|shared|simulator|dissector|tests|bench|fuzz)/.*\.cpp\$|^$build/.*/Unity/.*\.cxx\$" | sort -u)
+        grep -E "^$root/(src|app|ctl|shared|simulator|conformance|dissector|tests|bench|fuzz)/.*\.cpp\$|^$build/.*/Unity/.*\.cxx\$" | sort -u)
 fi
 [ ${#sources[@]} -gt 0 ] || fail "$build/compile_commands.json names no sources"
 

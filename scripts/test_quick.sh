@@ -24,7 +24,7 @@ changed_files() {
     done
     differing=$(git diff --name-only --diff-filter=d "${base:-HEAD}") || return
     new=$(git ls-files --others --exclude-standard) || return
-    printf '%s\n' "$differing" "$new" | sed -nE '\,^(src|app|ctl|shared|simulator|dissector|tests|bench|fuzz)/.*\.(cpp|hpp|h)$,p' | sort -u
+    printf '%s\n' "$differing" "$new" | sed -nE '\,^(src|app|ctl|shared|simulator|conformance|dissector|tests|bench|fuzz)/.*\.(cpp|hpp|h)$,p' | sort -u
 }
 
 # Reads names from standard input: a source stands for itself, a header for one source that includes it: its own, or

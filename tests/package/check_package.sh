@@ -52,7 +52,7 @@ done
 scenarios=$(cd "$source/simulator/scenarios" && ls)
 installed=$(cd "$prefix/share/orvanta/scenarios" && ls)
 [ "$installed" = "$scenarios" ] || fail "installed scenarios are $installed"
-for page in man1/orvanta-cli.1 man1/orvantactl.1 man1/orvanta-simulator.1 man5/orvanta-scenario.5; do
+for page in man1/orvanta-cli.1 man1/orvantactl.1 man1/orvanta-simulator.1 man1/orvanta-conformance.1 man5/orvanta-scenario.5; do
     [ -s "$prefix/share/man/$page" ] || fail "$page is not installed"
 done
 
@@ -141,7 +141,7 @@ if [ "$kind" != static ]; then
 else
     [ -z "$(find "$prefix" -name 'libvantu_orvanta.so*')" ] || fail "a static build installed a shared library"
 fi
-for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvantactl" "$prefix/bin/orvanta-simulator" "$consumer/flat" "$consumer/classes" \
+for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvantactl" "$prefix/bin/orvanta-simulator" "$prefix/bin/orvanta-conformance" "$consumer/flat" "$consumer/classes" \
     "$consumer/simulated" "$scratch/watch/watch_test" "$scratch/session/"{list_devices,set_scaling_factor,cursor_to_csv}; do
     [ -x "$program" ] || fail "$program is missing"
     ! ldd "$program" | grep 'not found' || fail "$program does not find its libraries"
@@ -149,6 +149,7 @@ for program in "$prefix/bin/orvanta-cli" "$prefix/bin/orvantactl" "$prefix/bin/o
     [ -z "$foreign" ] || fail "$program needs $foreign"
 done
 "$prefix/bin/orvanta-simulator" --version >/dev/null || fail "the installed simulator does not start"
+"$prefix/bin/orvanta-conformance" --version >/dev/null || fail "the installed conformance kit does not start"
 "$prefix/bin/orvantactl" --version >/dev/null || fail "the installed orvantactl does not start"
 
 # Each component by itself: nothing belongs to none of them, and nothing to two.
@@ -163,7 +164,7 @@ surplus=$(
     shipped runtime '/libvantu_orvanta\.so\.[0-9.]+$|/share/doc/'
     shipped development '/include/|\.(a|so|pc|cmake)$|/share/doc/.*/examples/'
     shipped tools '/bin/(orvanta-cli|orvantactl)$|/man1/(orvanta-cli|orvantactl)\.1$|/share/orvanta/orvantactl\.schema\.json$|completions|/wireshark/plugins/orvanta\.lua$'
-    shipped simulator '/bin/orvanta-simulator$|/man[15]/orvanta-(simulator\.1|scenario\.5)$|/scenarios/'
+    shipped simulator '/bin/orvanta-(simulator|conformance)$|/man[15]/orvanta-(simulator\.1|conformance\.1|scenario\.5)$|/scenarios/'
 )
 [ -z "$surplus" ] || fail "components hold what others should: $surplus"
 

@@ -63,7 +63,7 @@ fi
 "${emulator[@]}" "$consumer/classes.exe" || fail "classes fails"
 if [ "$kind" = shared ]; then
     "${emulator[@]}" "$consumer/simulated.exe" || fail "simulated fails"
-    for program in orvanta-simulator orvanta-cli orvantactl; do
+    for program in orvanta-simulator orvanta-conformance orvanta-cli orvantactl; do
         [ -s "$prefix/bin/$program.exe" ] || fail "$program is not installed"
     done
     version=$("${emulator[@]}" "$prefix/bin/orvanta-simulator.exe" --version | tr -d '\r')

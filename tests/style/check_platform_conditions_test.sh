@@ -28,7 +28,7 @@ for name in _WIN32 _WIN64 WIN32 __WIN32__ __MINGW32__ __MINGW64__ __CYGWIN__ _MS
     __gnu_linux__ __unix__ __unix __APPLE__ __MACH__ __ANDROID__ __FreeBSD__ __GLIBC__ _POSIX_VERSION; do
     expect refused src/network/socket.cpp "#ifdef $name"
 done
-for folder in src app ctl shared simulator dissector bench tests examples; do
+for folder in src app ctl shared simulator conformance dissector bench tests examples; do
     expect refused "$folder/any.cpp" '#if defined(_WIN32)'
     expect accepted "$folder/any.cpp" '#if defined(FEATURE)'
 done
