@@ -60,6 +60,7 @@ class input_console {
     }
 
     [[nodiscard]] bool has_quit() const { return console_.has_quit(); }
+    [[nodiscard]] bool has_failed() const { return console_.has_failed(); }
 
   private:
     verb_result run(std::string_view line) {
@@ -96,7 +97,8 @@ int simulate(options chosen) {
     }
     service_simulator service(std::move(chosen.simulated));
     watch_for_shutdown();
-    print(formatted("listening on port {}\nseed {}\n", service.port(), service.seed()));
+    print(formatted("listening on port {}\nseed {}\n{}{}", service.port(), service.seed(), service.about(),
+                    service.about().empty() ? "" : "\n"));
 
     std::optional<input_console> input;
     if (chosen.interactive) {
@@ -112,7 +114,7 @@ int simulate(options chosen) {
             return shutdown_was_requested() || (input && input->has_quit());
         },
         longest_sleep);
-    return 0;
+    return service.failed_steps() != 0 || (input && input->has_failed()) ? status_failed : 0;
 }
 
 } // namespace

@@ -68,6 +68,7 @@ void console::do_line(const std::string& line, std::int64_t now_ns) {
     }
     const verb_result result = run_(line);
     if (!result.good) {
+        failed_ = !prompts_;
         print_("error: " + result.text + '\n');
         return;
     }

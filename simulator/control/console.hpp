@@ -34,6 +34,9 @@ class console {
 
     [[nodiscard]] bool has_quit() const noexcept { return quit_; }
 
+    // Whether a line of a script was wrong; somebody who types sees it.
+    [[nodiscard]] bool has_failed() const noexcept { return failed_; }
+
   private:
     void do_line(const std::string& line, std::int64_t now_ns);
 
@@ -43,6 +46,7 @@ class console {
     bool prompted_{false};
     bool ended_{false};
     bool quit_{false};
+    bool failed_{false};
     std::int64_t waits_until_ns_;
     std::deque<std::string> lines_;
 };

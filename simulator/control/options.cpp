@@ -1,6 +1,7 @@
 #include "simulator/control/options.hpp"
 
 #include "shared/text_lines.hpp"
+#include "simulator/control/shipped_scenarios.hpp"
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
@@ -195,7 +196,8 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
                          "Print the version and end");
     add_service_options(app, chosen, port, announce);
     app.add_option("--seed", seed, "Source of all chances; random if left out")->type_name("N");
-    app.add_option("--scenario", chosen.simulated.scenario_path, "File that says what happens when")
+    app.add_option("--scenario", chosen.simulated.scenario_path,
+                   "File or name of what happens when; 'list' shows the names")
         ->check(file_name())
         ->type_name("FILE");
     app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");
@@ -207,6 +209,10 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
             return help_outcome(app, help->results().front());
         }
         expect_no_surplus(app);
+        if (chosen.simulated.scenario_path == "list") {
+            return {parse_verdict::show, {}, list_of_scenarios()};
+        }
+        chosen.simulated.scenario_path = scenario_path_of(chosen.simulated.scenario_path);
         chosen.simulated.port = std::to_string(port);
         chosen.simulated.devices = announce_orders.at(announce);
         if (app.count("--seed") != 0) {

@@ -30,7 +30,8 @@ struct parse_outcome {
     std::string text;
 };
 
-// Never prints and never ends the program.
+// Never prints and never ends the program. Throws std::runtime_error with one line where the shipped
+// scenarios are asked for and not there.
 [[nodiscard]] parse_outcome parse_options(int argument_count, const char* const* arguments);
 
 inline constexpr std::array<std::string_view, 3> help_topics{"faults", "scenario", "console"};

@@ -35,8 +35,11 @@ void scenario_runner::attend() {
     while (!quit_ && schedule_.next_due_ns() <= target_.now_ns()) {
         for (const std::string& verb : schedule_.take_due(target_.now_ns())) {
             const verb_result result = run_verb(target_, verb);
-            if (!result.text.empty()) {
-                print_(result.good ? result.text : verb + ": " + result.text + '\n');
+            if (!result.good) {
+                ++failures_;
+                print_("error: " + verb + ": " + result.text + '\n');
+            } else if (!result.text.empty()) {
+                print_(result.text);
             }
             quit_ = result.quit;
             if (quit_) {

@@ -4,6 +4,7 @@
 #include "simulator/control/scenario_schedule.hpp"
 #include "simulator/simulation/simulation.hpp"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string_view>
@@ -33,6 +34,8 @@ class scenario_runner {
 
     // Whether the scenario has ended the simulation.
     [[nodiscard]] bool has_quit() const noexcept { return quit_; }
+    // Verbs that could not be done: each is shown in a line that begins with "error: ".
+    [[nodiscard]] std::size_t failures() const noexcept { return failures_; }
     // Goes on with the steps that are left.
     void go_on() noexcept { quit_ = false; }
 
@@ -40,6 +43,7 @@ class scenario_runner {
     simulation& target_;
     scenario_schedule schedule_;
     print_function print_;
+    std::size_t failures_{0};
     bool quit_{false};
 };
 

@@ -155,8 +155,8 @@ static_assert(fault_checks::rows_stand_by_kind());
 //   short-acceptance those with an acceptance; goodbye fits none that is a goodbye already.
 //   reorder holds one datagram of a client and a way at a time, so that the next ones pass it.
 //   silence, goodbye, restart, unplug and plug begin right after the datagram; silence swallows it too.
-//   The datagrams that a rule adds (copies, answers) meet the later rules; forged ones meet none, and of a copy
-//   no further copies are made.
+//   The datagrams that a rule adds (copies, answers) meet the later rules; forged ones meet none, and of a
+//   copy no further copies are made.
 struct fault_rule {
     fault_kind kind{fault_kind::drop};
     std::optional<communication::direction> way; // empty: each way that the fault can go

@@ -30,6 +30,11 @@ class service_simulator::implementation {
 
     [[nodiscard]] const std::string& port() const noexcept { return sockets_.port(); }
     [[nodiscard]] std::uint64_t seed() const noexcept { return simulated_.seed(); }
+    [[nodiscard]] const std::string& about() const noexcept { return prepared_.about; }
+    [[nodiscard]] std::size_t failed_steps() const {
+        const std::scoped_lock lock(mutex_);
+        return runner_.failures();
+    }
 
     // Calls the function with the simulation, and with the lock held.
     template <typename Function> auto look(Function function) const {

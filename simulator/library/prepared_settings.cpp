@@ -82,6 +82,7 @@ prepared_settings prepare(const service_simulator::settings& wanted) {
     made.simulated.narrate = wanted.narrate;
     made.simulated.warn = wanted.warn;
     made.steps = std::move(script.steps);
+    made.about = without_control_characters(script.about);
     if (!wanted.state_path.empty()) {
         made.state = std::make_unique<saved_state>(wanted.state_path);
         made.simulated.state = made.state.get();

@@ -7,6 +7,7 @@
 #include "vantu/orvanta/simulator.hpp"
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -15,6 +16,7 @@ struct prepared_settings {
     simulation_settings simulated;
     std::vector<fault_rule> faults;
     std::vector<scenario_step> steps;
+    std::string about;                  // what the scenario shows
     std::unique_ptr<saved_state> state; // of the simulated; null where configurations are kept in no file
 };
 

@@ -25,6 +25,14 @@ std::uint64_t service_simulator::seed() const noexcept {
     return implementation_->seed();
 }
 
+const std::string& service_simulator::about() const noexcept {
+    return implementation_->about();
+}
+
+std::size_t service_simulator::failed_steps() const {
+    return implementation_->failed_steps();
+}
+
 std::string service_simulator::command(std::string_view line) {
     return implementation_->command(line);
 }

@@ -88,8 +88,7 @@ TEST(random_sessions, go_as_the_delivered_bytes_say) {
         }
     }
     std::printf("the longest had the seed %llu and %.2f s of processor time\n",
-                static_cast<unsigned long long>(longest_seed),
-                static_cast<double>(longest) / CLOCKS_PER_SEC);
+                static_cast<unsigned long long>(longest_seed), static_cast<double>(longest) / CLOCKS_PER_SEC);
     std::printf("%llu connects, %llu polls, %llu requests, %llu answers, %llu ends of the process\n",
                 static_cast<unsigned long long>(total.connects), static_cast<unsigned long long>(total.polls),
                 static_cast<unsigned long long>(total.requests),

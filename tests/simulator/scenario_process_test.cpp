@@ -1,0 +1,81 @@
+// The simulator as a program with scenarios: those that are shipped, by name, and steps that fail.
+#include "app/support/child_process.hpp"
+#include "simulator/fixtures/running_simulator.hpp"
+#include "support/scratch_folder.hpp"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace orvanta_tests {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* about_the_loose_plug =
+    "A loose plug: the device is gone two seconds after it was opened, and back two seconds later.";
+
+running_simulator::ending end_of(const std::vector<std::string>& arguments) {
+    running_simulator tested(arguments);
+    return tested.wait_for_end();
+}
+
+TEST(shipped_scenarios, are_listed_with_what_they_show) {
+    const auto end = end_of({"--scenario", "list"});
+    EXPECT_EQ(end.status, succeeded);
+    EXPECT_EQ(end.errors, "");
+    EXPECT_THAT(end.output,
+                HasSubstr(std::string("unplug_while_streaming    ") + about_the_loose_plug + '\n'));
+    std::istringstream lines(end.output);
+    std::size_t listed = 0;
+    for (std::string line; std::getline(lines, line); ++listed) {
+        EXPECT_TRUE(std::filesystem::exists(std::string(SCENARIO_FOLDER "/") +
+                                            line.substr(0, line.find(' ')) + ".json"))
+            << line;
+    }
+    EXPECT_EQ(listed, static_cast<std::size_t>(
+                          std::distance(std::filesystem::directory_iterator(SCENARIO_FOLDER), {})));
+}
+
+TEST(shipped_scenarios, are_found_by_name_and_say_what_they_show) {
+    for (const char* name : {"unplug_while_streaming", "unplug_while_streaming.json"}) {
+        running_simulator tested({"--port", "0", "--interactive", "--scenario", name});
+        EXPECT_NE(tested.port(), "") << name;
+        tested.quit();
+        const auto end = tested.wait_for_end();
+        EXPECT_EQ(end.status, succeeded);
+        EXPECT_EQ(end.output, std::string(about_the_loose_plug) + "\nok\n");
+    }
+}
+
+TEST(shipped_scenarios, do_not_go_before_files) {
+    const auto end = end_of({"--port", "0", "--scenario", "no_such_scenario"});
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(end.errors,
+              "orvanta-simulator: no_such_scenario: no file of that name; the path of a scenario would be "
+              "right\n");
+    EXPECT_THAT(end_of({"--port", "0", "--scenario", "./unplug_while_streaming"}).errors,
+                StartsWith("orvanta-simulator: ./unplug_while_streaming: no file of that name; "));
+}
+
+TEST(a_step_that_fails, is_an_error_and_ends_the_program_with_1) {
+    const scratch_folder folder;
+    const std::string path = folder.file("fails.json");
+    std::ofstream(path) << R"({"version": 1, "steps": [{"at": 0, "do": ["unplug 9", "quit"]}]})";
+    const auto end = end_of({"--port", "0", "--scenario", path});
+    EXPECT_THAT(end.output, HasSubstr("error: unplug 9: there is no device 9; 1 or 1001 would be right\n"));
+    EXPECT_EQ(end.status, 1);
+}
+
+TEST(a_line_of_a_script_that_fails, ends_the_program_with_1) {
+    child_process program(interactive_command({}), attachment::pipes);
+    program.type("nonsense\nquit\n");
+    EXPECT_EQ(program.wait(), 1);
+    EXPECT_THAT(program.rest(), HasSubstr("error: "));
+}
+
+} // namespace
+} // namespace orvanta_tests
