@@ -251,7 +251,7 @@ TEST(damaged_datagrams, may_have_more_bytes_than_a_client_has_room_for) {
 TEST(damaged_datagrams, are_told_from_those_that_the_capture_cuts) {
     const sent_datagram whole =
         client_receives("E9 9E 01 00 00 00  FF 13 04 00 01 07 00 00 00  FF 07 02 00 00 AA BB");
-    for (const std::uint32_t missing : {1, 2, 6, 8, 14, 18}) {
+    for (const std::uint32_t missing : {1U, 2U, 6U, 8U, 14U, 18U}) {
         const shown_fields shown = dissect_captured_part(whole, missing);
         std::vector<std::string> damage = damage_in(shown);
         std::erase(damage, "unknown_code");

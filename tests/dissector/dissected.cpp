@@ -26,11 +26,11 @@ std::vector<std::string> split(const std::string& text, char separator) {
     return parts;
 }
 
-void let_all_read(const scratch_folder& folder) {
+void let_all_read(const std::filesystem::path& folder) {
     using std::filesystem::perms;
-    std::filesystem::permissions(folder.path(), perms::owner_all | perms::group_read | perms::group_exec |
-                                                    perms::others_read | perms::others_exec);
-    for (const auto& file : std::filesystem::directory_iterator(folder.path())) {
+    std::filesystem::permissions(folder, perms::owner_all | perms::group_read | perms::group_exec |
+                                             perms::others_read | perms::others_exec);
+    for (const auto& file : std::filesystem::directory_iterator(folder)) {
         std::filesystem::permissions(file, perms::owner_read | perms::owner_write | perms::group_read |
                                                perms::others_read);
     }
@@ -54,7 +54,6 @@ class capture {
             file.write(captured);
         }
         file.flush();
-        let_all_read(folder_);
     }
 
     // Takes the last bytes from the only frame, whose length stays what it was.
@@ -82,7 +81,7 @@ class tshark {
   public:
     tshark() {
         std::filesystem::copy_file(DISSECTOR, plugins_.file("orvanta.lua"));
-        let_all_read(plugins_);
+        let_all_read(plugins_.path());
     }
 
     // Throws std::runtime_error unless it ends well without a word on standard error.
@@ -102,8 +101,8 @@ class tshark {
         return program.rest();
     }
 
-    [[nodiscard]] std::string read(const capture& datagrams, const std::vector<std::string>& options) const {
-        const std::string& path = datagrams.path();
+    [[nodiscard]] std::string read(const std::string& path, const std::vector<std::string>& options) const {
+        let_all_read(std::filesystem::path(path).parent_path());
         // Twice, so that a request shows the answer that comes after it.
         std::vector<std::string> arguments{"-n", "-2", "-r", path};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -161,10 +160,8 @@ const std::vector<std::string>& registered_filters() {
     return filters;
 }
 
-namespace {
-
-std::vector<shown_fields> dissect_capture(const capture& datagrams, const std::vector<std::string>& options,
-                                          const std::vector<std::string>& filters) {
+std::vector<shown_fields> dissect_file(const std::string& path, const std::vector<std::string>& options,
+                                       const std::vector<std::string>& filters) {
     std::vector<std::string> arguments = options;
     arguments.insert(arguments.end(),
                      {"-T", "fields", "-E", "separator=/t", "-E", std::string("aggregator=") + between_values,
@@ -174,7 +171,7 @@ std::vector<shown_fields> dissect_capture(const capture& datagrams, const std::v
     }
     arguments.insert(arguments.end(), {"-e", "_ws.expert.message"}); // tells of errors in Lua
     std::vector<shown_fields> rows;
-    for (const std::string& line : split(tshark().read(datagrams, arguments), '\n')) {
+    for (const std::string& line : split(tshark().read(path, arguments), '\n')) {
         std::vector<std::string> values = split(line, between_fields);
         values.resize(filters.size() + 3);
         if (values[0] != std::to_string(rows.size() + 1)) {
@@ -191,12 +188,10 @@ std::vector<shown_fields> dissect_capture(const capture& datagrams, const std::v
     return rows;
 }
 
-} // namespace
-
 std::vector<shown_fields> dissect(const std::vector<sent_datagram>& datagrams,
                                   const std::vector<std::string>& options,
                                   const std::vector<std::string>& filters) {
-    std::vector<shown_fields> rows = dissect_capture(capture(datagrams), options, filters);
+    std::vector<shown_fields> rows = dissect_file(capture(datagrams).path(), options, filters);
     if (rows.size() != datagrams.size()) {
         throw std::runtime_error("tshark shows " + std::to_string(rows.size()) + " of " +
                                  std::to_string(datagrams.size()) + " datagrams");
@@ -207,11 +202,11 @@ std::vector<shown_fields> dissect(const std::vector<sent_datagram>& datagrams,
 shown_fields dissect_captured_part(const sent_datagram& whole, std::uint32_t missing) {
     const capture part({whole});
     part.leave_out(missing);
-    return dissect_capture(part, {}, registered_filters()).at(0);
+    return dissect_file(part.path()).at(0);
 }
 
 std::string trees_of(const std::vector<sent_datagram>& datagrams) {
-    return tshark().read(capture(datagrams), {"-O", "orvanta"});
+    return tshark().read(capture(datagrams).path(), {"-O", "orvanta"});
 }
 
 } // namespace orvanta_tests

@@ -42,6 +42,10 @@ struct registered_field {
     const std::vector<sent_datagram>& datagrams, const std::vector<std::string>& options = {},
     const std::vector<std::string>& filters = registered_filters());
 
+// The same for a capture, which is alone in its folder.
+[[nodiscard]] std::vector<shown_fields> dissect_file(
+    const std::string& path, const std::vector<std::string>& options = {},
+    const std::vector<std::string>& filters = registered_filters());
 // The same for a datagram whose last bytes the capture leaves out.
 [[nodiscard]] shown_fields dissect_captured_part(const sent_datagram& whole, std::uint32_t missing);
 
