@@ -272,7 +272,7 @@ TEST_F(in_a_folder, a_file_that_is_wrong_is_refused_with_its_path) {
     wanted = by_hand();
     wanted.state_path = file("state.json", "{}");
     EXPECT_THAT(refusal_of<std::runtime_error>([&] { const service_simulator tested(wanted); }),
-                StartsWith(wanted.state_path + ": "));
+                StartsWith(wanted.state_path + ":1: "));
 }
 
 } // namespace
