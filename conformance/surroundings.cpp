@@ -56,8 +56,7 @@ void expect_service(surroundings& around) {
     first.send(datagram_of(op_code::disconnect, 0));
     first.listen(first.datagrams() == 0 ? around.answer_time_ns : 0);
     if (first.datagrams() + first.refused_datagrams() == 0) {
-        throw std::runtime_error(first.port_is_closed() ? "no service holds the port"
-                                                        : "nobody answers at the port");
+        throw std::runtime_error("nobody answers at the port");
     }
 }
 

@@ -72,7 +72,6 @@ bool visitor::take() {
     case socket_status::unavailable:
         return false;
     case socket_status::connection_reset:
-        closed_ = true;
         return true;
     case socket_status::os_error:
         ++refused_;

@@ -65,8 +65,6 @@ class visitor {
     [[nodiscard]] std::size_t datagrams() const { return datagrams_; }
     // Datagrams that are larger than a client's buffer, or that the system refuses to hand out.
     [[nodiscard]] std::size_t refused_datagrams() const { return refused_; }
-    // Whether the system says that nobody holds the service's port.
-    [[nodiscard]] bool port_is_closed() const { return closed_; }
 
     [[nodiscard]] surroundings& around() const { return around_; }
 
@@ -77,7 +75,6 @@ class visitor {
     surroundings& around_;
     socket_handle socket_;
     bool connected_{false};
-    bool closed_{false};
     std::optional<seen_operation> handshake_;
     std::vector<seen_operation> operations_;
     std::size_t looked_at_{0};
