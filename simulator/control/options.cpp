@@ -1,5 +1,6 @@
 #include "simulator/control/options.hpp"
 
+#include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/device.hpp"
@@ -125,8 +126,8 @@ void expect_no_surplus(const CLI::App& app) {
     }
     const std::vector<std::string_view> words(names.begin(), names.end());
     const std::string name = wrong->substr(0, wrong->find('='));
-    throw CLI::ValidationError(name, "there is no such option; " + std::string(nearest_word(name, words)) +
-                                         " would be right, and --help lists them all");
+    throw CLI::ValidationError(name,
+                               "there is no such option" + hint_for(name, words) + "; --help lists them all");
 }
 
 // The words around the list of options, and its width.

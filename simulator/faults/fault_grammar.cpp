@@ -1,4 +1,5 @@
 // Reading a fault's argument and selectors.
+#include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
 #include "simulator/faults/faults.hpp"
 #include "vantu/orvanta/common/format.hpp"
@@ -175,18 +176,18 @@ class fault_reader {
         }
         const auto value = whole_number(text);
         if (!value.has_value() || *value > greatest_byte) {
-            refuse(formatted("'{}' is no operation; op takes a code from 0 to 255 or a name like {}", text,
-                             nearest_operation(text)));
+            refuse(formatted("'{}' is no operation; op takes a code from 0 to 255 or a name{}", text,
+                             hint_for_operation(text)));
         }
         rule_.code = static_cast<std::uint8_t>(*value);
     }
 
-    [[nodiscard]] static std::string_view nearest_operation(std::string_view text) {
+    [[nodiscard]] static std::string hint_for_operation(std::string_view text) {
         std::array<std::string_view, communication::operations.size()> names;
         for (std::size_t i = 0; i < names.size(); ++i) {
             names[i] = communication::operations[i].name;
         }
-        return nearest_word(text, names);
+        return hint_for(text, names);
     }
 
     void read_direction(std::string_view text) {

@@ -181,9 +181,9 @@ TEST(options, that_are_wrong_are_told_in_one_line_that_names_them) {
 
 TEST(options, that_are_unknown_are_told_with_the_one_that_was_probably_meant) {
     EXPECT_EQ(parse({"--dorp", "0.3"}).text,
-              "--dorp: there is no such option; --drop would be right, and --help lists them all");
+              "--dorp: there is no such option; --drop would be right; --help lists them all");
     EXPECT_EQ(parse({"--scenari=desk.json"}).text,
-              "--scenari: there is no such option; --scenario would be right, and --help lists them all");
+              "--scenari: there is no such option; --scenario would be right; --help lists them all");
     EXPECT_EQ(parse({"desk.json"}).text, "'desk.json' belongs to no option; --help lists them all");
 }
 

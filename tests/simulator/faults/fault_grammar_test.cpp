@@ -123,11 +123,10 @@ TEST(fault_grammar, says_what_is_wrong_and_what_would_be_right) {
          "drop: 'port=3' is no selector; it takes op=, dir=, n= or p=, as in 'drop 0.05'"},
         {fault_kind::drop, "@op=1,op=2", "drop: op is given twice; once is enough, as in 'drop 0.05'"},
         {fault_kind::drop, "@op=cursor_stat",
-         "drop: 'cursor_stat' is no operation; op takes a code from 0 to 255 or a name like cursor_state, as "
-         "in "
-         "'drop 0.05'"},
+         "drop: 'cursor_stat' is no operation; op takes a code from 0 to 255 or a name; cursor_state "
+         "would be right, as in 'drop 0.05'"},
         {fault_kind::drop, "@op=256",
-         "drop: '256' is no operation; op takes a code from 0 to 255 or a name like ack, as in 'drop 0.05'"},
+         "drop: '256' is no operation; op takes a code from 0 to 255 or a name, as in 'drop 0.05'"},
         {fault_kind::drop, "@n=0",
          "drop: '0' is no count of datagrams; n takes a whole number from 1, as in 'drop 0.05'"},
         {fault_kind::drop, "@dir=up",

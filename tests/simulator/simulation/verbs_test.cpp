@@ -236,16 +236,18 @@ TEST(verbs, are_checked_without_being_done) {
 TEST(verbs, show_no_control_character_of_a_wrong_line) {
     simulation_fixture fixture;
     const char* const line = "dr\x1B[1mop\x7F 0.3";
-    constexpr auto complaint =
-        "there is no verb 'dr?[1mop?'; 'drop' would be right, and 'help' lists them all";
+    constexpr auto complaint = "there is no verb 'dr?[1mop?'; 'help' lists them all";
     EXPECT_EQ(check_verb(line), complaint);
     EXPECT_EQ(complaint_of(fixture.tested, line), complaint);
 }
 
 TEST(verbs, say_what_is_wrong_and_what_would_be_right) {
     const std::pair<const char*, const char*> wrongs[]{
-        {"dorp 0.3", "there is no verb 'dorp'; 'drop' would be right, and 'help' lists them all"},
-        {"statsu", "there is no verb 'statsu'; 'status' would be right, and 'help' lists them all"},
+        {"dorp 0.3", "there is no verb 'dorp'; 'drop 0.3' would be right; 'help' lists them all"},
+        {"statsu", "there is no verb 'statsu'; 'status' would be right; 'help' lists them all"},
+        {"trunkate",
+         "there is no verb 'trunkate'; 'truncate 17@op=66' would be right; 'help' lists them all"},
+        {"tomorrow", "there is no verb 'tomorrow'; 'help' lists them all"},
         {"drop 3", "drop: '3' is no probability; it takes a number from 0 to 1, as in 'drop 0.05'"},
         {"plug", "plug: it lacks its argument; say it before any '@', as in 'plug orvanta3@n=9'"},
         {"set", "set: '' is no device id; a whole number would be right, as in 'set 1 gravity on 0.5'"},
@@ -258,11 +260,13 @@ TEST(verbs, say_what_is_wrong_and_what_would_be_right) {
         {"set 1 torque maybe", "torque: 'maybe' is neither on nor off, as in 'set 1 torque off'"},
         {"set 1 handedness both",
          "handedness: 'both' is neither left nor right, as in 'set 1 handedness left'"},
+        {"heal me", "heal: 'me' is no fault; 'heal' alone would be right"},
         {"heal dorp", "heal: 'dorp' is no fault; 'heal drop' or 'heal' alone would be right"},
         {"wait soon", "wait: 'soon' is no time; it takes milliseconds from 0 to 86400000, as in 'wait 250'"},
         {"wait 86400001",
          "wait: '86400001' is no time; it takes milliseconds from 0 to 86400000, as in 'wait 250'"},
-        {"help me", "help: 'me' is no verb; 'help set' or 'help' alone would be right"},
+        {"help me", "help: 'me' is no verb; 'help' alone would be right"},
+        {"help dorp", "help: 'dorp' is no verb; 'help drop' or 'help' alone would be right"},
         {"quit now", "quit: 'now' is too much; the line ends before it"},
     };
     for (const auto& [line, complaint] : wrongs) {
