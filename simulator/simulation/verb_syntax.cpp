@@ -2,6 +2,7 @@
 
 #include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
+#include "simulator/faults/old_words.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -21,14 +22,6 @@ std::string near_line(std::string_view verb, std::string_view typed,
 [[noreturn]] void refuse(const std::string& what) {
     throw std::invalid_argument(what);
 }
-
-constexpr auto fault_names = [] {
-    std::array<std::string_view, faults.size()> names;
-    for (std::size_t i = 0; i < faults.size(); ++i) {
-        names[i] = faults[i].name;
-    }
-    return names;
-}();
 
 constexpr auto all_names = [] {
     std::array<std::string_view, faults.size() + verbs.size()> names;
@@ -116,12 +109,10 @@ heal_command read_heal(std::string_view rest) {
     if (name.empty()) {
         return {};
     }
-    const fault_row* const row = find_fault(name);
-    if (row == nullptr) {
-        refuse(formatted("heal: '{}' is no fault; {}'heal' alone would be right", name,
-                         near_line("heal", name, fault_names)));
+    if (const fault_row* const row = find_fault(name); row != nullptr) {
+        return {row->kind, {}};
     }
-    return {row->kind};
+    return {{}, std::string(name)};
 }
 
 wait_command read_wait(std::string_view rest) {
@@ -180,6 +171,9 @@ command parse_verb(std::string_view line) {
     }
     if (const fault_row* const row = find_fault(verb); row != nullptr) {
         return parse_fault(row->kind, rest);
+    }
+    if (const old_word* const old = find_old_word(verb); old != nullptr) {
+        refuse(formatted("'{}' is now '{}'", old->name, old->now));
     }
     if (verb == "set") {
         return read_set(rest);
