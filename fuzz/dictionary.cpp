@@ -5,6 +5,7 @@
 #include "simulator/control/scenario.hpp"
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/configuration_json.hpp"
+#include "vantu/orvanta/communication/fields.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 #include "vantu/orvanta/communication/operations.hpp"
 
@@ -50,6 +51,15 @@ void print_wire(std::ostream& out) {
 void print_text(std::ostream& out) {
     for (const simulator::fault_row& row : simulator::faults) {
         print(out, row.name);
+        print(out, row.example);
+    }
+    for (const simulator::selector_row& row : simulator::fault_selectors) {
+        print(out, row.key);
+    }
+    for (const body_layout& layout : body_layouts) {
+        for (const field& one : layout.fields) {
+            print(out, one.name);
+        }
     }
     for (const simulator::scenario_event_row& row : simulator::scenario_events) {
         print(out, row.name);
@@ -64,7 +74,7 @@ void print_text(std::ostream& out) {
     print_all(simulator::configuration_members);
     print_all(simulator::scenario_members::step);
     print_all(simulator::scenario_members::event);
-    constexpr std::string_view words[]{"@",      "n=",          "p=",          "op=",
+    constexpr std::string_view words[]{"@",      "nth=",        "p=",          "op=",
                                        "dir=in", "dir=out",     "\"enabled\"", "\"scaling_factor\"",
                                        "true",   "false",       "1e",          "null",
                                        "{}",     "[]",          "\":",         "plug",
@@ -73,7 +83,7 @@ void print_text(std::ostream& out) {
                                        "on",     "orvanta3",    "off",         "right",
                                        "left",   "palmetron",   "restart",     "goodbye",
                                        "--",     "\"version\"", "--rate",      "--seed",
-                                       "--port", "--fault"};
+                                       "--port", "other",       "nan",         "answer"};
     print_all(words);
 }
 

@@ -1,13 +1,8 @@
 #include "shared/text_lines.hpp"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
-#include <numeric>
 #include <system_error>
-#include <utility>
-#include <vector>
 
 namespace vantu::orvanta {
 namespace {
@@ -55,40 +50,6 @@ std::optional<double> real_number(std::string_view text) noexcept {
         return std::nullopt;
     }
     return value;
-}
-
-std::size_t changes_between(std::string_view left, std::string_view right) {
-    std::vector<std::size_t> before;
-    std::vector<std::size_t> above;
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= left.size(); ++i) {
-        before = std::exchange(above, row);
-        row[0] = i;
-        for (std::size_t j = 1; j <= right.size(); ++j) {
-            const std::size_t replaced = above[j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1);
-            row[j] = std::min({replaced, row[j - 1] + 1, above[j] + 1});
-            if (i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1]) {
-                row[j] = std::min(row[j], before[j - 2] + 1);
-            }
-        }
-    }
-    return row.back();
-}
-
-std::string_view nearest_word(std::string_view to, std::span<const std::string_view> words) {
-    // A text of any length is as far from every word as its beginning.
-    constexpr std::size_t enough = 64;
-    to = to.substr(0, enough);
-    std::string_view nearest = words.front();
-    std::size_t least = std::numeric_limits<std::size_t>::max();
-    for (const std::string_view word : words) {
-        if (const std::size_t changes = changes_between(to, word); changes < least) {
-            least = changes;
-            nearest = word;
-        }
-    }
-    return nearest;
 }
 
 std::string without_control_characters(std::string_view text) {

@@ -1,10 +1,9 @@
-// Lines of text: taking them apart, saying which word was probably meant, and keeping them fit to be shown.
+// Lines of text: taking them apart, and keeping them fit to be shown.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -21,12 +20,6 @@ namespace vantu::orvanta {
 
 // All of the text as a number like 0.25.
 [[nodiscard]] std::optional<double> real_number(std::string_view text) noexcept;
-
-// Letters added, left out and replaced, and neighbours that changed places.
-[[nodiscard]] std::size_t changes_between(std::string_view left, std::string_view right);
-
-// The word that takes the fewest changes to become this one; there is at least one word.
-[[nodiscard]] std::string_view nearest_word(std::string_view to, std::span<const std::string_view> words);
 
 // The text with a question mark in the place of each control character: U+0000 to U+001F and U+007F to
 // U+009F.

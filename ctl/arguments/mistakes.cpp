@@ -1,9 +1,9 @@
 #include "ctl/arguments/mistakes.hpp"
 
 #include "ctl/arguments/command_table.hpp"
-#include "ctl/arguments/near_word.hpp"
 #include "ctl/arguments/request.hpp"
 #include "ctl/report/exit_status.hpp"
+#include "shared/near_word.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>

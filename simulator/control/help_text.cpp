@@ -11,64 +11,22 @@
 namespace vantu::orvanta::simulator {
 namespace {
 
-std::string option_with_example(const fault_row& row) {
-    return formatted("--{} {}", row.name, row.example);
-}
-
-// All faults in two columns, one above the other.
+// Selectors, then all faults in two columns, one above the other.
 std::string faults_help() {
-    std::string text = "A fault is an option, a verb of the console or a verb of a scenario. After its\n"
-                       "name stands ARGUMENT@SELECTOR,..., each part where it is wanted. Selectors:\n"
-                       "  op=CODE  datagrams with this operation   p=P  happens with this probability\n"
-                       "  dir=in   those from clients; out: to     n=N  happens once, to the Nth of them\n"
-                       "Options can be repeated; they act in their order. More on one: --help drop\n\n";
+    std::string text = "A fault is an option (--drop 0.05) and a verb of console and scenario: its name,\n"
+                       "its argument, and after '@' selectors with commas between them. Options can be\n"
+                       "repeated; rules act in their order. More on one: --help drop\n";
+    for (const selector_row& row : fault_selectors) {
+        text += formatted("  {:<18}{}\n", formatted("{}={}", row.key, row.form), row.meaning);
+    }
     const std::size_t rows = (faults.size() + 1) / 2;
     for (std::size_t i = 0; i < rows; ++i) {
-        const std::string right = i + rows < faults.size() ? option_with_example(faults[i + rows]) : "";
-        text += formatted("  {:<36}{}\n", option_with_example(faults[i]), right);
+        const auto shown = [](const fault_row& row) { return formatted("{} {}", row.name, row.example); };
+        text += i + rows < faults.size()
+                    ? formatted("  {:<43}{}\n", shown(faults[i]), shown(faults[i + rows]))
+                    : formatted("  {}\n", shown(faults[i]));
     }
     return text;
-}
-
-std::string_view argument_help(fault_argument argument) {
-    switch (argument) {
-    case fault_argument::count:
-        return "a whole number from 1";
-    case fault_argument::bytes:
-        return "a number of bytes";
-    case fault_argument::milliseconds:
-        return "milliseconds, or A-B for a time between the two";
-    case fault_argument::status:
-        return "a service status, decimal or as in 0xB2";
-    case fault_argument::status_and_tag:
-        return "a service status, and :TAG for another tag than the request's";
-    case fault_argument::tag:
-        return "a tag from 0 to 255; another one than the reply's if left out";
-    case fault_argument::device:
-        return "a device id; may be left out";
-    case fault_argument::device_type:
-        return "orvanta3 or palmetron";
-    case fault_argument::none:
-        break;
-    }
-    return "none; a probability can stand in its place";
-}
-
-std::string fault_help(const fault_row& row) {
-    const std::string_view ways = !row.to_client ? "datagrams from clients"
-                                  : !row.to_service
-                                      ? "datagrams to clients"
-                                      : "datagrams in both directions, without dir=in or dir=out";
-    return formatted("{}\n  {}\n\n"
-                     "Argument    {}\n"
-                     "Happens to  {}\n"
-                     "{}"
-                     "Example     {}\n",
-                     row.name, row.effect, argument_help(row.argument), ways,
-                     row.at_once ? "At once     as a verb without a selector; as an option to the first "
-                                   "datagram\n"
-                                 : "",
-                     option_with_example(row));
 }
 
 std::string scenario_help() {
@@ -117,7 +75,7 @@ std::optional<std::string> help_on(std::string_view topic) {
         return console_help();
     }
     if (const fault_row* row = find_fault(topic)) {
-        return fault_help(*row);
+        return fault_help_text(*row);
     }
     if (find_verb(topic) != nullptr) {
         return verb_help_text(topic);

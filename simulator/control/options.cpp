@@ -1,8 +1,10 @@
 #include "simulator/control/options.hpp"
 
+#include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
 #include "simulator/control/shipped_scenarios.hpp"
 #include "simulator/faults/faults.hpp"
+#include "simulator/faults/old_words.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
 #include "vantu/orvanta/common/version.hpp"
@@ -126,8 +128,11 @@ void expect_no_surplus(const CLI::App& app) {
     }
     const std::vector<std::string_view> words(names.begin(), names.end());
     const std::string name = wrong->substr(0, wrong->find('='));
-    throw CLI::ValidationError(name, "there is no such option; " + std::string(nearest_word(name, words)) +
-                                         " would be right, and --help lists them all");
+    if (const old_word* const old = find_old_word(name.substr(std::min(name.size(), std::size_t{2})))) {
+        throw CLI::ValidationError(name, "it is now '--" + std::string(old->now) + "'");
+    }
+    throw CLI::ValidationError(name,
+                               "there is no such option" + hint_for(name, words) + "; --help lists them all");
 }
 
 // The words around the list of options, and its width.

@@ -16,12 +16,13 @@ std::uint64_t operation_of(std::optional<std::uint8_t> code, const piped_datagra
 
 } // namespace
 
-fault_random fault_chances::next(std::uint64_t rule, std::optional<std::uint8_t> code,
-                                 const piped_datagram& what) {
-    const std::uint64_t client = clients_.emplace(what.with, clients_.size()).first->second;
+fault_chances::draw fault_chances::next(std::uint64_t rule, std::optional<std::uint8_t> code,
+                                        const piped_datagram& what) {
+    const std::uint64_t client = number_of(what.with);
     const std::uint64_t operation = operation_of(code, what);
-    const std::uint64_t number = fitted_[{rule, client, what.way, operation}]++;
-    return {seed_, {rule, client, static_cast<std::uint64_t>(what.way), operation, number}};
+    series& such = drawn_[{rule, client, what.way, operation}];
+    return {{seed_, {rule, client, static_cast<std::uint64_t>(what.way), operation, such.fitted++}},
+            &such.in_burst};
 }
 
 bool fault_chances::by_address::operator()(const peer& left, const peer& right) const noexcept {

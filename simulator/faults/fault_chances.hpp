@@ -17,11 +17,20 @@ class fault_chances {
   public:
     explicit fault_chances(std::uint64_t seed) : seed_(seed) {}
 
-    // The source for the next datagram that fits a rule. It depends on the seed, the rule, the client (in the
-    // order of their first datagrams), the way, the operation (the rule's, else the first in the datagram),
-    // and how many such have fitted the rule before.
-    [[nodiscard]] fault_random next(std::uint64_t rule, std::optional<std::uint8_t> code,
-                                    const piped_datagram& what);
+    // The number of a client, from 0 in the order of these calls.
+    std::uint64_t number_of(const peer& client) {
+        return clients_.emplace(client, clients_.size()).first->second;
+    }
+
+    struct draw {
+        fault_random chance;
+        bool* in_burst; // whether the datagram before it of the same kind was in a burst; to be kept up
+    };
+
+    // The source for the next datagram that fits a rule. It depends on the seed, the rule, the client, the
+    // way, the operation (the rule's, else the first in the datagram), and how many such have fitted the rule
+    // before.
+    [[nodiscard]] draw next(std::uint64_t rule, std::optional<std::uint8_t> code, const piped_datagram& what);
 
   private:
     struct by_address {
@@ -29,10 +38,14 @@ class fault_chances {
     };
     using kind_of_datagram =
         std::tuple<std::uint64_t, std::uint64_t, communication::direction, std::uint64_t>;
+    struct series {
+        std::uint64_t fitted{0};
+        bool in_burst{false};
+    };
 
     std::uint64_t seed_;
     std::map<peer, std::uint64_t, by_address> clients_;
-    std::map<kind_of_datagram, std::uint64_t> fitted_;
+    std::map<kind_of_datagram, series> drawn_;
 };
 
 } // namespace vantu::orvanta::simulator

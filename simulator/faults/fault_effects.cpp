@@ -1,5 +1,6 @@
 // The effects of the pipeline's rules: on a datagram, and at once.
 #include "simulator/faults/fault_datagrams.hpp"
+#include "simulator/faults/fault_fit.hpp"
 #include "simulator/faults/fault_pipeline.hpp"
 #include "simulator/service/requests.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
@@ -26,8 +27,7 @@ std::int64_t drawn_time_ns(const fault_rule& rule, fault_random& chance) {
 
 void fault_pipeline::apply(live_rule& rule, piped_datagram what, std::size_t next_rule) {
     switch (row_of(rule.state.rule.kind).act) {
-    case fault_act::datagram_change:
-    case fault_act::operation_change:
+    case fault_act::change:
         return send_changed(rule, std::move(what), next_rule);
     case fault_act::loss:
         return count(rule, what);
@@ -41,7 +41,7 @@ void fault_pipeline::apply(live_rule& rule, piped_datagram what, std::size_t nex
         return send_after_stale_reply(rule, std::move(what), next_rule);
     case fault_act::silence:
         count(rule, what);
-        return fall_silent(rule.state.rule, rule.chance);
+        return fall_silent(rule.state.rule, rule.draw.chance);
     case fault_act::refusal:
         return refuse_operation(rule, std::move(what), next_rule);
     case fault_act::action:
@@ -52,11 +52,8 @@ void fault_pipeline::apply(live_rule& rule, piped_datagram what, std::size_t nex
 }
 
 void fault_pipeline::send_changed(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
-    const fault_rule& wanted = rule.state.rule;
-    const bool is_about_answer = wanted.kind == fault_kind::retag || wanted.kind == fault_kind::readdress;
     datagram_bytes changed = what.bytes;
-    if (mutate(changed, {wanted.kind, is_about_answer ? what.answer : wanted.code, wanted.first},
-               rule.chance)) {
+    if (mutate(changed, rule.state.rule, what.way, rule.draw.chance)) {
         count(rule, what);
         what.bytes = std::move(changed);
     }
@@ -72,7 +69,7 @@ void fault_pipeline::hold(live_rule& rule, piped_datagram&& what, std::int64_t f
 }
 
 void fault_pipeline::hold_for_a_while(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
-    const std::int64_t time_ns = drawn_time_ns(rule.state.rule, rule.chance);
+    const std::int64_t time_ns = drawn_time_ns(rule.state.rule, rule.draw.chance);
     if (time_ns == 0) {
         return run(std::move(what), next_rule);
     }
@@ -104,7 +101,7 @@ void fault_pipeline::send_after_stale_reply(live_rule& rule, piped_datagram&& wh
 
 void fault_pipeline::refuse_operation(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
     const fault_rule& wanted = rule.state.rule;
-    const auto place = refused_operation(wanted, what.bytes);
+    const auto place = chosen_operation(wanted, what.bytes, what.way);
     if (!place.has_value()) {
         return run(std::move(what), next_rule);
     }
@@ -172,9 +169,6 @@ void fault_pipeline::act_at_once(const fault_rule& rule, std::span<const peer> c
 void fault_pipeline::act_at_once_on(const fault_rule& rule, const peer& client) {
     const auto number = rule.first.value_or(0);
     switch (rule.kind) {
-    case fault_kind::empty:
-        deliver({direction::to_client, client, {}, std::nullopt});
-        break;
     case fault_kind::flood:
         for (std::uint32_t i = 0; i < number; ++i) {
             deliver({direction::to_client, client, idle_acknowledgement(), std::nullopt});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <utility>
 
 namespace vantu::orvanta::simulator {
@@ -21,31 +22,44 @@ void fault_pipeline::add(const fault_rule& rule, std::span<const peer> clients, 
     if (rule.now) {
         act_at_once(rule, clients);
     } else {
-        rules_.push_back({{rule, 0, 0}, ordinal, fault_random(seed_, {ordinal})});
+        const auto same = std::find_if(rules_.begin(), rules_.end(), [&rule](const live_rule& one) {
+            return !rule.name.empty() && one.state.rule.name == rule.name;
+        });
+        if (same != rules_.end()) {
+            same->state = {rule, same->state.number, 0, 0};
+        } else {
+            rules_.push_back({{rule, ordinal + 1, 0, 0}, ordinal, {fault_random(seed_, {ordinal}), nullptr}});
+        }
     }
 }
 
 void fault_pipeline::heal() {
-    heal_rules(std::nullopt);
+    heal_rules([](const live_rule&) { return true; });
+    silent_until_ns_ = long_over_ns;
 }
 
 void fault_pipeline::heal(fault_kind kind) {
-    heal_rules(kind);
+    heal_rules([kind](const live_rule& rule) { return rule.state.rule.kind == kind; });
+    if (kind == fault_kind::silence) {
+        silent_until_ns_ = long_over_ns;
+    }
 }
 
-void fault_pipeline::heal_rules(std::optional<fault_kind> kind) {
-    const auto heals = [kind](const live_rule& rule) {
-        return !kind.has_value() || rule.state.rule.kind == *kind;
-    };
+bool fault_pipeline::heal(std::string_view name_or_number) {
+    const std::size_t before = rules_.size();
+    heal_rules([name_or_number](const live_rule& rule) {
+        return rule.state.rule.name == name_or_number || std::to_string(rule.state.number) == name_or_number;
+    });
+    return rules_.size() != before;
+}
+
+void fault_pipeline::heal_rules(const std::function<bool(const live_rule&)>& is_healed) {
     held_.release([&](std::uint64_t by) {
         const auto holder = std::find_if(rules_.begin(), rules_.end(),
                                          [by](const live_rule& rule) { return rule.ordinal == by; });
-        return holder == rules_.end() || heals(*holder);
+        return holder == rules_.end() || is_healed(*holder);
     });
-    std::erase_if(rules_, heals);
-    if (!kind.has_value() || *kind == fault_kind::silence) {
-        silent_until_ns_ = long_over_ns;
-    }
+    std::erase_if(rules_, is_healed);
 }
 
 void fault_pipeline::from_socket(const peer& from, std::span<const std::byte> bytes, std::int64_t now_ns) {
@@ -53,6 +67,7 @@ void fault_pipeline::from_socket(const peer& from, std::span<const std::byte> by
     if (is_silent()) {
         return;
     }
+    (void)chances_.number_of(from);
     conversations_.note_requests(from, bytes);
     run({direction::to_service, from, {bytes.begin(), bytes.end()}, std::nullopt}, 0);
 }
@@ -107,7 +122,7 @@ void fault_pipeline::run(piped_datagram what, std::size_t next_rule) {
         const bool is_passing = held_.has_to_be_passed(rule.ordinal, way, with);
         if (fitting) {
             ++rule.state.fitted;
-            rule.chance = chances_.next(rule.ordinal, rule.state.rule.code, what);
+            rule.draw = chances_.next(rule.ordinal, rule.state.rule.code, what);
         }
         if (fitting && is_its_turn(rule) && !is_passing) {
             apply(rule, std::move(what), i + 1);

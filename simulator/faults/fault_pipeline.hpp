@@ -48,6 +48,7 @@ struct requested_action {
 // A fault that has happened to a datagram.
 struct fault_note {
     std::string_view rule; // its text, as in "truncate 17@op=66"
+    fault_kind kind{fault_kind::drop};
     communication::direction way{communication::direction::to_client};
     peer with;
     std::span<const std::byte> bytes; // of the datagram before the fault
@@ -57,6 +58,7 @@ using note_function = std::function<void(const fault_note&)>;
 
 struct rule_state {
     fault_rule rule;
+    std::uint64_t number{0};   // of all rules since the beginning, from 1; a rule of the same name keeps it
     std::uint64_t fitted{0};   // datagrams that the rule fits
     std::uint64_t happened{0}; // those to which the fault happened
 };
@@ -65,17 +67,20 @@ class fault_pipeline {
   public:
     explicit fault_pipeline(std::uint64_t seed) : seed_(seed), chances_(seed) {}
 
-    // Told of each fault that happens to a datagram, before it does; it must not call the pipeline. Faults
-    // asked for at once have no datagram. Empty: nobody is told.
-    void tell(note_function told) { told_ = std::move(told); }
+    // Adds one who is told of each fault that happens to a datagram, before it does, and must not call the
+    // pipeline. Faults asked for at once have no datagram.
+    void tell(note_function told) { told_.push_back(std::move(told)); }
 
     // Rules act in the order in which they were added, each on what the one before it left. A rule that is
-    // asked for at once acts on the clients named here and is not kept, but counted.
+    // asked for at once acts on the clients named here and is not kept, but counted. A rule takes the place
+    // of one of its name.
     void add(const fault_rule& rule, std::span<const peer> clients, std::int64_t now_ns);
 
-    // Takes all rules away, or those of one kind; the datagrams that they hold are due at once. Counts stay.
+    // Takes all rules away, those of one kind, or that of a name or number; the datagrams that they hold are
+    // due at once. Counts stay. The last returns whether there is one.
     void heal();
     void heal(fault_kind kind);
+    [[nodiscard]] bool heal(std::string_view name_or_number);
 
     // The rules that act now, in their order.
     [[nodiscard]] std::vector<rule_state> rules() const;
@@ -114,10 +119,10 @@ class fault_pipeline {
     struct live_rule {
         rule_state state;
         std::uint64_t ordinal;
-        fault_random chance; // of the datagram that it fits now
+        fault_chances::draw draw; // of the datagram that it fits now
     };
 
-    void heal_rules(std::optional<fault_kind> kind);
+    void heal_rules(const std::function<bool(const live_rule&)>& is_healed);
     [[nodiscard]] std::size_t first_rule_after(std::uint64_t ordinal) const;
     void act_at_once(const fault_rule& rule, std::span<const peer> clients);
     void act_at_once_on(const fault_rule& rule, const peer& client);
@@ -125,10 +130,7 @@ class fault_pipeline {
     // Runs a datagram through the rules from next_rule on, and out of the pipeline.
     void run(piped_datagram what, std::size_t next_rule);
     void deliver(piped_datagram&& what);
-    [[nodiscard]] bool fits(const fault_rule& rule, const piped_datagram& what) const;
-    // The operation that a refusal takes out of a datagram.
-    [[nodiscard]] static std::optional<operation_place> refused_operation(const fault_rule& rule,
-                                                                          std::span<const std::byte> bytes);
+    [[nodiscard]] bool fits(const fault_rule& rule, const piped_datagram& what);
     [[nodiscard]] static bool is_its_turn(live_rule& rule);
     // Before the fault changes the datagram.
     void count(live_rule& rule, const piped_datagram& what);
@@ -151,7 +153,7 @@ class fault_pipeline {
     [[nodiscard]] bool is_silent() const noexcept { return now_ns_ < silent_until_ns_; }
 
     std::uint64_t seed_;
-    note_function told_;
+    std::vector<note_function> told_;
     fault_chances chances_;
     std::uint64_t ordinals_{0};
     std::int64_t now_ns_{0};

@@ -1,7 +1,7 @@
 // Which datagrams a rule fits, and when its fault happens to one.
+#include "simulator/faults/fault_fit.hpp"
+#include "simulator/faults/fault_patch.hpp"
 #include "simulator/faults/fault_pipeline.hpp"
-
-#include <algorithm>
 
 namespace vantu::orvanta::simulator {
 
@@ -9,33 +9,17 @@ using namespace communication;
 
 namespace {
 
-// A request that the service carries out on a device.
-bool names_a_device(std::uint8_t code) {
-    const operation* const row = find_operation(code, direction::to_service);
-    return row != nullptr && row->body_size != 0 && code != op_code::connect;
-}
-
-bool has(std::span<const std::byte> bytes, std::uint8_t code) {
-    return find_operation_in(bytes, code).has_value();
+// A Gilbert model: bursts last for so many on average and come as often as the probability then needs.
+bool is_in_burst(const fault_rule& rule, fault_random& chance, bool& in_burst) {
+    const auto length = static_cast<double>(rule.burst);
+    in_burst = in_burst ? !chance.happens(1 / length)
+                        : chance.happens(rule.probability / (length * (1 - rule.probability)));
+    return in_burst;
 }
 
 } // namespace
 
-std::optional<operation_place> fault_pipeline::refused_operation(const fault_rule& rule,
-                                                                 std::span<const std::byte> bytes) {
-    for (const operation_place& place : operations_in(bytes)) {
-        const bool eligible =
-            rule.kind == fault_kind::refuse
-                ? place.code == op_code::connect
-                : names_a_device(place.code) && (!rule.code.has_value() || place.code == *rule.code);
-        if (eligible) {
-            return place;
-        }
-    }
-    return std::nullopt;
-}
-
-bool fault_pipeline::fits(const fault_rule& rule, const piped_datagram& what) const {
+bool fault_pipeline::fits(const fault_rule& rule, const piped_datagram& what) {
     const fault_row& row = row_of(rule.kind);
     if ((in_action_ && row.act == fault_act::action) || (what.is_copy && row.act == fault_act::copies)) {
         return false;
@@ -44,57 +28,41 @@ bool fault_pipeline::fits(const fault_rule& rule, const piped_datagram& what) co
                              : !(what.way == direction::to_service ? row.to_service : row.to_client)) {
         return false;
     }
-    if (rule.code.has_value() && !has(what.bytes, *rule.code)) {
+    if (rule.client != 0 && rule.client != chances_.number_of(what.with) + 1) {
         return false;
     }
-    switch (rule.kind) {
-    case fault_kind::late:
-    case fault_kind::retag:
-    case fault_kind::readdress:
-    case fault_kind::stale:
-        return what.answer.has_value() && (!rule.code.has_value() || *rule.code == *what.answer);
-    case fault_kind::refuse:
-    case fault_kind::error:
-        return refused_operation(rule, what.bytes).has_value();
-    case fault_kind::short_acceptance:
-        return has(what.bytes, op_code::connected);
-    case fault_kind::goodbye:
-        return !has(what.bytes, op_code::disconnected);
-    case fault_kind::drop:
-    case fault_kind::duplicate:
-    case fault_kind::reorder:
-    case fault_kind::delay:
-    case fault_kind::truncate:
-    case fault_kind::extend:
-    case fault_kind::oversize:
-    case fault_kind::empty:
-    case fault_kind::flip:
-    case fault_kind::bad_magic:
-    case fault_kind::bad_version:
-    case fault_kind::bad_operation:
-    case fault_kind::unknown_operation:
-    case fault_kind::lying_operation:
-    case fault_kind::short_body:
-    case fault_kind::bad_between:
-    case fault_kind::flood:
-    case fault_kind::silence:
-    case fault_kind::restart:
-    case fault_kind::unplug:
-    case fault_kind::plug:
-    case fault_kind::inject:
-        break;
+    if ((rule.answers || row.act == fault_act::stale_reply) &&
+        (!what.answer || rule.code.value_or(*what.answer) != *what.answer)) {
+        return false;
     }
-    return true;
+    if (rule.kind == fault_kind::goodbye && find_operation_in(what.bytes, op_code::disconnected)) {
+        return false;
+    }
+    if (rule.kind == fault_kind::patch) {
+        return can_patch(rule, what.bytes, what.way);
+    }
+    const bool chooses = rule.code || rule.device || row.act == fault_act::refusal;
+    return !chooses || chosen_operation(rule, what.bytes, what.way).has_value();
 }
 
 bool fault_pipeline::is_its_turn(live_rule& rule) {
     const rule_state& state = rule.state;
-    return state.rule.nth != 0 ? state.fitted == state.rule.nth : rule.chance.happens(state.rule.probability);
+    if (state.rule.nth != 0) {
+        return state.fitted == state.rule.nth;
+    }
+    if (state.rule.every != 0) {
+        return state.fitted % state.rule.every == 0;
+    }
+    return state.rule.burst != 0 ? is_in_burst(state.rule, rule.draw.chance, *rule.draw.in_burst)
+                                 : rule.draw.chance.happens(state.rule.probability);
 }
 
 void fault_pipeline::count(live_rule& rule, const piped_datagram& what) {
-    if (told_) {
-        told_({text_of(rule.state.rule), what.way, what.with, what.bytes});
+    if (!told_.empty()) {
+        const std::string text = text_of(rule.state.rule);
+        for (const note_function& told : told_) {
+            told({text, rule.state.rule.kind, what.way, what.with, what.bytes});
+        }
     }
     ++rule.state.happened;
     ++happened_[static_cast<std::size_t>(rule.state.rule.kind)];

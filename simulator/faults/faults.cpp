@@ -27,14 +27,17 @@ std::string status_text(const fault_rule& rule) {
 }
 
 std::string argument_text(const fault_rule& rule) {
-    if (!rule.first.has_value()) {
-        return {};
+    const fault_argument argument = row_of(rule.kind).argument;
+    if (argument == fault_argument::none && rule.probability != 1) {
+        return formatted("{}", rule.probability);
     }
-    switch (row_of(rule.kind).argument) {
+    if (!rule.first.has_value()) {
+        return rule.text;
+    }
+    switch (argument) {
     case fault_argument::milliseconds:
         return span_text(rule);
     case fault_argument::status:
-    case fault_argument::status_and_tag:
         return status_text(rule);
     case fault_argument::device_type:
         return *rule.first == vantu_orvanta_device_type_palmetron ? "palmetron" : "orvanta3";
@@ -45,23 +48,27 @@ std::string argument_text(const fault_rule& rule) {
 
 std::string selector_text(const fault_rule& rule) {
     std::string text;
-    const auto add = [&text](const std::string& selector) {
-        text += text.empty() ? '@' : ',';
-        text += selector;
+    const auto add = [&text](bool given, std::string_view key, const auto& value) {
+        if (given) {
+            text += formatted("{}{}={}", text.empty() ? '@' : ',', key, value);
+        }
     };
-    if (rule.code.has_value()) {
-        add(formatted("op={}", *rule.code));
-    }
-    if (rule.way.has_value()) {
-        add(*rule.way == direction::to_service ? "dir=in" : "dir=out");
-    }
-    if (rule.nth != 0) {
-        add(formatted("n={}", rule.nth));
-    }
+    const fault_row& row = row_of(rule.kind);
+    add(rule.code.has_value(), "op", rule.code.value_or(0));
+    add(rule.way.has_value(), "dir",
+        rule.answers                        ? "answer"
+        : rule.way == direction::to_service ? "in"
+                                            : "out");
+    add(rule.device.has_value(), "device", rule.device.value_or(0));
+    add(rule.client != 0, "client", rule.client);
+    add(rule.nth != 0, "nth", rule.nth);
+    add(rule.every != 0, "every", rule.every);
+    add(rule.burst != 0, "burst", rule.burst);
+    add(!rule.name.empty(), "as", rule.name);
+    const bool is_argument = row.argument == fault_argument::none && rule.probability != 1;
     // Without any selector it would be asked for at once.
-    if (rule.probability != 1 || (text.empty() && row_of(rule.kind).at_once && !rule.now)) {
-        add(formatted("p={}", rule.probability));
-    }
+    const bool needs_one = text.empty() && row.at_once && !rule.now;
+    add(!is_argument && (rule.probability != 1 || needs_one), "p", rule.probability);
     return text;
 }
 

@@ -1,5 +1,7 @@
 #include "simulator/simulation/simulation.hpp"
 
+#include "simulator/simulation/verbs.hpp"
+
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -41,7 +43,11 @@ class settling_mark {
 simulation::simulation(simulation_settings settings)
     : registry_(settings.state), pipeline_(settings.seed),
       service_(settings_of(settings), registered(settings.devices)), warn_(std::move(settings.warn)),
-      seed_(settings.seed) {}
+      seed_(settings.seed) {
+    if (settings.narrate) {
+        pipeline_.tell([narrate = settings.narrate](const fault_note& note) { narrate(note_text(note)); });
+    }
+}
 
 void simulation::receive(const peer& from, std::span<const std::byte> datagram) {
     ++counters_.received;

@@ -1,5 +1,6 @@
 // The texts that the console shows: the state of a simulation, and help on the verbs.
 #include "network/socket.hpp"
+#include "shared/datagram_text.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "vantu/orvanta/common/format.hpp"
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace vantu::orvanta::simulator {
 namespace {
@@ -34,7 +36,7 @@ std::string device_line(const device& one) {
 }
 
 std::string overview() {
-    std::string text = "Faults, each with ARGUMENT@op=CODE,dir=in|out,p=P,n=N ('help FAULT'):\n";
+    std::string text = "Faults, each with ARGUMENT@SELECTOR=VALUE,... ('help FAULT'):\n";
     std::string line;
     constexpr std::size_t width = 78;
     for (const fault_row& row : faults) {
@@ -51,19 +53,6 @@ std::string overview() {
         if (row.name == "set") {
             text += "  set DEVICE torque on|off\n  set DEVICE handedness left|right\n";
         }
-    }
-    return text;
-}
-
-std::string help_of(const fault_row& row) {
-    std::string text = formatted("{}: {}\n", row.name, row.effect);
-    text += formatted("  {} {}\n", row.name, row.example);
-    if (row.to_service != row.to_client) {
-        text +=
-            row.to_client ? "  Happens to datagrams to clients.\n" : "  Happens to datagrams from clients.\n";
-    }
-    if (row.at_once) {
-        text += "  Without a selector it happens at once.\n";
     }
     return text;
 }
@@ -93,8 +82,11 @@ std::string status_text(const simulation& target) {
     }
     const auto active = target.faults().rules();
     text += formatted("faults {}\n", active.size());
-    for (const rule_state& state : active) {
-        text += formatted("  {}: fits {}, happened {}\n", text_of(state.rule), state.fitted, state.happened);
+    for (rule_state state : active) {
+        const std::string name = std::exchange(state.rule.name, {});
+        text +=
+            formatted("  {} {}: fits {}, happened {}\n", name.empty() ? std::to_string(state.number) : name,
+                      text_of(state.rule), state.fitted, state.happened);
     }
     for (const fault_row& row : faults) {
         if (const auto times = target.faults().happened(row.kind); times != 0) {
@@ -104,9 +96,32 @@ std::string status_text(const simulation& target) {
     return text;
 }
 
+std::string note_text(const fault_note& note) {
+    return formatted(
+        "{}: {} {} {} client {}", note.rule, row_of(note.kind).did, datagram_text(note.bytes, note.way),
+        note.way == communication::direction::to_client ? "to" : "from", address_text(note.with));
+}
+
+std::string fault_help_text(const fault_row& row) {
+    const argument_row& argument = row_of(row.argument);
+    const std::string_view ways = !row.to_client    ? "datagrams from clients"
+                                  : !row.to_service ? "datagrams to clients"
+                                                    : "datagrams both ways, where no dir= chooses one";
+    return formatted("{} {}\n  {}\n\n"
+                     "  {:<11} {}\n"
+                     "  {:<11} {}\n"
+                     "{}"
+                     "  {:<11} {} {}\n",
+                     row.name, argument.form, row.effect, "argument", argument.meaning, "happens to", ways,
+                     row.at_once ? "  at once     as a verb without a selector; as an option, to the first "
+                                   "datagram\n"
+                                 : "",
+                     "example", row.name, row.example);
+}
+
 std::string verb_help_text(std::string_view verb) {
     if (const fault_row* const fault = find_fault(verb); fault != nullptr) {
-        return help_of(*fault);
+        return fault_help_text(*fault);
     }
     const verb_row* const row = find_verb(verb);
     if (row == nullptr) {

@@ -1,6 +1,8 @@
 #include "simulator/simulation/verb_syntax.hpp"
 
+#include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
+#include "simulator/faults/old_words.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -10,17 +12,16 @@
 namespace vantu::orvanta::simulator {
 namespace {
 
+// "'VERB WORD' or " where a word is near, else nothing.
+std::string near_line(std::string_view verb, std::string_view typed,
+                      std::span<const std::string_view> words) {
+    const std::string_view near = near_word(typed, words);
+    return near.empty() ? std::string() : formatted("'{} {}' or ", verb, near);
+}
+
 [[noreturn]] void refuse(const std::string& what) {
     throw std::invalid_argument(what);
 }
-
-constexpr auto fault_names = [] {
-    std::array<std::string_view, faults.size()> names;
-    for (std::size_t i = 0; i < faults.size(); ++i) {
-        names[i] = faults[i].name;
-    }
-    return names;
-}();
 
 constexpr auto all_names = [] {
     std::array<std::string_view, faults.size() + verbs.size()> names;
@@ -108,12 +109,10 @@ heal_command read_heal(std::string_view rest) {
     if (name.empty()) {
         return {};
     }
-    const fault_row* const row = find_fault(name);
-    if (row == nullptr) {
-        refuse(formatted("heal: '{}' is no fault; 'heal {}' or 'heal' alone would be right", name,
-                         nearest_word(name, fault_names)));
+    if (const fault_row* const row = find_fault(name); row != nullptr) {
+        return {row->kind, {}};
     }
-    return {row->kind};
+    return {{}, std::string(name)};
 }
 
 wait_command read_wait(std::string_view rest) {
@@ -132,10 +131,28 @@ help_command read_help(std::string_view rest) {
     expect_end("help", rest);
     const auto* const known = std::find(all_names.begin(), all_names.end(), name);
     if (!name.empty() && known == all_names.end()) {
-        refuse(formatted("help: '{}' is no verb; 'help {}' or 'help' alone would be right", name,
-                         nearest_word(name, all_names)));
+        refuse(formatted("help: '{}' is no verb; {}'help' alone would be right", name,
+                         near_line("help", name, all_names)));
     }
     return {name.empty() ? std::string_view{} : *known};
+}
+
+// "; 'LINE' would be right" with the near verb in the place of the typed one, and with that verb's example
+// where the line would still be wrong; nothing where no verb is near.
+std::string right_line(std::string_view typed, std::string_view rest) {
+    const std::string_view near = near_word(typed, all_names);
+    if (near.empty()) {
+        return {};
+    }
+    std::string line(near);
+    line.append(rest.empty() ? 0 : 1, ' ').append(rest);
+    try {
+        (void)parse_verb(line);
+    } catch (const std::invalid_argument&) {
+        const fault_row* const fault = find_fault(near);
+        line = formatted("{} {}", near, fault != nullptr ? fault->example : find_verb(near)->example);
+    }
+    return formatted("; '{}' would be right", line);
 }
 
 } // namespace
@@ -154,6 +171,9 @@ command parse_verb(std::string_view line) {
     }
     if (const fault_row* const row = find_fault(verb); row != nullptr) {
         return parse_fault(row->kind, rest);
+    }
+    if (const old_word* const old = find_old_word(verb); old != nullptr) {
+        refuse(formatted("'{}' is now '{}'", old->name, old->now));
     }
     if (verb == "set") {
         return read_set(rest);
@@ -174,8 +194,7 @@ command parse_verb(std::string_view line) {
         expect_end(verb, rest);
         return verb == "quit" ? command(quit_command{}) : command(status_command{});
     }
-    refuse(formatted("there is no verb '{}'; '{}' would be right, and 'help' lists them all", verb,
-                     nearest_word(verb, all_names)));
+    refuse(formatted("there is no verb '{}'{}; 'help' lists them all", verb, right_line(verb, rest)));
 }
 
 } // namespace vantu::orvanta::simulator

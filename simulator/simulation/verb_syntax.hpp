@@ -24,7 +24,7 @@ struct verb_row {
 // clang-format off
 inline constexpr std::array verbs{
     verb_row{"set",    "DEVICE gravity on|off [FACTOR]", "changes a setting of a device",                        "1 gravity on 0.5"},
-    verb_row{"heal",   "[FAULT]",                        "takes all faults away, or those of one kind",          "drop"},
+    verb_row{"heal",   "[FAULT|RULE]",                   "takes away all rules, a fault's, or one",               "drop"},
     verb_row{"send",   "OPERATION|HEX FIELD=VALUE...",   "sends it to all clients, or to client=N",              "device_block_reply device_id=1"},
     verb_row{"status", "",                               "shows clients, devices, faults and counters",          ""},
     verb_row{"wait",   "MS",                             "puts a script's next line off by so long",             "250"},
@@ -51,7 +51,8 @@ struct set_command {
     std::variant<gravity_setting, torque_setting, handedness_setting> setting;
 };
 struct heal_command {
-    std::optional<fault_kind> kind; // empty: all
+    std::optional<fault_kind> kind; // empty: all, or the rule
+    std::string rule;               // a name or a number; empty: all, or those of the kind
 };
 struct status_command {};
 struct wait_command {

@@ -1,5 +1,6 @@
 #include "simulator/simulation/verbs.hpp"
 
+#include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 #include "vantu/orvanta/common/format.hpp"
@@ -65,8 +66,7 @@ verb_result unplug_now(simulation& target, const fault_rule& rule) {
 }
 
 bool is_for_clients(fault_kind kind) {
-    return kind == fault_kind::empty || kind == fault_kind::flood || kind == fault_kind::inject ||
-           kind == fault_kind::error;
+    return kind == fault_kind::flood || kind == fault_kind::inject || kind == fault_kind::error;
 }
 
 verb_result run(simulation& target, const fault_rule& rule) {
@@ -78,7 +78,7 @@ verb_result run(simulation& target, const fault_rule& rule) {
     }
     if (rule.now && is_for_clients(rule.kind) && target.clients().empty()) {
         return bad(
-            formatted("nobody is connected; '{}@n=1' would wait for the first datagram", text_of(rule)));
+            formatted("nobody is connected; '{}@nth=1' would wait for the first datagram", text_of(rule)));
     }
     target.add_fault(rule);
     return {};
@@ -112,11 +112,27 @@ verb_result run(simulation& target, const set_command& wanted) {
     return {};
 }
 
+verb_result no_such_rule(const simulation& target, std::string_view rule) {
+    const auto states = target.faults().rules();
+    std::vector<std::string_view> words;
+    for (const rule_state& state : states) {
+        words.push_back(state.rule.name);
+    }
+    for (const fault_row& row : faults) {
+        words.push_back(row.name);
+    }
+    const std::string_view near = near_word(rule, words);
+    return bad(formatted("heal: there is no rule '{}'; 'heal{}{}' would be right", rule,
+                         near.empty() ? "" : " ", near));
+}
+
 verb_result run(simulation& target, const heal_command& wanted) {
     if (wanted.kind.has_value()) {
         target.faults().heal(*wanted.kind);
-    } else {
+    } else if (wanted.rule.empty()) {
         target.faults().heal();
+    } else if (!target.faults().heal(wanted.rule)) {
+        return no_such_rule(target, wanted.rule);
     }
     return {};
 }

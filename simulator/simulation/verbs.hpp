@@ -30,6 +30,13 @@ struct verb_result {
 // "127.0.0.1:54321".
 [[nodiscard]] std::string address_text(const peer& of);
 
+// What a fault did to a datagram, as one line: "drop 0.3: lost device_opened tag=1 device_id=1 to client
+// 127.0.0.1:54321".
+[[nodiscard]] std::string note_text(const fault_note& note);
+
+// More about a fault, for the console and the options alike.
+[[nodiscard]] std::string fault_help_text(const fault_row& row);
+
 // All verbs, or more about one of them; a name that is no verb's is taken for none. Lines that end in line
 // feeds, none beyond 80 columns and no more than 24.
 [[nodiscard]] std::string verb_help_text(std::string_view verb);

@@ -159,7 +159,7 @@ TEST_F(backups, of_another_device_are_restored_only_when_told) {
 }
 
 TEST_F(backups, are_put_back_when_a_setting_is_refused) {
-    service_process service({"--error", "0xD0@op=71,n=2"});
+    service_process service({"--error", "0xD0@op=71,nth=2"});
     change_everything();
     const std::string before = settings_now();
     const run_of_a_program run = ctl({"restore", file, "--save"});
@@ -176,7 +176,7 @@ TEST_F(backups, are_put_back_when_a_setting_is_refused) {
 TEST_F(backups, are_put_back_when_an_answer_is_lost) {
     // The answers about the torque scaling: to the set, to the question, to the set of the restore.
     // The others take 30 ms, so that time for the way back must be left.
-    service_process service({"--drop", "@op=68,dir=out,n=4", "--delay", "30-30@op=68,dir=out"});
+    service_process service({"--drop", "@op=68,dir=out,nth=4", "--delay", "30-30@op=68,dir=out"});
     change_everything();
     const std::string before =
         "gravity-compensation=off\nscaling-factor=0.5\ntorque-scaling=off\nhandedness=left\n";
@@ -190,7 +190,7 @@ TEST_F(backups, are_put_back_when_an_answer_is_lost) {
 }
 
 TEST_F(backups, say_what_could_not_be_put_back_after_the_device_was_unplugged) {
-    service_process service({"--unplug", "1@op=69,n=2"});
+    service_process service({"--unplug", "1@op=69,nth=2"});
     change_everything();
     const run_of_a_program run = ctl({"restore", file});
     EXPECT_EQ(run.end, status(exit_status::lost));

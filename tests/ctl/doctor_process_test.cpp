@@ -126,7 +126,7 @@ TEST(doctor, skips_the_stream_after_the_service_is_lost) {
 }
 
 TEST(doctor, warns_of_a_lost_request) {
-    service_process service({"--drop", "@op=47,n=1"});
+    service_process service({"--drop", "@op=47,nth=1"});
     const doctor_run run = doctor();
     EXPECT_EQ(run.end, succeeded) << run.failure();
     EXPECT_EQ(run.outcome("request"), "warning");
@@ -135,7 +135,7 @@ TEST(doctor, warns_of_a_lost_request) {
 }
 
 TEST(doctor, warns_of_a_stream_that_stops_for_a_while) {
-    service_process service({"--silence", "700@op=33,n=50"});
+    service_process service({"--silence", "700@op=33,nth=50"});
     const doctor_run run = doctor();
     EXPECT_EQ(run.end, succeeded) << run.failure();
     EXPECT_EQ(run.outcome("stream"), "warning");
@@ -153,7 +153,7 @@ TEST(doctor, misses_the_states_of_a_service_that_sends_none) {
 }
 
 TEST(doctor, opens_each_orvanta3_or_the_one_that_is_named) {
-    service_process service({"--orvanta3", "3", "--error", "0xD0@op=18,n=2"});
+    service_process service({"--orvanta3", "3", "--error", "0xD0@op=18,nth=2"});
     const doctor_run all = doctor();
     EXPECT_EQ(all.end, status(exit_status::refused));
     EXPECT_EQ(all.seen("open"),

@@ -103,7 +103,7 @@ TEST(get, tells_of_an_answer_that_is_lost) {
 }
 
 TEST(get, takes_an_answer_that_is_late_but_in_time) {
-    service_process service({"--late", "300@op=66"});
+    service_process service({"--delay", "300@op=66,dir=answer"});
     const run_of_a_program run = ctl({"get", "scaling-factor", "--timeout", "20s"});
     EXPECT_EQ(run.end, succeeded);
     EXPECT_EQ(run.output, "0.75\n");
@@ -165,7 +165,7 @@ TEST(set, says_what_was_set_before_the_device_was_unplugged) {
 }
 
 TEST(set, does_not_know_whether_it_was_done_when_the_answer_is_lost) {
-    service_process service({"--drop", "@op=66,dir=out,n=2"});
+    service_process service({"--drop", "@op=66,dir=out,nth=2"});
     const run_of_a_program run = ctl({"set", "scaling-factor=0.5", "--timeout", "500ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
     EXPECT_EQ(run.errors,
@@ -176,7 +176,7 @@ TEST(set, does_not_know_whether_it_was_done_when_the_answer_is_lost) {
 
 TEST(set, says_what_was_set_before_the_service_was_killed) {
     // The answer to the question for the torque scaling comes, that to the set does not.
-    service_process service({"--drop", "@op=68,dir=out,n=2"});
+    service_process service({"--drop", "@op=68,dir=out,nth=2"});
     child_process program(
         ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
         attachment::pipes);
@@ -219,7 +219,7 @@ TEST(set, does_not_know_whether_it_was_saved_when_the_answer_is_lost) {
 }
 
 TEST(set, says_that_it_saved_but_could_not_read_again) {
-    service_process service({"--drop", "@op=66,dir=out,n=3"});
+    service_process service({"--drop", "@op=66,dir=out,nth=3"});
     const run_of_a_program run = ctl({"set", "scaling-factor=0.5", "--save", "--timeout", "500ms"});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
     EXPECT_EQ(run.errors,

@@ -187,7 +187,7 @@ TEST(watch, says_that_no_sample_came) {
 }
 
 TEST(watch, tells_of_messages_that_made_no_sense) {
-    service_process service({"--bad-magic", "0.5@op=33,dir=out"});
+    service_process service({"--patch", "header.magic=other@op=33,p=0.5"});
     const run_of_a_program run = ctl({"watch", "--for", "500ms"});
     EXPECT_EQ(run.end, succeeded);
     // In Wine the samples come too unevenly to tell the missing ones as well.

@@ -1,6 +1,7 @@
 // The client library and a simulation with faults, on real sockets in one process.
 #include "faults/fault_fixture.hpp"
 
+#include "faults/matrix.hpp"
 #include "faults/system_text.hpp"
 #include "simulator/service/motion.hpp"
 #include "simulator/simulation/verbs.hpp"
@@ -73,8 +74,10 @@ void fault_fixture::tell(std::string_view verb) {
     if (verb.starts_with("flood")) {
         idle_polls_ = polls_past_a_flood;
     }
-    const verb_result result = run_verb(simulated, verb);
-    EXPECT_TRUE(result.good) << verb << ": " << result.text;
+    for (const std::string_view one : verbs_of(verb)) {
+        const verb_result result = run_verb(simulated, one);
+        EXPECT_TRUE(result.good) << one << ": " << result.text;
+    }
     server_.send_outgoing();
 }
 

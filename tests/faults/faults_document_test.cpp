@@ -6,9 +6,12 @@
 #include "faults/matrix_requesting.hpp"
 #include "faults/matrix_streaming.hpp"
 #include "faults/tool_matrix.hpp"
+#include "simulator/faults/old_words.hpp"
+#include "simulator/simulation/verbs.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -33,8 +36,24 @@ table_row shown(const tool_row& row) {
 
 table_row shown(const fault_row& row) {
     const std::string_view way = row.to_service && row.to_client ? "both" : row.to_service ? "in" : "out";
-    return {in_code(row.name), std::string(way), row.at_once ? "yes" : "-", std::string(row.effect),
-            in_code(std::string(row.name) + ' ' + std::string(row.example))};
+    const std::string name(row.name);
+    return {in_code(name + ' ' + std::string(vantu::orvanta::simulator::row_of(row.argument).form)),
+            std::string(way), row.at_once ? "yes" : "-", std::string(row.effect),
+            in_code(name + ' ' + std::string(row.example))};
+}
+
+table_row shown(const vantu::orvanta::simulator::selector_row& row) {
+    return {in_code(std::string(row.key) + '=' + std::string(row.form)), std::string(row.meaning)};
+}
+
+// The texts in code of a line.
+std::vector<std::string> codes_in(const std::string& line) {
+    const std::regex code("`([^`]*)`");
+    std::vector<std::string> codes;
+    for (std::sregex_iterator found(line.begin(), line.end(), code), end; found != end; ++found) {
+        codes.push_back((*found)[1]);
+    }
+    return codes;
 }
 
 template <typename Rows> void expect_shown(const Rows& rows, const std::string& heading) {
@@ -47,6 +66,28 @@ template <typename Rows> void expect_shown(const Rows& rows, const std::string& 
 
 TEST(faults_document, shows_every_fault_and_no_other) {
     expect_shown(faults, "## The faults");
+}
+
+TEST(faults_document, shows_every_selector_and_no_other) {
+    expect_shown(vantu::orvanta::simulator::fault_selectors, "## Selectors");
+}
+
+TEST(faults_document, shows_patches_that_are_right) {
+    const auto rows = table_under(faults_document, "## Patches");
+    EXPECT_GE(rows.size(), 6U);
+    for (const table_row& row : rows) {
+        for (const std::string& rule : codes_in(row.at(1))) {
+            EXPECT_EQ(vantu::orvanta::simulator::check_verb(rule), "");
+        }
+    }
+}
+
+TEST(the_changes, say_what_became_of_every_old_word) {
+    std::vector<table_row> expected;
+    for (const auto& old : vantu::orvanta::simulator::old_words) {
+        expected.push_back({in_code(old.name), in_code(old.now)});
+    }
+    EXPECT_THAT(table_under(DOCS_FOLDER "/../CHANGELOG.md", "### The words of faults"), testing::ElementsAreArray(expected));
 }
 
 TEST(faults_document, shows_what_a_client_meets_as_it_is_tested) {

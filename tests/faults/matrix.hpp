@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace orvanta_tests {
 
@@ -16,12 +17,24 @@ using vantu::orvanta::simulator::faults;
 
 // One fault in one situation.
 struct matrix_row {
-    std::string_view rule; // the verb
+    std::string_view rule; // the verb, or two with "and" between them
     unsigned happened;     // how often the fault happens
     std::string_view seen; // the codes that the client is returned and the events that it is handed, in order
     std::string_view logged; // the library's log lines but for that of a connection; "-": none
     std::string_view next;   // the outcome of the next call, the fault healed
 };
+
+// The verbs of a row, one after the other.
+inline std::vector<std::string_view> verbs_of(std::string_view rule) {
+    constexpr std::string_view between = " and ";
+    std::vector<std::string_view> verbs;
+    for (auto end = rule.find(between); end != std::string_view::npos; end = rule.find(between)) {
+        verbs.push_back(rule.substr(0, end));
+        rule.remove_prefix(end + between.size());
+    }
+    verbs.push_back(rule);
+    return verbs;
+}
 
 // Whether the rows are about every fault, and about each that can happen to datagrams from clients also in
 // that direction where that is asked for.

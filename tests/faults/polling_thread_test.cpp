@@ -55,7 +55,11 @@ class threaded_fixture {
     threaded_fixture(const threaded_fixture&) = delete;
     threaded_fixture& operator=(const threaded_fixture&) = delete;
 
-    void tell(std::string_view verb) { EXPECT_TRUE(run_verb(simulated, verb).good) << verb; }
+    void tell(std::string_view rule) {
+        for (const std::string_view verb : verbs_of(rule)) {
+            EXPECT_TRUE(run_verb(simulated, verb).good) << verb;
+        }
+    }
 
     void ask() { EXPECT_EQ(client_->config_gravity_compensation_get(1, {}), 0); }
 

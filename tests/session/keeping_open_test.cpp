@@ -76,7 +76,7 @@ TEST(a_device, is_kept_open_that_was_opened_before_it_had_arrived) {
             told.write("listed");
         }
     };
-    service->command("unknown-operation @op=23,dir=out");
+    service->command("patch op.code=other@op=23");
     session connected(options_for(service, callbacks));
     service->command("plug orvanta3");
     // Without its details it would arrive later; the opening is answered before.

@@ -79,7 +79,7 @@ TEST(list_devices, says_that_an_acceptance_makes_no_sense) {
 }
 
 TEST(list_devices, outlives_an_acceptance_that_is_lost) {
-    const service_process service({"--drop", "@n=1,op=4,dir=out"});
+    const service_process service({"--drop", "@nth=1,op=4,dir=out"});
     const auto seen = run({LIST_DEVICES_PATH});
     EXPECT_EQ(seen.end, succeeded);
     EXPECT_EQ(seen.output, orvanta3_line + palmetron_line);
@@ -169,7 +169,7 @@ TEST(cursor_to_csv, prints_lines_of_the_table_alone) {
 
 TEST(cursor_to_csv, leaves_out_datagrams_that_make_no_sense) {
     const service_process service(
-        {"--rate", "1000", "--truncate", "17@op=33,p=0.2", "--bad-magic", "0.1@op=33"});
+        {"--rate", "1000", "--truncate", "17@op=33,p=0.2", "--patch", "header.magic=other@op=33,p=0.1"});
     const auto seen = run({CURSOR_TO_CSV_PATH, "1"});
     EXPECT_EQ(seen.end, succeeded);
     EXPECT_GT(csv_lines(seen.output), 0U);

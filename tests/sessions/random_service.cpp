@@ -3,11 +3,29 @@
 #include "simulator/faults/faults.hpp"
 
 #include <array>
+#include <stdexcept>
 
 namespace orvanta_tests {
 namespace {
 
 using namespace vantu::orvanta::simulator;
+
+std::string random_field(chance& choose) {
+    constexpr std::array fields{
+        "header.magic", "header.version", "header.reserved", "op.magic",  "op.code",    "op.length",
+        "tag",          "device",         "enabled",         "status",    "handedness", "scaling_factor",
+        "values[2]",    "client_id",      "device_type",     "tail_count"};
+    constexpr std::array values{"other", "other", "0", "1", "2", "255"};
+    const std::string field = fields[choose.below(fields.size())];
+    const bool is_float = field == "scaling_factor" || field == "values[2]";
+    return field + '=' + (is_float && choose.one_in(2) ? "nan" : values[choose.below(values.size())]);
+}
+
+// Operations that are known, unknown, cut off and none at all.
+std::string random_bytes(chance& choose) {
+    constexpr std::array kinds{"ff5704000001020304", "ff0200000a", "ff42090000", "00", "ff"};
+    return kinds[choose.below(kinds.size())];
+}
 
 std::string random_argument(const fault_row& row, chance& choose) {
     switch (row.argument) {
@@ -15,29 +33,22 @@ std::string random_argument(const fault_row& row, chance& choose) {
         return "";
     case fault_argument::count:
         return std::to_string(row.kind == fault_kind::flood ? choose.between(1, 400) : choose.between(1, 6));
-    case fault_argument::bytes:
-        if (row.kind == fault_kind::short_acceptance) {
-            return std::to_string(choose.below(8));
-        }
-        if (row.kind == fault_kind::oversize) {
-            return choose.one_in(2)   ? "2049"
-                   : choose.one_in(2) ? "65507"
-                                      : std::to_string(choose.below(4096));
+    case fault_argument::size:
+        if (row.kind == fault_kind::extend && choose.one_in(3)) {
+            return choose.one_in(2) ? "65507" : std::to_string(choose.below(4096));
         }
         return std::to_string(choose.below(choose.one_in(2) ? 24 : 200));
     case fault_argument::milliseconds:
         return choose.one_in(2) ? std::to_string(choose.below(300))
                                 : "1-" + std::to_string(choose.between(1, 200));
+    case fault_argument::field:
+        return random_field(choose);
+    case fault_argument::hexadecimal:
+        return random_bytes(choose);
     case fault_argument::status: {
-        constexpr std::array statuses{"178", "179", "0xA0", "0xB0", "0", "255"};
-        return statuses[choose.below(statuses.size())];
-    }
-    case fault_argument::status_and_tag: {
         const std::string status = std::to_string(choose.below(256));
         return choose.one_in(2) ? status : status + ":" + std::to_string(choose.below(256));
     }
-    case fault_argument::tag:
-        return choose.one_in(2) ? "" : std::to_string(choose.below(256));
     case fault_argument::device:
         return choose.one_in(2) ? "" : std::to_string(choose.below(5));
     case fault_argument::device_type:
@@ -48,20 +59,40 @@ std::string random_argument(const fault_row& row, chance& choose) {
 
 std::string random_selector(const fault_row& row, chance& choose) {
     std::string text = "@";
-    if (choose.one_in(2)) {
-        text += "n=" + std::to_string(choose.between(1, 12));
-    } else {
-        constexpr std::array probabilities{"1", "0.5", "0.2", "0.05"};
+    switch (choose.below(4)) {
+    case 0:
+    case 1:
+        text += "nth=" + std::to_string(choose.between(1, 12));
+        break;
+    case 2:
+        text += "every=" + std::to_string(choose.between(2, 9));
+        break;
+    default:
+        constexpr std::array probabilities{"1", "0.5", "0.2", "0.05", "0.2,burst=5"};
         text += std::string("p=") + probabilities[choose.below(probabilities.size())];
     }
     if (choose.one_in(3)) {
         constexpr std::array operations{"1", "3", "4", "16", "18", "19", "33", "47", "66", "68", "81", "240"};
         text += std::string(",op=") + operations[choose.below(operations.size())];
     }
-    if (row.to_client && row.to_service && choose.one_in(2)) {
-        text += choose.one_in(3) ? ",dir=in" : ",dir=out";
+    if (row.to_client && choose.one_in(2)) {
+        text += choose.one_in(3) ? ",dir=answer" : ",dir=out";
+    } else if (row.to_service && choose.one_in(4)) {
+        text += ",dir=in";
+    }
+    if (choose.one_in(6)) {
+        text += ",device=" + std::to_string(choose.between(1, 3));
     }
     return text;
+}
+
+bool can_be_read(const fault_row& row, const std::string& text) {
+    try {
+        (void)parse_fault(row.kind, text);
+        return true;
+    } catch (const std::invalid_argument&) {
+        return false;
+    }
 }
 
 } // namespace
@@ -70,8 +101,10 @@ std::vector<fault_text> random_faults(chance& choose) {
     std::vector<fault_text> chosen(choose.below(5));
     for (fault_text& one : chosen) {
         const fault_row& row = faults[choose.below(faults.size())];
-        std::string value = random_argument(row, choose);
-        value += random_selector(row, choose);
+        std::string value;
+        do { // what no datagram can fit is drawn anew
+            value = random_argument(row, choose) + random_selector(row, choose);
+        } while (!can_be_read(row, value));
         one = {std::string(row.name), std::move(value)};
     }
     return chosen;

@@ -1,7 +1,6 @@
 // Taking lines of text apart.
 #include "shared/text_lines.hpp"
 
-#include <array>
 #include <gtest/gtest.h>
 
 namespace {
@@ -33,16 +32,6 @@ TEST(words_of_a_line, are_numbers_only_when_finite_and_whole) {
     for (const char* wrong : {"", "nan", "inf", "0.5x", " 0.5", "+1"}) {
         EXPECT_EQ(real_number(wrong), std::nullopt) << wrong;
     }
-}
-
-TEST(words_of_a_line, are_nearest_by_single_letters_and_neighbours) {
-    constexpr std::array<std::string_view, 4> known{"plug", "unplug", "port", "drop"};
-    EXPECT_EQ(nearest_word("dorp", known), "drop");
-    EXPECT_EQ(nearest_word("opr", known), "port");
-    EXPECT_EQ(nearest_word("plugg", known), "plug");
-    EXPECT_EQ(nearest_word("unplg", known), "unplug");
-    EXPECT_EQ(nearest_word("rdop", known), "drop");
-    EXPECT_EQ(nearest_word("plug", known), "plug");
 }
 
 TEST(lines, show_no_control_characters_whatever_they_are_given) {

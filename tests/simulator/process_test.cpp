@@ -339,7 +339,7 @@ TEST_F(the_program, ends_with_1_and_one_line_when_trace_or_capture_cannot_be_wri
 
 TEST_F(the_program, produces_the_faults_of_its_options) {
     running_simulator tested(
-        {"--port", "0", "--rate", "0", "--truncate", "17@op=66", "--error", "0xD0@op=64,n=1"});
+        {"--port", "0", "--rate", "0", "--truncate", "17@op=66", "--error", "0xD0@op=64,nth=1"});
     test_client client("127.0.0.1", tested.port());
     connect_and_open(client);
     client.send(query_gravity);

@@ -114,8 +114,8 @@ std::vector<std::string> faults_of(const std::vector<const char*>& arguments) {
 }
 
 TEST(options, take_faults_in_the_order_of_the_command_line) {
-    EXPECT_THAT(faults_of({"--drop", "0.5", "--truncate=17@op=66", "--drop", "--port", "0", "--drop=@n=3"}),
-                ElementsAre("drop @p=0.5", "truncate 17@op=66", "drop", "drop @n=3"));
+    EXPECT_THAT(faults_of({"--drop", "0.5", "--truncate=17@op=66", "--drop", "--port", "0", "--drop=@nth=3"}),
+                ElementsAre("drop 0.5", "truncate 17@op=66", "drop", "drop @nth=3"));
 }
 
 TEST(options, let_what_could_happen_at_once_wait_for_a_datagram) {
@@ -166,7 +166,7 @@ TEST(options, that_are_wrong_are_told_in_one_line_that_names_them) {
         {"--truncate"},
         {"--truncate", "17@op=none"},
         {"--plug", "mouse"},
-        {"--restart", "@n=0"},
+        {"--restart", "@nth=0"},
         {"--help", "me"},
         {"--unknown"},
         {"stray"},
@@ -181,9 +181,10 @@ TEST(options, that_are_wrong_are_told_in_one_line_that_names_them) {
 
 TEST(options, that_are_unknown_are_told_with_the_one_that_was_probably_meant) {
     EXPECT_EQ(parse({"--dorp", "0.3"}).text,
-              "--dorp: there is no such option; --drop would be right, and --help lists them all");
+              "--dorp: there is no such option; --drop would be right; --help lists them all");
     EXPECT_EQ(parse({"--scenari=desk.json"}).text,
-              "--scenari: there is no such option; --scenario would be right, and --help lists them all");
+              "--scenari: there is no such option; --scenario would be right; --help lists them all");
+    EXPECT_EQ(parse({"--retag", "9"}).text, "--retag: it is now '--patch tag=other@dir=answer'");
     EXPECT_EQ(parse({"desk.json"}).text, "'desk.json' belongs to no option; --help lists them all");
 }
 
@@ -239,10 +240,12 @@ TEST(options, show_each_topic_of_the_help_on_one_screen) {
 TEST(options, show_every_fault_with_its_example) {
     const std::string help = shown({"--help", "faults"});
     for (const fault_row& row : faults) {
-        EXPECT_THAT(help, HasSubstr("--" + std::string(row.name) + ' ' + std::string(row.example)));
+        const std::string example = std::string(row.name) + ' ' + std::string(row.example);
+        EXPECT_THAT(help, HasSubstr("  " + example));
         const std::string more = shown({"--help", row.name.data()});
-        EXPECT_THAT(more, StartsWith(std::string(row.name) + "\n  " + std::string(row.effect) + '\n'));
-        EXPECT_THAT(more, HasSubstr("--" + std::string(row.name) + ' ' + std::string(row.example) + '\n'));
+        EXPECT_THAT(more, StartsWith(std::string(row.name) + ' ' + std::string(row_of(row.argument).form) +
+                                     "\n  " + std::string(row.effect) + '\n'));
+        EXPECT_THAT(more, HasSubstr(' ' + example + '\n'));
     }
 }
 

@@ -70,11 +70,19 @@ TEST(the_pages, have_every_fault_with_its_effect_and_example) {
     for (const fault_row& row : faults) {
         const std::string name(row.name);
         const std::string example(row.example);
-        EXPECT_THAT(page, contains_regex("[.]It Fl -" + name + "( (Op )?Ar [^.]*)? [.A-Z]")) << name;
+        EXPECT_THAT(page, contains_regex("[.]It Fl -" + name + "( (Op )?Ar [^.]*)? [A-Z]")) << name;
         EXPECT_THAT(page, HasSubstr(' ' + sentence(row.effect) + ' ')) << name;
         EXPECT_THAT(page, HasSubstr("Example: .Ql --" + name + ' ' + example + ' '));
-        EXPECT_THAT(rows, HasSubstr("| `" + name + "` |"));
+        EXPECT_THAT(rows, HasSubstr("| `" + name + ' ' + std::string(row_of(row.argument).form) + "` |"));
         EXPECT_THAT(rows, HasSubstr("| `" + name + ' ' + example + "` |"));
+    }
+}
+
+TEST(the_pages, have_every_selector_with_its_meaning) {
+    const std::string page = unbroken(program_page);
+    for (const selector_row& row : fault_selectors) {
+        EXPECT_THAT(page, contains_regex("[.]It Cm " + std::string(row.key) + " Ns = Ns (Ar|Cm) "));
+        EXPECT_THAT(page, HasSubstr(' ' + sentence(row.meaning) + ' '));
     }
 }
 

@@ -1,4 +1,5 @@
 // The change that each fault makes to the bytes of a datagram.
+#include "shared/text_lines.hpp"
 #include "simulator/faults/fault_mutations.hpp"
 #include "simulator/fixtures/pipeline_fixture.hpp"
 
@@ -9,6 +10,7 @@ namespace {
 
 using namespace vantu::orvanta::simulator;
 using namespace orvanta_tests;
+using vantu::orvanta::communication::direction;
 
 // Two operations in one datagram: power supply of device 1, then torque scaling of device 1 with tag 5.
 const bytes two_operations = datagram({{0xFF, 0x51, 0x05, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01},
@@ -19,11 +21,14 @@ struct mutated {
     bytes content;
 };
 
-mutated mutated_by(const mutation& what, const bytes& content, std::uint64_t seed = 1) {
+// What a line like "truncate 17@op=66" makes of a datagram to a client.
+mutated mutated_by(std::string_view line, const bytes& content, std::uint64_t seed = 1) {
+    const fault_row* const row = find_fault(vantu::orvanta::take_word(line));
+    const fault_rule rule = parse_fault(row->kind, line);
     fault_random chance(seed, {0});
     const auto view = std::as_bytes(std::span(content));
     datagram_bytes datagram(view.begin(), view.end());
-    const bool happened = mutate(datagram, what, chance);
+    const bool happened = mutate(datagram, rule, direction::to_client, chance);
     const auto* begin = reinterpret_cast<const std::uint8_t*>(datagram.data());
     return {happened, bytes(begin, begin + datagram.size())};
 }
@@ -34,10 +39,6 @@ bytes first_of(const bytes& content, std::size_t size) {
 
 bytes last_of(const bytes& content, std::size_t size) {
     return {content.end() - static_cast<std::ptrdiff_t>(size), content.end()};
-}
-
-unsigned u16_at(const bytes& content, std::size_t place) {
-    return content.at(place) + 256U * content.at(place + 1);
 }
 
 bool nobody_knows(unsigned code) {
@@ -51,47 +52,34 @@ bool nobody_knows(unsigned code) {
 
 TEST(fault_mutation, truncates_to_every_length) {
     for (std::uint32_t size = 0; size < two_operations.size(); ++size) {
-        const mutated result = mutated_by({fault_kind::truncate, {}, size}, two_operations);
+        const mutated result = mutated_by("truncate " + std::to_string(size), two_operations);
         EXPECT_TRUE(result.happened);
         EXPECT_EQ(result.content, first_of(two_operations, size));
     }
     for (const std::uint32_t size : {26U, 27U, 65507U}) {
-        const mutated result = mutated_by({fault_kind::truncate, {}, size}, two_operations);
+        const mutated result = mutated_by("truncate " + std::to_string(size), two_operations);
         EXPECT_FALSE(result.happened);
         EXPECT_EQ(result.content, two_operations);
     }
 }
 
-TEST(fault_mutation, empties) {
-    EXPECT_TRUE(mutated_by({fault_kind::empty, {}, {}}, two_operations).happened);
-    EXPECT_EQ(mutated_by({fault_kind::empty, {}, {}}, two_operations).content, bytes{});
-    EXPECT_FALSE(mutated_by({fault_kind::empty, {}, {}}, {}).happened);
-}
-
 TEST(fault_mutation, extends_by_random_bytes_after_the_end) {
-    const mutated result = mutated_by({fault_kind::extend, {}, 9}, two_operations);
+    const mutated result = mutated_by("extend 9", two_operations);
     EXPECT_TRUE(result.happened);
     ASSERT_EQ(result.content.size(), 35U);
     EXPECT_EQ(first_of(result.content, 26), two_operations);
-    EXPECT_NE(last_of(result.content, 9),
-              last_of(mutated_by({fault_kind::extend, {}, 9}, two_operations, 2).content, 9));
-    EXPECT_FALSE(mutated_by({fault_kind::extend, {}, 0}, two_operations).happened);
+    EXPECT_NE(last_of(result.content, 9), last_of(mutated_by("extend 9", two_operations, 2).content, 9));
+    EXPECT_FALSE(mutated_by("extend 0", two_operations).happened);
 }
 
-TEST(fault_mutation, fills_up_to_a_size_and_to_no_more_than_a_datagram_holds) {
-    for (const std::uint32_t size : {27U, 2048U, 2049U, 65507U}) {
-        const mutated result = mutated_by({fault_kind::oversize, {}, size}, two_operations);
-        EXPECT_TRUE(result.happened);
-        ASSERT_EQ(result.content.size(), size);
-        EXPECT_EQ(first_of(result.content, 26), two_operations);
-    }
-    EXPECT_FALSE(mutated_by({fault_kind::oversize, {}, 26}, two_operations).happened);
-    EXPECT_EQ(mutated_by({fault_kind::extend, {}, 65507}, two_operations).content.size(), 65507U);
+TEST(fault_mutation, extends_to_no_more_than_a_datagram_holds) {
+    EXPECT_EQ(mutated_by("extend 65507", two_operations).content.size(), 65507U);
+    EXPECT_FALSE(mutated_by("extend 1", bytes(65507)).happened);
 }
 
 TEST(fault_mutation, inverts_just_so_many_bits) {
     for (const std::uint32_t wanted : {1U, 2U, 17U, 208U, 1000U}) {
-        const mutated result = mutated_by({fault_kind::flip, {}, wanted}, two_operations, wanted);
+        const mutated result = mutated_by("flip " + std::to_string(wanted), two_operations, wanted);
         ASSERT_EQ(result.content.size(), two_operations.size());
         unsigned inverted = 0;
         for (std::size_t i = 0; i < two_operations.size(); ++i) {
@@ -102,13 +90,13 @@ TEST(fault_mutation, inverts_just_so_many_bits) {
         EXPECT_TRUE(result.happened);
         EXPECT_EQ(inverted, std::min(wanted, 208U));
     }
-    EXPECT_FALSE(mutated_by({fault_kind::flip, {}, 1}, {}).happened);
+    EXPECT_FALSE(mutated_by("flip 1", {}).happened);
 }
 
 TEST(fault_mutation, reaches_every_bit_by_flipping_one) {
     std::vector<bool> reached(11 * 8);
     for (std::uint64_t seed = 0; seed < 2000; ++seed) {
-        const bytes result = mutated_by({fault_kind::flip, {}, 1}, keep_alive, seed).content;
+        const bytes result = mutated_by("flip 1", keep_alive, seed).content;
         for (std::size_t bit = 0; bit < reached.size(); ++bit) {
             if (((result[bit / 8] ^ keep_alive[bit / 8]) >> (bit % 8) & 1) != 0) {
                 reached[bit] = true;
@@ -118,121 +106,123 @@ TEST(fault_mutation, reaches_every_bit_by_flipping_one) {
     EXPECT_THAT(reached, testing::Each(true));
 }
 
-TEST(fault_mutation, spoils_the_magic_of_the_header_alone) {
+// Whether a line changes the bytes from `begin` to before `end` and no others, whatever the chances.
+void expect_another(std::string_view line, std::size_t begin, std::size_t end) {
     for (std::uint64_t seed = 0; seed < 50; ++seed) {
-        const mutated result = mutated_by({fault_kind::bad_magic, {}, {}}, two_operations, seed);
-        EXPECT_TRUE(result.happened);
-        EXPECT_NE(first_of(result.content, 2), (bytes{0xE9, 0x9E}));
-        EXPECT_EQ(last_of(result.content, 24), last_of(two_operations, 24));
-    }
-    EXPECT_FALSE(mutated_by({fault_kind::bad_magic, {}, {}}, {0xE9, 0x9E, 1, 0, 0}).happened);
-}
-
-TEST(fault_mutation, spoils_the_version_of_the_header_alone) {
-    for (std::uint64_t seed = 0; seed < 50; ++seed) {
-        const mutated result = mutated_by({fault_kind::bad_version, {}, {}}, two_operations, seed);
-        EXPECT_TRUE(result.happened);
-        EXPECT_EQ(first_of(result.content, 2), (bytes{0xE9, 0x9E}));
-        EXPECT_NE(u16_at(result.content, 2), 1U);
-        EXPECT_EQ(last_of(result.content, 22), last_of(two_operations, 22));
+        const mutated result = mutated_by(line, two_operations, seed);
+        EXPECT_TRUE(result.happened) << line;
+        ASSERT_EQ(result.content.size(), two_operations.size());
+        EXPECT_EQ(first_of(result.content, begin), first_of(two_operations, begin)) << line;
+        EXPECT_EQ(last_of(result.content, two_operations.size() - end),
+                  last_of(two_operations, two_operations.size() - end))
+            << line;
+        EXPECT_NE(result.content, two_operations) << line;
     }
 }
 
-TEST(fault_mutation, spoils_the_magic_of_the_first_operation_or_of_the_one_asked_for) {
-    const mutated first = mutated_by({fault_kind::bad_operation, {}, {}}, two_operations);
-    EXPECT_TRUE(first.happened);
-    EXPECT_NE(first.content[6], 0xFF);
-    EXPECT_EQ(last_of(first.content, 19), last_of(two_operations, 19));
-    const mutated second = mutated_by({fault_kind::bad_operation, 68, {}}, two_operations);
-    EXPECT_EQ(first_of(second.content, 16), first_of(two_operations, 16));
-    EXPECT_NE(second.content[16], 0xFF);
-    EXPECT_FALSE(mutated_by({fault_kind::bad_operation, 33, {}}, two_operations).happened);
-    EXPECT_FALSE(mutated_by({fault_kind::bad_operation, {}, {}}, {0xE9, 0x9E, 1, 0, 0, 0}).happened);
+TEST(fault_mutation, gives_a_field_another_value_and_no_other_field) {
+    expect_another("patch header.magic=other", 0, 2);
+    expect_another("patch header.version=other", 2, 4);
+    expect_another("patch header.reserved=other", 4, 6);
+    expect_another("patch op.magic=other", 6, 7);
+    expect_another("patch op.code=other", 7, 8);
+    expect_another("patch op.length=other", 8, 10);
+    expect_another("patch tag=other", 10, 11);
+    expect_another("patch device=other", 11, 15);
+    expect_another("patch state=other", 15, 16);
+    expect_another("patch op.magic=other@op=68", 16, 17);
+    expect_another("patch enabled=other", 25, 26);
 }
 
-TEST(fault_mutation, gives_an_operation_a_code_that_nobody_knows_and_keeps_its_length) {
+TEST(fault_mutation, gives_an_operation_a_code_that_nobody_knows) {
     for (std::uint64_t seed = 0; seed < 50; ++seed) {
-        const mutated result = mutated_by({fault_kind::unknown_operation, {}, {}}, two_operations, seed);
-        EXPECT_TRUE(result.happened);
-        EXPECT_TRUE(nobody_knows(result.content[7])) << int{result.content[7]};
-        EXPECT_EQ(first_of(result.content, 7), first_of(two_operations, 7));
-        EXPECT_EQ(last_of(result.content, 18), last_of(two_operations, 18));
+        const bytes content = mutated_by("patch op.code=other", two_operations, seed).content;
+        EXPECT_TRUE(nobody_knows(content[7])) << int{content[7]};
     }
 }
 
-TEST(fault_mutation, lets_an_unknown_operation_state_a_length_past_the_end) {
-    for (std::uint64_t seed = 0; seed < 50; ++seed) {
-        const mutated result = mutated_by({fault_kind::lying_operation, {}, {}}, two_operations, seed);
-        EXPECT_TRUE(result.happened);
-        EXPECT_TRUE(nobody_knows(result.content[7]));
-        EXPECT_GT(u16_at(result.content, 8), 15U);
-        EXPECT_EQ(last_of(result.content, 16), last_of(two_operations, 16));
-    }
+TEST(fault_mutation, writes_the_value_of_a_field) {
+    const auto patched = [](std::string_view line, std::size_t place, const bytes& value) {
+        bytes expected = two_operations;
+        std::copy(value.begin(), value.end(), expected.begin() + static_cast<std::ptrdiff_t>(place));
+        const mutated result = mutated_by(line, two_operations);
+        EXPECT_TRUE(result.happened) << line;
+        EXPECT_EQ(result.content, expected) << line;
+    };
+    patched("patch header.magic=0x1234", 0, {0x34, 0x12});
+    patched("patch header.version=2", 2, {2, 0});
+    patched("patch op.magic=0", 6, {0});
+    patched("patch op.code=0x44", 7, {0x44});
+    patched("patch op.length=65535", 8, {0xFF, 0xFF});
+    patched("patch tag=9@op=68", 20, {9});
+    patched("patch device=0x01020304@op=68", 21, {4, 3, 2, 1});
+    patched("patch device_id=77", 11, {77, 0, 0, 0});
+    patched("patch enabled=2", 25, {2});
+    EXPECT_FALSE(mutated_by("patch tag=5@op=68", two_operations).happened) << "it has that tag";
+    EXPECT_FALSE(mutated_by("patch handedness=1", two_operations).happened) << "no operation has it";
 }
 
-TEST(fault_mutation, takes_the_last_byte_of_a_body_and_says_so) {
-    const mutated first = mutated_by({fault_kind::short_body, {}, {}}, two_operations);
+TEST(fault_mutation, writes_floats_that_are_no_numbers_and_single_values) {
+    const bytes state = datagram({{0xFF, 0x21, 0x1C, 0x00, 0x00, 0x01, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                                   0,    0,    0,    0,    0,    0,    0, 0, 0, 0, 0, 0, 0, 0, 0, 0}});
+    const auto values = [&state](std::string_view line) {
+        return last_of(mutated_by(line, state).content, 24);
+    };
+    bytes expected(24);
+    expected[10] = 0xC0;
+    expected[11] = 0x7F;
+    EXPECT_EQ(values("patch values[2]=nan"), expected);
+    expected[10] = 0x80;
+    EXPECT_EQ(values("patch values[2]=inf"), expected);
+    expected[11] = 0xFF;
+    EXPECT_EQ(values("patch values[2]=-inf@op=cursor_state"), expected);
+    expected[10] = 0x80;
+    expected[11] = 0xBF;
+    EXPECT_EQ(values("patch values[2]=-1"), expected);
+}
+
+TEST(fault_mutation, takes_the_last_bytes_of_a_body_and_says_so) {
+    const mutated first = mutated_by("cut 1", two_operations);
     EXPECT_TRUE(first.happened);
     EXPECT_EQ(first.content, datagram({{0xFF, 0x51, 0x04, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00},
                                        {0xFF, 0x44, 0x05, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00, 0x01}}));
-    const mutated second = mutated_by({fault_kind::short_body, 68, {}}, two_operations);
+    const mutated second = mutated_by("cut 5@op=68", two_operations);
     EXPECT_EQ(second.content, datagram({{0xFF, 0x51, 0x05, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01},
-                                        {0xFF, 0x44, 0x04, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00}}));
-    EXPECT_FALSE(mutated_by({fault_kind::short_body, {}, {}}, keep_alive).happened);
+                                        {0xFF, 0x44, 0x00, 0x00, 0x05}}));
+    EXPECT_FALSE(mutated_by("cut 6", two_operations).happened);
+    EXPECT_FALSE(mutated_by("cut 1", keep_alive).happened);
 }
 
-TEST(fault_mutation, puts_a_bad_operation_between_two_good_ones) {
-    const mutated result = mutated_by({fault_kind::bad_between, 68, {}}, two_operations);
+TEST(fault_mutation, inserts_bytes_before_an_operation) {
+    const bytes foreign{0xFF, 0x57, 0x01, 0x00, 0x00, 0xAA};
+    const mutated result = mutated_by("insert ff57010000AA@op=68", two_operations);
     EXPECT_TRUE(result.happened);
-    ASSERT_EQ(result.content.size(), 26U + 9U + 10U);
-    EXPECT_EQ(first_of(result.content, 26), two_operations);
-    EXPECT_EQ(result.content[26], 0xFF);
-    EXPECT_TRUE(nobody_knows(result.content[27]));
-    EXPECT_EQ(u16_at(result.content, 28), 4U);
-    EXPECT_EQ(last_of(result.content, 10), last_of(two_operations, 10));
+    EXPECT_EQ(result.content, datagram({{0xFF, 0x51, 0x05, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01},
+                                        foreign,
+                                        {0xFF, 0x44, 0x05, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00, 0x01}}));
+    EXPECT_FALSE(mutated_by("insert ff", bytes{0xE9, 0x9E, 1, 0, 0, 0}).happened) << "no operation";
 }
 
-TEST(fault_mutation, gives_an_answer_the_tag_asked_for_or_any_other) {
-    EXPECT_EQ(mutated_by({fault_kind::retag, 68, 9}, two_operations).content,
-              datagram({{0xFF, 0x51, 0x05, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01},
-                        {0xFF, 0x44, 0x05, 0x00, 0x09, 0x01, 0x00, 0x00, 0x00, 0x01}}));
-    EXPECT_FALSE(mutated_by({fault_kind::retag, 68, 5}, two_operations).happened);
-    for (std::uint64_t seed = 0; seed < 50; ++seed) {
-        EXPECT_NE(mutated_by({fault_kind::retag, 68, {}}, two_operations, seed).content[20], 5);
-    }
-}
-
-TEST(fault_mutation, gives_an_answer_the_device_asked_for_or_any_other) {
-    EXPECT_EQ(mutated_by({fault_kind::readdress, 68, 0x01020304}, two_operations).content,
-              datagram({{0xFF, 0x51, 0x05, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01},
-                        {0xFF, 0x44, 0x05, 0x00, 0x05, 0x04, 0x03, 0x02, 0x01, 0x01}}));
-    EXPECT_FALSE(mutated_by({fault_kind::readdress, 68, 1}, two_operations).happened);
-    EXPECT_NE(u16_at(mutated_by({fault_kind::readdress, 68, {}}, two_operations).content, 21), 1U);
-    EXPECT_FALSE(mutated_by({fault_kind::readdress, 4, {}}, acceptance).happened);
-}
-
-TEST(fault_mutation, cuts_an_acceptance_within_its_client_id) {
-    for (std::uint32_t size = 0; size < 8; ++size) {
-        const mutated result = mutated_by({fault_kind::short_acceptance, {}, size}, acceptance);
-        EXPECT_TRUE(result.happened);
-        EXPECT_EQ(result.content, first_of(acceptance, 11 + size));
-    }
-    EXPECT_FALSE(mutated_by({fault_kind::short_acceptance, {}, 3}, two_operations).happened);
+TEST(fault_mutation, chooses_an_operation_by_its_device) {
+    bytes two_devices = two_operations;
+    two_devices[11] = 2;
+    EXPECT_EQ(mutated_by("patch tag=9@device=1", two_devices).content[20], 9);
+    EXPECT_EQ(mutated_by("patch tag=9@device=2", two_devices).content[10], 9);
+    EXPECT_FALSE(mutated_by("patch tag=9@device=3", two_devices).happened);
 }
 
 TEST(fault_mutation, survives_every_beginning_of_a_datagram_and_bodies_that_lie) {
     bytes lying = two_operations;
     lying[8] = 0xFF;
     lying[9] = 0xFF;
-    for (const fault_row& row : faults) {
-        if (!is_change(row.kind)) {
-            continue;
-        }
+    for (const std::string_view line :
+         {"truncate 3", "extend 3", "flip 3", "patch header.version=other", "patch op.length=other",
+          "patch device=other", "patch client_id=other", "cut 3", "insert 010203"}) {
         for (const bytes& whole : {two_operations, lying, acceptance}) {
             for (std::size_t size = 0; size <= whole.size(); ++size) {
                 const bytes before = first_of(whole, size);
-                const mutated result = mutated_by({row.kind, {}, 3}, before);
-                EXPECT_EQ(result.happened, result.content != before) << row.name << " at " << size;
+                const mutated result = mutated_by(line, before);
+                EXPECT_EQ(result.happened, result.content != before) << line << " at " << size;
             }
         }
     }

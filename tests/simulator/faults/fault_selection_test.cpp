@@ -27,7 +27,7 @@ TEST(fault_selection, finds_no_operation_after_one_that_is_cut_off) {
     bytes cut = power_supply;
     cut[8] = 200;
     pipeline_fixture fixture;
-    fixture.add("drop @op=0");
+    fixture.add("drop @op=1");
     EXPECT_THAT(fixture.out(cut), ElementsAre(cut));
     EXPECT_THAT(fixture.out({0xE9, 0x9E, 1, 0, 0, 0, 0xFF, 0, 0, 0}), testing::SizeIs(1));
     EXPECT_EQ(fixture.counts(fault_kind::drop), "0/0");
@@ -35,13 +35,116 @@ TEST(fault_selection, finds_no_operation_after_one_that_is_cut_off) {
 
 TEST(fault_selection, takes_the_nth_that_fits_and_no_other) {
     pipeline_fixture fixture;
-    fixture.add("drop @op=66,n=3,dir=out");
+    fixture.add("drop @op=66,nth=3,dir=out");
     for (int i = 1; i <= 6; ++i) {
         EXPECT_EQ(fixture.out(gravity).empty(), i == 3) << i;
         EXPECT_EQ(fixture.out(power_supply).size(), 1U);
         EXPECT_EQ(fixture.in(ask_gravity).size(), 1U);
     }
     EXPECT_EQ(fixture.counts(fault_kind::drop), "6/1");
+}
+
+TEST(fault_selection, takes_every_nth_that_fits) {
+    pipeline_fixture fixture;
+    fixture.add("drop @op=66,every=3,dir=out");
+    for (int i = 1; i <= 9; ++i) {
+        EXPECT_EQ(fixture.out(gravity).empty(), i % 3 == 0) << i;
+    }
+    EXPECT_EQ(fixture.counts(fault_kind::drop), "9/3");
+}
+
+TEST(fault_selection, counts_clients_by_their_first_datagrams) {
+    pipeline_fixture fixture;
+    (void)fixture.in(keep_alive, 7);
+    (void)fixture.in(keep_alive, 3);
+    fixture.add("drop @client=2");
+    EXPECT_THAT(fixture.in(ask_gravity, 3), IsEmpty());
+    EXPECT_THAT(fixture.out(gravity, 3), IsEmpty());
+    EXPECT_THAT(fixture.out(gravity, 7), ElementsAre(gravity));
+    EXPECT_THAT(fixture.in(ask_gravity, 5), ElementsAre(ask_gravity));
+}
+
+TEST(fault_selection, goes_by_the_device_of_an_operation) {
+    bytes of_another = gravity;
+    of_another[11] = 2;
+    pipeline_fixture fixture;
+    fixture.add("drop @device=2");
+    EXPECT_THAT(fixture.out(of_another), IsEmpty());
+    EXPECT_THAT(fixture.out(gravity), ElementsAre(gravity));
+    EXPECT_THAT(fixture.out(acceptance), ElementsAre(acceptance));
+}
+
+TEST(fault_selection, wants_code_and_device_of_the_same_operation) {
+    const bytes two = datagram({{0xFF, 0x51, 0x05, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01},
+                                {0xFF, 0x44, 0x05, 0x00, 0x05, 0x02, 0x00, 0x00, 0x00, 0x01}});
+    pipeline_fixture fixture;
+    fixture.add("drop @op=68,device=1");
+    EXPECT_THAT(fixture.out(two), ElementsAre(two));
+    fixture.add("drop @op=68,device=2");
+    EXPECT_THAT(fixture.out(two), IsEmpty());
+}
+
+TEST(fault_selection, counts_of_a_patch_the_datagrams_that_have_the_field) {
+    pipeline_fixture fixture;
+    fixture.add("patch enabled=7@nth=1,dir=out");
+    EXPECT_THAT(fixture.out(power_supply), ElementsAre(power_supply));
+    bytes patched = gravity;
+    patched[15] = 7;
+    EXPECT_THAT(fixture.out(gravity), ElementsAre(patched));
+    EXPECT_EQ(fixture.counts(fault_kind::patch), "1/1");
+}
+
+TEST(fault_selection, loses_in_bursts_of_a_mean_length_as_often_as_is_probable) {
+    pipeline_fixture fixture;
+    fixture.add("drop 0.2@burst=8,dir=out");
+    constexpr int all = 20'000;
+    int lost = 0;
+    int bursts = 0;
+    bool was_lost = false;
+    for (int i = 0; i < all; ++i) {
+        const bool is_lost = fixture.out(keep_alive).empty();
+        lost += is_lost ? 1 : 0;
+        bursts += is_lost && !was_lost ? 1 : 0;
+        was_lost = is_lost;
+    }
+    EXPECT_NEAR(static_cast<double>(lost) / all, 0.2, 0.03);
+    EXPECT_NEAR(static_cast<double>(lost) / bursts, 8, 1);
+}
+
+TEST(fault_selection, keeps_the_bursts_of_a_conversation_whatever_else_is_sent) {
+    const auto pattern = [](int others) {
+        pipeline_fixture fixture;
+        fixture.add("drop 0.3@burst=4");
+        std::vector<bool> lost;
+        (void)fixture.in(keep_alive, 1);
+        for (int i = 0; i < 300; ++i) {
+            lost.push_back(fixture.out(gravity).empty());
+            for (int other = 0; other < others; ++other) {
+                (void)fixture.out(power_supply);
+                (void)fixture.out(gravity, 2);
+            }
+        }
+        return lost;
+    };
+    EXPECT_EQ(pattern(0), pattern(3));
+}
+
+TEST(fault_selection, changes_and_heals_rules_by_name_and_by_number) {
+    pipeline_fixture fixture;
+    fixture.add("drop @op=66,as=loss");
+    fixture.add("drop @op=81");
+    fixture.add("truncate 12@op=66,as=loss");
+    ASSERT_THAT(fixture.pipeline.rules(), testing::SizeIs(2));
+    EXPECT_EQ(text_of(fixture.pipeline.rules()[0].rule), "truncate 12@op=66,as=loss");
+    EXPECT_EQ(fixture.pipeline.rules()[0].number, 1U);
+    EXPECT_EQ(fixture.pipeline.rules()[1].number, 2U);
+    EXPECT_THAT(fixture.out(gravity), ElementsAre(bytes(gravity.begin(), gravity.begin() + 12)));
+    EXPECT_FALSE(fixture.pipeline.heal("3"));
+    EXPECT_TRUE(fixture.pipeline.heal("2"));
+    EXPECT_THAT(fixture.out(power_supply), ElementsAre(power_supply));
+    EXPECT_TRUE(fixture.pipeline.heal("loss"));
+    EXPECT_THAT(fixture.out(gravity), ElementsAre(gravity));
+    EXPECT_FALSE(fixture.pipeline.heal("loss"));
 }
 
 TEST(fault_selection, happens_as_often_as_is_probable) {
@@ -66,10 +169,10 @@ TEST(fault_selection, never_happens_with_a_probability_of_0) {
 TEST(fault_selection, lets_rules_act_in_order_on_what_the_one_before_left) {
     pipeline_fixture fixture;
     fixture.add("duplicate 1@dir=out");
-    fixture.add("truncate 12@n=2");
+    fixture.add("truncate 12@nth=2");
     EXPECT_THAT(fixture.out(gravity), ElementsAre(gravity, bytes(gravity.begin(), gravity.begin() + 12)));
     pipeline_fixture other;
-    other.add("truncate 12@n=1");
+    other.add("truncate 12@nth=1");
     other.add("duplicate 1@dir=out");
     const bytes cut(gravity.begin(), gravity.begin() + 12);
     EXPECT_THAT(other.out(gravity), ElementsAre(cut, cut));
@@ -77,7 +180,7 @@ TEST(fault_selection, lets_rules_act_in_order_on_what_the_one_before_left) {
 
 TEST(fault_selection, lets_refusals_meet_the_later_rules) {
     pipeline_fixture fixture;
-    fixture.add("refuse 0xB2");
+    fixture.add("error 0xB2@op=connect");
     fixture.add("truncate 14@op=240");
     EXPECT_THAT(fixture.in(datagram({connect_operation(0)})), IsEmpty());
     EXPECT_THAT(fixture.departures(), ElementsAre(sent{1,
@@ -119,8 +222,9 @@ std::vector<bytes> outcome_of(std::uint64_t seed) {
     pipeline_fixture fixture(seed);
     for (const char* line :
          {"drop 0.1", "duplicate 1@p=0.2", "reorder 2@p=0.2", "delay 1-30@p=0.3", "extend 5@p=0.1",
-          "flip 3@p=0.2", "bad-magic 0.1", "unknown-operation 0.1", "lying-operation 0.1", "retag @p=0.3",
-          "readdress @p=0.3", "truncate 12@p=0.1", "silence 5-9@p=0.01", "error 0xD0@p=0.1"}) {
+          "flip 3@p=0.2", "patch header.magic=other@p=0.1", "patch op.code=other@p=0.1",
+          "patch op.length=65535@p=0.1", "patch tag=other@p=0.3", "patch device=other@p=0.3",
+          "truncate 12@p=0.1", "silence 5-9@p=0.01", "error 0xD0@p=0.1"}) {
         fixture.add(line);
     }
     fixture.connect();
@@ -192,7 +296,7 @@ TEST(fault_selection, gives_a_conversation_the_same_fates_whatever_else_is_sent)
 
 TEST(fault_selection, lets_no_flood_of_floods_fill_the_memory) {
     pipeline_fixture fixture;
-    fixture.add("flood 100000@n=1");
+    fixture.add("flood 100000@nth=1");
     fixture.add("flood 100@p=0.5");
     EXPECT_LE(fixture.out(gravity).size(), 300'000U);
 }

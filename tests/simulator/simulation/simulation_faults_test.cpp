@@ -32,7 +32,7 @@ TEST(a_fault, that_says_goodbye_forgets_that_client_alone) {
     simulation_fixture fixture;
     fixture.enter(1);
     fixture.enter(2);
-    fail(fixture, fault_kind::goodbye, "@op=19,n=1");
+    fail(fixture, fault_kind::goodbye, "@op=19,nth=1");
     const sent_list answers = fixture.send(2, open_request(5, 1));
     ASSERT_THAT(answers, SizeIs(2));
     EXPECT_EQ(answers[1], (sent{2, goodbye_of_the_service}));
@@ -43,10 +43,10 @@ TEST(a_fault, that_says_goodbye_forgets_that_client_alone) {
 TEST(a_fault, that_unplugs_takes_the_device_that_it_names_or_else_the_first) {
     simulation_fixture fixture;
     fixture.enter(1);
-    fail(fixture, fault_kind::unplug, "1001@op=1,n=1");
+    fail(fixture, fault_kind::unplug, "1001@op=1,nth=1");
     EXPECT_THAT(fixture.send(1, keep_alive),
                 ElementsAre(sent{1, datagram({{0xFF, 0x11, 0x04, 0x00, 0x00, 0xE9, 0x03, 0x00, 0x00}})}));
-    fail(fixture, fault_kind::unplug, "@op=1,n=1");
+    fail(fixture, fault_kind::unplug, "@op=1,nth=1");
     EXPECT_THAT(fixture.send(1, keep_alive), ElementsAre(sent{1, first_removed}));
     EXPECT_THAT(fixture.tested.devices(), IsEmpty());
 }
