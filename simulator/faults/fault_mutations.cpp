@@ -24,10 +24,8 @@ bool truncate(datagram_bytes& datagram, std::size_t size) {
 bool extend(datagram_bytes& datagram, std::size_t by, fault_random& chance) {
     const std::size_t before = datagram.size();
     const std::size_t size = std::min<std::size_t>(before + by, greatest_datagram);
-    datagram.reserve(size);
-    while (datagram.size() < size) {
-        datagram.push_back(static_cast<std::byte>(chance.below(256)));
-    }
+    datagram.resize(size);
+    chance.fill(std::span(datagram).subspan(before));
     return datagram.size() != before;
 }
 

@@ -34,7 +34,7 @@ struct patch_field {
 [[nodiscard]] bool holds_patched_field(const fault_rule& rule, const operation_place& place,
                                        communication::direction way);
 
-// What is wrong with the value, which has to be right for one of the operations that the rule is about;
+// Says what is wrong with the value, which has to be right for one of the operations that the rule is about;
 // empty where it is.
 [[nodiscard]] std::string complaint_about_value(const fault_rule& rule);
 

@@ -30,8 +30,8 @@ struct verb_result {
 // "127.0.0.1:54321".
 [[nodiscard]] std::string address_text(const peer& of);
 
-// What a fault did to a datagram, as one line: "drop 0.3: lost device_opened tag=1 device_id=1 to client
-// 127.0.0.1:54321".
+// Tells what a fault did to a datagram, as one line: "drop 0.3: lost device_opened tag=1 device_id=1 to
+// client 127.0.0.1:54321".
 [[nodiscard]] std::string note_text(const fault_note& note);
 
 // More about a fault, for the console and the options alike.

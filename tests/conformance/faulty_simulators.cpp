@@ -47,32 +47,34 @@ std::vector<wrong_service> faulty_simulators() {
         fault("drop @op=keep_alive,dir=in", {"wrong_lengths_are_refused", "keep_alives_keep_the_connection"}),
 
         // Answers that are others, or more.
-        fault("refuse 0xA1",
+        fault("error 0xA1@op=connect",
               {"connect_is_answered", "values_of_a_connect_are_free", "texts_of_a_connect_end_in_zero"}),
         // The fault refuses before the service itself looks at sender, device and body.
         fault("error 0xD0@op=orientation_get",
               {"orientation_get_is_answered", "wrong_lengths_are_refused", "strangers_are_refused",
                "unlisted_devices_are_refused", "other_device_types_are_refused",
                "unopened_devices_are_refused"}),
-        fault("retag 9", {"answers_copy_the_tag", "refusals_copy_the_tag"}),
-        fault("readdress 77", {"answers_name_the_device", "refusals_name_the_device"}),
+        fault("patch tag=9@dir=answer", {"answers_copy_the_tag", "refusals_copy_the_tag"}),
+        fault("patch device=77@dir=answer", {"answers_name_the_device", "refusals_name_the_device"}),
         fault("duplicate 1@op=orientation_get,dir=out", {"a_request_has_one_answer"}),
         fault("duplicate 1@op=connected,dir=out", {"devices_are_listed_once"}),
         // A connect that comes twice is one again, which lists the devices anew.
         fault("duplicate 1@dir=in", {"devices_are_listed_once", "a_request_has_one_answer"}),
 
         // Answers that no client can read, so that the request has none.
-        fault("bad-magic @op=orientation_get,dir=out",
+        fault("patch header.magic=other@op=orientation_get,dir=out",
               {"orientation_get_is_answered", "headers_have_magic_and_version"}),
-        fault("bad-version @op=orientation_get,dir=out",
+        fault("patch header.version=other@op=orientation_get,dir=out",
               {"orientation_get_is_answered", "headers_have_magic_and_version"}),
-        fault("bad-operation @op=orientation_get,dir=out",
+        fault("patch op.magic=other@op=orientation_get,dir=out",
               {"orientation_get_is_answered", "records_have_their_magic"}),
-        fault("unknown-operation @op=orientation_get,dir=out",
+        fault("patch op.code=other@op=orientation_get,dir=out",
               {"orientation_get_is_answered", "operations_are_those_of_the_table"}),
-        fault("lying-operation @op=orientation_get,dir=out",
-              {"orientation_get_is_answered", "operations_are_those_of_the_table"}),
-        fault("short-body @op=orientation_get,dir=out",
+        {"patch op.code=other, op.length=65535",
+         {{"patch op.length=65535@op=orientation_get,dir=out",
+           "patch op.code=other@op=orientation_get,dir=out"}},
+         {"orientation_get_is_answered", "operations_are_those_of_the_table"}},
+        fault("cut 1@op=orientation_get,dir=out",
               {"orientation_get_is_answered", "bodies_have_their_length"}),
         fault("truncate 12@op=orientation_get,dir=out",
               {"orientation_get_is_answered", "datagrams_hold_whole_operations"}),
@@ -80,15 +82,16 @@ std::vector<wrong_service> faulty_simulators() {
               {"orientation_get_is_answered", "datagrams_hold_whole_operations"}),
         fault("truncate 20@op=connected,dir=out",
               {"connect_is_answered", "values_of_a_connect_are_free", "datagrams_hold_whole_operations"}),
-        fault("oversize 2049@op=orientation_get,dir=out",
+        fault("extend 2018@op=orientation_get,dir=out",
               {"orientation_get_is_answered", "datagrams_fit_the_buffer"}),
 
         // Answers with more behind them, which clients read.
         fault("extend 3@op=orientation_get,dir=out", {"datagrams_hold_whole_operations"}),
         // Nine bytes are enough for a record, which random bytes do not begin as one does.
         fault("extend 9@op=orientation_get,dir=out", {"records_have_their_magic"}),
-        fault("bad-between @op=orientation_get,dir=out",
-              {"a_request_has_one_answer", "operations_are_those_of_the_table"}),
+        fault("insert ff57000000@op=orientation_get,dir=out", {"operations_are_those_of_the_table"}),
+        // A client goes by what the operation needs.
+        fault("patch op.length=65535@op=orientation_get,dir=out", {"datagrams_hold_whole_operations"}),
     };
 }
 

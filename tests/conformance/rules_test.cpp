@@ -121,7 +121,7 @@ TEST(settings_of_a_device, are_as_before_when_a_rule_about_them_fails) {
 }
 
 TEST(a_service, is_known_by_any_answer) {
-    for (const char* fault : {"heal", "drop @op=connected,dir=out", "bad-magic @dir=out"}) {
+    for (const char* fault : {"heal", "drop @op=connected,dir=out", "patch header.magic=other@dir=out"}) {
         tampered_service service({{fault}});
         surroundings around = service.surroundings();
         EXPECT_NO_THROW(expect_service(around)) << fault;
@@ -141,8 +141,9 @@ TEST(a_service, is_not_there_when_nothing_comes_or_others_take_all_room) {
         return std::string();
     };
     EXPECT_EQ(reason("drop @dir=in"), "nobody answers at the port");
-    EXPECT_EQ(reason("refuse 0xB2"), "the service has no room for another client: service_error 178 (another "
-                                     "client is already connected), tag 0, device 0");
+    EXPECT_EQ(reason("error 0xB2@op=connect"),
+              "the service has no room for another client: service_error 178 (another "
+              "client is already connected), tag 0, device 0");
 }
 
 } // namespace

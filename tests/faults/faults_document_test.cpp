@@ -87,7 +87,8 @@ TEST(the_changes, say_what_became_of_every_old_word) {
     for (const auto& old : vantu::orvanta::simulator::old_words) {
         expected.push_back({in_code(old.name), in_code(old.now)});
     }
-    EXPECT_THAT(table_under(DOCS_FOLDER "/../CHANGELOG.md", "### The words of faults"), testing::ElementsAreArray(expected));
+    EXPECT_THAT(table_under(DOCS_FOLDER "/../CHANGELOG.md", "### The words of faults"),
+                testing::ElementsAreArray(expected));
 }
 
 TEST(faults_document, shows_what_a_client_meets_as_it_is_tested) {

@@ -141,7 +141,7 @@ TEST(settings, have_the_faults_of_the_start) {
     service_simulator service(wanted);
     const auto rules = service.rules();
     ASSERT_EQ(rules.size(), 3U);
-    EXPECT_EQ(rules[1].text, "unplug 1001@n=1");
+    EXPECT_EQ(rules[1].text, "unplug 1001@nth=1");
     EXPECT_EQ(service.devices().size(), 2U);
     simulated_client client(service);
     ASSERT_EQ(client.connect(), 0);

@@ -91,7 +91,7 @@ TEST(the_devices, count_on_after_they_were_unplugged) {
 
 TEST(the_rules, are_told_with_their_counts) {
     service_simulator service(by_hand());
-    service.command("drop @op=device_open,n=2");
+    service.command("drop @op=device_open,nth=2");
     service.command("delay 5@dir=in");
     simulated_client client(service);
     service.command("heal delay");
@@ -101,7 +101,7 @@ TEST(the_rules, are_told_with_their_counts) {
     wait_until([&] { return service.happened("drop") == 1; }, [&] { client.poll(); });
     const auto rules = service.rules();
     ASSERT_EQ(rules.size(), 1U);
-    EXPECT_EQ(rules[0].text, "drop @op=18,n=2");
+    EXPECT_EQ(rules[0].text, "drop @op=18,nth=2");
     EXPECT_EQ(rules[0].fitted, 2U);
     EXPECT_EQ(rules[0].happened, 1U);
 }
@@ -113,8 +113,8 @@ TEST(the_operations, are_counted_by_name_or_code_where_no_fault_keeps_them) {
     EXPECT_EQ(service.operations(direction::in, "connect"), 1U);
     EXPECT_EQ(service.operations(direction::out, "connected"), 1U);
     EXPECT_EQ(service.operations(direction::out, "device_added"), 2U);
-    service.command("drop @op=device_open,n=1");
-    service.command("drop @op=device_opened,n=1");
+    service.command("drop @op=device_open,nth=1");
+    service.command("drop @op=device_opened,nth=1");
     ASSERT_EQ(vantu_orvanta_device_open(client.context(), 1, 2, 0), 0);
     wait_until([&] { return service.count().received == 2; }, [&] { client.poll(); });
     EXPECT_EQ(service.operations(direction::in, "device_open"), 0U);

@@ -120,7 +120,7 @@ TEST(options, take_faults_in_the_order_of_the_command_line) {
 
 TEST(options, let_what_could_happen_at_once_wait_for_a_datagram) {
     EXPECT_THAT(faults_of({"--restart", "--silence", "20", "--goodbye", "@op=4"}),
-                ElementsAre("restart @n=1", "silence 20@n=1", "goodbye @op=4"));
+                ElementsAre("restart @nth=1", "silence 20@nth=1", "goodbye @op=4"));
 }
 
 TEST(options, take_the_example_of_every_fault) {

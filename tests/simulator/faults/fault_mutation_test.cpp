@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <set>
 
 namespace {
 
@@ -21,7 +22,7 @@ struct mutated {
     bytes content;
 };
 
-// What a line like "truncate 17@op=66" makes of a datagram to a client.
+// Shows what a line like "truncate 17@op=66" makes of a datagram to a client.
 mutated mutated_by(std::string_view line, const bytes& content, std::uint64_t seed = 1) {
     const fault_row* const row = find_fault(vantu::orvanta::take_word(line));
     const fault_rule rule = parse_fault(row->kind, line);
@@ -233,6 +234,21 @@ TEST(fault_random, draws_the_same_numbers_everywhere) {
     const std::array<std::uint64_t, 4> drawn{chance.below(1000), chance.below(1000), chance.below(1000),
                                              chance.below(1000)};
     EXPECT_THAT(drawn, testing::ElementsAre(490, 562, 279, 186));
+}
+
+TEST(fault_random, fills_bytes_of_any_number_with_the_same_chance) {
+    fault_random chance(42, {3});
+    fault_random again(42, {3});
+    std::vector<std::byte> long_one(20);
+    std::vector<std::byte> short_one(3);
+    chance.fill(long_one);
+    again.fill(short_one);
+    EXPECT_EQ(short_one, std::vector<std::byte>(long_one.begin(), long_one.begin() + 3));
+    EXPECT_GT(std::set<std::byte>(long_one.begin(), long_one.end()).size(), 10U);
+    fault_random numbers(42, {3});
+    const std::uint64_t first = numbers.below(0xFFFFFFFFFFFFFFFF);
+    EXPECT_EQ(long_one[0], static_cast<std::byte>(first));
+    EXPECT_EQ(long_one[7], static_cast<std::byte>(first >> 56U));
 }
 
 TEST(fault_random, differs_by_seed_and_by_number) {

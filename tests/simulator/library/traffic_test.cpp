@@ -111,7 +111,7 @@ TEST_F(traffic, is_traced_a_line_a_datagram) {
 
 TEST_F(traffic, is_traced_with_the_fault_that_happens_to_a_datagram_as_it_was_before) {
     settings.rate_hz = 100;
-    settings.faults = {"drop @op=device_open,n=2", "truncate 9@op=device_opened", "drop @op=33,n=3"};
+    settings.faults = {"drop @op=device_open,nth=2", "truncate 9@op=device_opened", "drop @op=33,nth=3"};
     start();
     test_client client("127.0.0.1", service->port());
     connect(client);
@@ -126,7 +126,7 @@ TEST_F(traffic, is_traced_with_the_fault_that_happens_to_a_datagram_as_it_was_be
                     "0.000000 out " + known + "device_opened tag=1 device_id=1 <- truncate 9@op=19",
                     "0.000000 out " + known + "[3 bytes left]",
                     "0.000000 in  " + known + "device_open tag=1 device_id=1 value=0",
-                    "0.000000 in  " + known + "device_open tag=1 device_id=1 value=0 <- drop @op=18,n=2"));
+                    "0.000000 in  " + known + "device_open tag=1 device_id=1 value=0 <- drop @op=18,nth=2"));
     lines.clear();
     service->advance(40ms);
     ASSERT_EQ(lines.size(), 5U);
@@ -134,13 +134,14 @@ TEST_F(traffic, is_traced_with_the_fault_that_happens_to_a_datagram_as_it_was_be
     EXPECT_THAT(lines[0], testing::StartsWith("0.000100 out "));
     EXPECT_THAT(lines[1], testing::StartsWith("0.010000 out "));
     EXPECT_THAT(lines[2], testing::StartsWith("0.020000 out "));
-    EXPECT_THAT(lines[2], testing::EndsWith(" <- drop @op=33,n=3"));
+    EXPECT_THAT(lines[2], testing::EndsWith(" <- drop @op=33,nth=3"));
     EXPECT_THAT(lines[3], testing::StartsWith("0.030000 out "));
     EXPECT_THAT(lines[3], Not(HasSubstr("<-")));
 }
 
 TEST_F(traffic, is_captured_as_the_client_sent_and_received_it) {
-    settings.faults = {"drop @op=device_open,n=2", "drop @op=device_opened,n=2", "inject 1@op=device_closed"};
+    settings.faults = {"drop @op=device_open,nth=2", "drop @op=device_opened,nth=2",
+                       "inject 1@op=device_closed"};
     start();
     test_client client("127.0.0.1", service->port());
     std::vector<bytes> in;

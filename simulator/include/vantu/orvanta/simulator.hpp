@@ -127,10 +127,11 @@ class service_simulator {
     // The same seed, settings and datagrams at the same times give the same bytes.
     [[nodiscard]] std::uint64_t seed() const noexcept;
 
-    // What the scenario says that it shows; empty without one.
+    // The scenario's own word on its subject; empty without one.
     [[nodiscard]] const std::string& about() const noexcept;
 
-    // Verbs of the scenario that could not be done so far. Each is shown in a line that begins with "error: ".
+    // Verbs of the scenario that could not be done so far. Each is shown in a line that begins with "error:
+    // ".
     [[nodiscard]] std::size_t failed_steps() const;
 
     // Does at once what a line of the control console says ("help" lists the verbs) and returns what it
