@@ -1,6 +1,7 @@
 #include "simulator/simulation/send_syntax.hpp"
 
 #include "shared/field_text.hpp"
+#include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/communication/fields.hpp"
@@ -18,16 +19,16 @@ namespace vantu::orvanta::simulator {
 namespace {
 
 using namespace communication;
-using byte_list = std::vector<std::byte>;
+using sent_bytes = std::vector<std::byte>;
 
-constexpr std::string_view example = "as in 'send device_block_reply device_id=1'";
+constexpr std::string_view example_of_send = "as in 'send device_block_reply device_id=1'";
 
-[[noreturn]] void refuse(const std::string& what) {
+[[noreturn]] void refuse_to_send(const std::string& what) {
     throw std::invalid_argument("send: " + what);
 }
 
-std::optional<byte_list> hexadecimal(std::string_view text) {
-    byte_list bytes(text.size() / 2);
+std::optional<sent_bytes> bytes_of(std::string_view text) {
+    sent_bytes bytes(text.size() / 2);
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         std::uint8_t byte = 0;
         const char* const begin = text.data() + 2 * i;
@@ -44,7 +45,7 @@ std::uint64_t number_of(std::string_view key, std::string_view text, std::uint64
                         std::uint64_t greatest) {
     const auto number = whole_number(text);
     if (!number || *number < least || *number > greatest) {
-        refuse(
+        refuse_to_send(
             formatted("{} is '{}'; a whole number from {} to {} would be right", key, text, least, greatest));
     }
     return *number;
@@ -60,9 +61,8 @@ const operation& operation_to_clients(std::string_view name) {
             names.push_back(row.name);
         }
     }
-    refuse(
-        formatted("'{}' is neither bytes in hexadecimal nor an operation to clients; {} would be right, {}",
-                  name, nearest_word(name, names), example));
+    refuse_to_send(formatted("'{}' is neither bytes in hexadecimal nor an operation to clients{}, {}", name,
+                             hint_for(name, names), example_of_send));
 }
 
 std::string names_of(std::span<const field> fields) {
@@ -73,21 +73,22 @@ std::string names_of(std::span<const field> fields) {
     return names;
 }
 
-void write_tail(const operation& row, std::string_view text, byte_list& body) {
-    const auto tail = hexadecimal(text);
+void write_tail(const operation& row, std::string_view text, sent_bytes& body) {
+    const auto tail = bytes_of(text);
     if (!tail || tail->size() > std::numeric_limits<std::uint8_t>::max()) {
-        refuse(formatted("tail is '{}'; at most 255 bytes in hexadecimal would be right", text));
+        refuse_to_send(formatted("tail is '{}'; at most 255 bytes in hexadecimal would be right", text));
     }
     body.resize(row.body_size);
     body.back() = static_cast<std::byte>(tail->size());
     body.insert(body.end(), tail->begin(), tail->end());
 }
 
-void write_field(const operation& row, std::string_view name, std::string_view text, byte_list& body) {
+void write_field(const operation& row, std::string_view name, std::string_view text, sent_bytes& body) {
     const auto fields = fields_of(row.code, row.way);
     const auto found = named_value(fields, name);
     if (!found) {
-        refuse(formatted("{} has no field '{}'; {} would be right", row.name, name, names_of(fields)));
+        refuse_to_send(
+            formatted("{} has no field '{}'; {} would be right", row.name, name, names_of(fields)));
     }
     if (found->what.type == field_type::tail) {
         return write_tail(row, text, body);
@@ -95,13 +96,13 @@ void write_field(const operation& row, std::string_view name, std::string_view t
     try {
         write_value(found->what, text, std::span(body).subspan(found->offset, size_of(found->what)));
     } catch (const std::invalid_argument& wrong) {
-        refuse(wrong.what());
+        refuse_to_send(wrong.what());
     }
 }
 
-byte_list datagram_of(const operation& row, std::uint8_t tag, const byte_list& body) {
+sent_bytes datagram_of(const operation& row, std::uint8_t tag, const sent_bytes& body) {
     const proto::op record{proto::op_magic, row.code, static_cast<std::uint16_t>(body.size()), tag};
-    byte_list datagram(sizeof proto::datagram_header + sizeof record);
+    sent_bytes datagram(sizeof proto::datagram_header + sizeof record);
     std::memcpy(datagram.data(), &proto::datagram_header, sizeof proto::datagram_header);
     std::memcpy(datagram.data() + sizeof proto::datagram_header, &record, sizeof record);
     datagram.insert(datagram.end(), body.begin(), body.end());
@@ -113,12 +114,13 @@ byte_list datagram_of(const operation& row, std::uint8_t tag, const byte_list& b
 send_command read_send(std::string_view rest) {
     const std::string_view first = take_word(rest);
     if (first.empty()) {
-        refuse(formatted("there is no operation; one of those to clients would be right, {}", example));
+        refuse_to_send(
+            formatted("there is no operation; one of those to clients would be right, {}", example_of_send));
     }
     send_command made;
-    const auto raw = hexadecimal(first);
+    const auto raw = bytes_of(first);
     const operation* const row = raw ? nullptr : &operation_to_clients(first);
-    byte_list body(row != nullptr ? row->body_size : 0);
+    sent_bytes body(row != nullptr ? row->body_size : 0);
     std::uint8_t tag = 0;
     for (std::string_view word = take_word(rest); !word.empty(); word = take_word(rest)) {
         const std::size_t sign = std::min(word.find('='), word.size());
@@ -127,7 +129,7 @@ send_command read_send(std::string_view rest) {
         if (key == "client") {
             made.client = number_of(key, value, 1, std::numeric_limits<std::uint32_t>::max());
         } else if (row == nullptr) {
-            refuse(formatted("'{}' is too much; after bytes client=N alone would be right", word));
+            refuse_to_send(formatted("'{}' is too much; after bytes client=N alone would be right", word));
         } else if (key == "tag") {
             tag =
                 static_cast<std::uint8_t>(number_of(key, value, 0, std::numeric_limits<std::uint8_t>::max()));
@@ -137,8 +139,8 @@ send_command read_send(std::string_view rest) {
     }
     made.datagram = raw ? *raw : datagram_of(*row, tag, body);
     if (made.datagram.size() > longest_sent_datagram) {
-        refuse(formatted("these are {} bytes; at most {} would be right", made.datagram.size(),
-                         longest_sent_datagram));
+        refuse_to_send(formatted("these are {} bytes; at most {} would be right", made.datagram.size(),
+                                 longest_sent_datagram));
     }
     return made;
 }
