@@ -1,5 +1,6 @@
 #include "simulator/library/snapshots.hpp"
 
+#include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
 #include "simulator/simulation/verbs.hpp"
 #include "vantu/orvanta/common/format.hpp"
@@ -87,10 +88,9 @@ operation_name operation_named(service_simulator::direction way, std::string_vie
         }
         names.push_back(row.name);
     }
-    throw std::invalid_argument(
-        formatted("'{}' is no operation that goes {}; {} would be right", without_control_characters(text),
-                  way == service_simulator::direction::in ? "to the service" : "to clients",
-                  nearest_word(text, names)));
+    throw std::invalid_argument(formatted(
+        "'{}' is no operation that goes {}{}", without_control_characters(text),
+        way == service_simulator::direction::in ? "to the service" : "to clients", hint_for(text, names)));
 }
 
 } // namespace vantu::orvanta::simulator

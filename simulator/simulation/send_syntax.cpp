@@ -1,6 +1,7 @@
 #include "simulator/simulation/send_syntax.hpp"
 
 #include "shared/field_text.hpp"
+#include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/communication/fields.hpp"
@@ -60,9 +61,8 @@ const operation& operation_to_clients(std::string_view name) {
             names.push_back(row.name);
         }
     }
-    refuse(
-        formatted("'{}' is neither bytes in hexadecimal nor an operation to clients; {} would be right, {}",
-                  name, nearest_word(name, names), example));
+    refuse(formatted("'{}' is neither bytes in hexadecimal nor an operation to clients{}, {}", name,
+                     hint_for(name, names), example));
 }
 
 std::string names_of(std::span<const field> fields) {
