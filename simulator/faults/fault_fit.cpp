@@ -73,6 +73,9 @@ std::optional<operation_place> chosen_operation(const fault_rule& rule, std::spa
             continue;
         }
         const operation* const row = find_operation(place.code, way);
+        if (rule.answers && (row == nullptr || !answers_a_request(*row))) {
+            continue;
+        }
         const bool refused = row_of(rule.kind).act == fault_act::refusal;
         if (refused ? row != nullptr && can_be_refused(rule, *row)
                     : rule.kind != fault_kind::patch || holds_patched_field(rule, place, way)) {

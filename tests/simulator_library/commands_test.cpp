@@ -45,7 +45,7 @@ TEST(a_command, shows_what_it_has_to_show) {
     EXPECT_EQ(service.command("plug orvanta3"), "plugged in 2\n");
     EXPECT_EQ(service.count().devices, 3U);
     EXPECT_EQ(service.command("drop 0.5"), "");
-    EXPECT_THAT(service.status(), HasSubstr("drop @p=0.5"));
+    EXPECT_THAT(service.status(), HasSubstr("drop 0.5"));
     EXPECT_EQ(service.command("status"), service.status());
     EXPECT_EQ(service.command("heal"), "");
     EXPECT_THAT(service.command("help"), HasSubstr("truncate"));

@@ -66,7 +66,7 @@ const option_of_a_setting options_of_settings[]{
     {"--seed", "18446744073709551615", [](const auto& set) { return set.seed == 18446744073709551615U; }},
     {"--capture", "a file", [](const auto& set) { return set.capture_path == "a file"; }},
     {"--scenario", "a file", [](const auto& set) { return set.scenario_path == "a file"; }},
-    {"--drop", "0.5", [](const auto& set) { return set.faults == std::vector<std::string>{"drop @p=0.5"}; }},
+    {"--drop", "0.5", [](const auto& set) { return set.faults == std::vector<std::string>{"drop 0.5"}; }},
 };
 
 TEST(options, become_settings_of_the_library) {
