@@ -190,9 +190,11 @@ TEST_F(traffic, has_the_time_of_each_datagram_on_both_clocks) {
     const std::uint64_t system_before = system_now_ns();
     connect();
     EXPECT_EQ(poll_after(datagram({op(2, 1)})), vantu_orvanta_success);
+    service.expect(datagram({op(64, 1, id_5)}));
+    EXPECT_EQ(vantu_orvanta_config_save_request(context, 5, 1), vantu_orvanta_success);
     const auto steady_after = static_cast<std::uint64_t>(vantu::orvanta::platform::steady_now_ns());
     const auto entries = told.entries();
-    ASSERT_EQ(entries.size(), 3U);
+    ASSERT_EQ(entries.size(), 4U);
     std::uint64_t steady_last = steady_before;
     std::uint64_t system_last = system_before;
     for (const auto& one : entries) {
