@@ -66,6 +66,8 @@ constexpr std::array command_rows{
     command_row{"doctor", words_kind::none, "", "find out what keeps a device from working, and what to do",
                 of_one_device, diagnose},
     command_row{
+        "replay", words_kind::file, "FILE", "show what the library makes of a capture", {}, replay_capture},
+    command_row{
         "version", words_kind::none, "", "print the versions of program and library", {}, show_version},
 };
 

@@ -12,10 +12,6 @@
 
 namespace vantu::orvanta::ctl {
 
-// The datagram as a capture keeps it. Where the library has the beginning of a larger one that it dropped,
-// zeros stand for the rest: one where the length is not known.
-[[nodiscard]] captured_datagram captured(const vantu_orvanta_traffic& told);
-
 class traffic_recorder {
   public:
     // Begins the file anew. Throws failure_with_status (refused).

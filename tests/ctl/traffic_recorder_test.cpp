@@ -1,5 +1,6 @@
 // Datagrams that the library tells, as captures keep them.
 #include "ctl/report/exit_status.hpp"
+#include "ctl/service/captured_traffic.hpp"
 #include "ctl/service/traffic_recorder.hpp"
 #include "ctl/support/capture_lines.hpp"
 #include "support/scratch_folder.hpp"
