@@ -87,7 +87,7 @@ json value_of(const event_field& one) {
     return all;
 }
 
-// What an outcome is, without its time.
+// An outcome without its time.
 std::string text_of(const replayed_connection& made) {
     std::string ids;
     for (const std::uint32_t id : made.device_ids) {

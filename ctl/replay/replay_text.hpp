@@ -15,7 +15,7 @@ namespace vantu::orvanta::ctl {
 // {"time", "client"} and one of "connected", "event" with its parts, and "rejected".
 [[nodiscard]] nlohmann::ordered_json document_of(const replayed& one);
 
-// Of the counts at the end.
+// The counts at the end.
 [[nodiscard]] std::string line_of(const replay_counts& counts);
 [[nodiscard]] nlohmann::ordered_json document_of(const replay_counts& counts);
 

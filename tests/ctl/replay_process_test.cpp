@@ -27,7 +27,7 @@ std::vector<std::string> outcomes_in(const std::string& printed) {
     return lines;
 }
 
-// Of `get torque-scaling`, with device 5; the service's answer to its second question is damaged.
+// Captures of two commands with device 5: one whole, one with an answer that is cut short.
 class a_replay : public testing::Test {
   protected:
     a_replay() {
