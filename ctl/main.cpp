@@ -4,8 +4,10 @@
 #include "ctl/report/exit_status.hpp"
 #include "ctl/report/interruption.hpp"
 #include "ctl/report/output.hpp"
+#include "ctl/service/traffic_recorder.hpp"
 
 #include <exception>
+#include <memory>
 
 namespace vantu::orvanta::ctl {
 namespace {
@@ -14,10 +16,30 @@ int status_number(exit_status status) {
     return static_cast<int>(status);
 }
 
+// A capture that fails is the command's failure, unless it has one of its own.
+void run_with_capture(request& asked, output& out) {
+    asked.recorder = std::make_shared<traffic_recorder>(asked.capture);
+    try {
+        asked.command->run(asked, out);
+    } catch (...) {
+        if (const auto failed = asked.recorder->finish()) {
+            out.note(*failed);
+        }
+        throw;
+    }
+    if (const auto failed = asked.recorder->finish()) {
+        throw failure_with_status(exit_status::refused, *failed);
+    }
+}
+
 void execute(int argument_count, const char* const* arguments, output& out) {
     try {
-        const request asked = parse(argument_count, arguments);
-        asked.command->run(asked, out);
+        request asked = parse(argument_count, arguments);
+        if (asked.capture.empty()) {
+            asked.command->run(asked, out);
+        } else {
+            run_with_capture(asked, out);
+        }
     } catch (const help_asked& shown) {
         output::write(shown.text);
     }

@@ -22,6 +22,8 @@ constexpr std::array option_rows{
     option_row{format, "--format", "FORMAT",
                "live (only on a terminal, the default there), lines, csv or json"},
     option_row{plot, "--plot", "FILE", "write a picture of the curves, in SVG"},
+    option_row{capture, "--capture", "FILE",
+               "write the datagrams of both sides into a file in the pcap format"},
     option_row{timeout, "--timeout", "TIME", "the longest time of the whole command, as in 500ms or 2s"},
     option_row{json, "--json", "", "print results as JSON, one document a line, and errors too"},
     option_row{verbose, "-v", "", "print the library's log on standard error"},
@@ -35,14 +37,15 @@ constexpr std::array format_rows{
 };
 
 constexpr std::array of_each_command{timeout, json, verbose};
-constexpr std::array of_one_device{device};
-constexpr std::array of_set{device, save, dry_run};
-constexpr std::array of_restore{device, save, dry_run, other_device};
-constexpr std::array of_wait{device, duration};
-constexpr std::array of_watch{device, duration, rate, format, plot};
+constexpr std::array of_the_service{capture};
+constexpr std::array of_one_device{device, capture};
+constexpr std::array of_set{device, save, dry_run, capture};
+constexpr std::array of_restore{device, save, dry_run, other_device, capture};
+constexpr std::array of_wait{device, duration, capture};
+constexpr std::array of_watch{device, duration, rate, format, plot, capture};
 
 constexpr std::array command_rows{
-    command_row{"list", words_kind::none, "", "list the devices", {}, list_devices},
+    command_row{"list", words_kind::none, "", "list the devices", of_the_service, list_devices},
     command_row{"info", words_kind::none, "", "show all that is known of a device", of_one_device,
                 show_device},
     command_row{"get", words_kind::keys, "[KEY...]",
@@ -62,6 +65,8 @@ constexpr std::array command_rows{
                 of_wait, wait_for_event},
     command_row{"doctor", words_kind::none, "", "find out what keeps a device from working, and what to do",
                 of_one_device, diagnose},
+    command_row{
+        "replay", words_kind::file, "FILE", "show what the library makes of a capture", {}, replay_capture},
     command_row{
         "version", words_kind::none, "", "print the versions of program and library", {}, show_version},
 };

@@ -23,6 +23,7 @@ enum class option_id : std::uint8_t {
     rate,
     format,
     plot,
+    capture,
     timeout,
     json,
     verbose,

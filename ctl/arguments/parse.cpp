@@ -68,6 +68,9 @@ void add_option(CLI::App& to, const option_row& row, request& into) {
     case option_id::plot:
         to.add_option(name, into.plot);
         return;
+    case option_id::capture:
+        to.add_option(name, into.capture);
+        return;
     case option_id::timeout:
         add_time(into.timeout);
         return;

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 namespace vantu::orvanta::ctl {
 
 struct command_row;
+class traffic_recorder;
 
 enum class watch_format : std::uint8_t { live, lines, csv, json };
 
@@ -24,7 +26,9 @@ struct request {
     std::optional<std::chrono::nanoseconds> duration; // empty: without end
     std::optional<double> rate_hz;
     std::optional<watch_format> format;
-    std::string plot; // the path of a picture; empty: none
+    std::string plot;                           // the path of a picture; empty: none
+    std::string capture;                        // the path of a capture; empty: none
+    std::shared_ptr<traffic_recorder> recorder; // of that capture; null: none, or not begun
     std::chrono::nanoseconds timeout{std::chrono::seconds(2)};
     bool json{false};
     bool verbose{false};

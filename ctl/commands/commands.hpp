@@ -16,6 +16,7 @@ void restore(const request& asked, output& out);
 void show_differences(const request& asked, output& out);
 void wait_for_event(const request& asked, output& out);
 void watch_device(const request& asked, output& out);
+void replay_capture(const request& asked, output& out);
 void diagnose(const request& asked, output& out);
 void show_version(const request& asked, output& out);
 void print_candidates(const request& asked, output& out);

@@ -79,6 +79,7 @@ void add_values(candidates& to, const option_row& option, const std::string& pre
         }
         return;
     case option_id::plot:
+    case option_id::capture:
         to.files = prefix.empty();
         return;
     case option_id::rate:

@@ -1,6 +1,7 @@
 #include "ctl/service/connection.hpp"
 
 #include "ctl/service/device_choice.hpp"
+#include "ctl/service/traffic_recorder.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -22,6 +23,9 @@ session::options options_for(const request& asked, session::callbacks told) {
         wanted.log = log_to_standard_error;
     } else {
         wanted.log = [](vantu_orvanta_log_level, const char*) {};
+    }
+    if (asked.recorder != nullptr) {
+        wanted.traffic = [to = asked.recorder](const vantu_orvanta_traffic& datagram) { to->take(datagram); };
     }
     return wanted;
 }

@@ -1,6 +1,7 @@
 #include "ctl/watch/plot_file.hpp"
 
 #include "ctl/report/exit_status.hpp"
+#include "ctl/report/regular_file.hpp"
 #include "shared/durable_file.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
@@ -12,11 +13,7 @@
 namespace vantu::orvanta::ctl {
 
 void check_writable(const std::string& path) {
-    std::error_code ignored;
-    const auto kind = std::filesystem::symlink_status(path, ignored).type();
-    if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found) {
-        throw failure_with_status(exit_status::refused, formatted("{}: this is no regular file", path));
-    }
+    expect_regular_file(path);
     const std::string temporary = path + ".new";
     errno = 0;
     if (!std::ofstream(temporary, std::ios::binary | std::ios::app)) {
@@ -24,6 +21,7 @@ void check_writable(const std::string& path) {
         throw failure_with_status(exit_status::refused,
                                   formatted("cannot create {}: {}", temporary, why.message()));
     }
+    std::error_code ignored;
     std::filesystem::remove(temporary, ignored);
 }
 

@@ -66,6 +66,7 @@ std::string no_valid_interface(const std::string& host, const std::string& port)
 
 void prepare_receive(receive_record& record) {
     record.from_length = address_room;
+    record.dropped = {};
     record.buffer.compact();
 }
 

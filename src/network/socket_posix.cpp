@@ -72,10 +72,11 @@ int receive_once(int descriptor, receive_record& record) {
         if (length < 0) {
             return errno;
         }
+        record.from_length = static_cast<std::int32_t>(from_length);
         if (static_cast<std::size_t>(length) > room) {
+            record.dropped = {static_cast<std::uint32_t>(room), static_cast<std::uint32_t>(length)};
             return EMSGSIZE;
         }
-        record.from_length = static_cast<std::int32_t>(from_length);
         record.buffer.skip_write(static_cast<std::uint64_t>(length));
         return 0;
     }

@@ -156,6 +156,11 @@ socket_status commit(receive_record& record, DWORD length) {
     return socket_status::ok;
 }
 
+// The datagram was larger than the room, which is full.
+void note_dropped(receive_record& record) {
+    record.dropped = {static_cast<std::uint32_t>(record.buffer.write_len()), 0};
+}
+
 DWORD milliseconds_left(const wait_limit& limit) {
     return limit.without_end ? INFINITE : platform::milliseconds_until(limit.deadline_ns);
 }
@@ -293,6 +298,9 @@ receive_result try_receive(socket_handle socket, receive_record& record) {
     if (error == WSAECONNRESET) {
         return {socket_status::connection_reset, 0};
     }
+    if (error == WSAEMSGSIZE) {
+        note_dropped(record);
+    }
     return {socket_status::os_error, static_cast<std::uint32_t>(error)};
 }
 
@@ -343,6 +351,9 @@ socket_status get_overlapped_result(socket_handle socket, receive_record& record
                 (void)take_back(socket, record);
             }
             disarm(record);
+        }
+        if (result.error == ERROR_MORE_DATA) {
+            note_dropped(record);
         }
         if (!is_port_closed(result.error)) {
             log_here(log_level::warning, failure_text(unable_to_get_result, error_text(result.error)));

@@ -6,6 +6,7 @@
 #include "network/socket_waiter.hpp"
 #include "runtime/idle_task.hpp"
 #include "shared_socket.hpp"
+#include "traffic.hpp"
 #include "vantu/orvanta/orvanta.h"
 
 #include <atomic>
@@ -21,6 +22,7 @@
 // Locks are taken in the order mutex, then the devices' mutex.
 struct vantu_orvanta_context {
     vantu::orvanta::shared_socket socket;
+    vantu::orvanta::traffic_tap traffic; // beside the socket: both are looked at by each call
     vantu::orvanta::endpoint service;
     std::string client_address_text;
     std::uint32_t process_id{0};

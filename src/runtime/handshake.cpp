@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
+#include <span>
 #include <utility>
 
 namespace vantu::orvanta {
@@ -39,14 +41,38 @@ std::string without_final_zero(std::string text) {
     return text;
 }
 
-// Sends the request and waits for one datagram in answer, which comes into the emptied receive buffer.
+// The datagrams of one attempt, told when it ends, with whatever outcome and without a lock.
+class told_exchange {
+  public:
+    explicit told_exchange(traffic_tap& to) : to_(to) {}
+    ~told_exchange() {
+        request.tell(to_);
+        reply.tell(to_);
+    }
+    told_exchange(const told_exchange&) = delete;
+    told_exchange& operator=(const told_exchange&) = delete;
+
+    noted_datagram request;
+    noted_datagram reply;
+
+  private:
+    traffic_tap& to_;
+};
+
+// Sends the request and waits for one datagram in answer, which comes into the emptied receive buffer. What
+// is told is null when nobody listens.
 std::int32_t exchange_request(vantu_orvanta_context& context, socket_handle socket, const endpoint& service,
-                              const introduction& client) {
+                              const introduction& client, told_exchange* told) {
     byte_buffer request(constants::mode_write);
     compose_connect(request, client, platform::process_id(), version.version_text);
+    const std::span<const std::byte> bytes{request.unread(), request.read_len()};
+    const moment before = told == nullptr ? moment{} : moment_now();
     socket_status status = send_packet(socket, request, service);
     if (status != socket_status::ok) {
         return client_code_from_socket_status(status);
+    }
+    if (told != nullptr) {
+        told->request.note_sent(before, socket, bytes, service);
     }
     context.connection.receive_buffer().reset();
     status = recv_packet_overlapped(socket, context.receive);
@@ -54,6 +80,9 @@ std::int32_t exchange_request(vantu_orvanta_context& context, socket_handle sock
         constexpr std::uint64_t longest = std::numeric_limits<std::int64_t>::max();
         const auto timeout_ns = static_cast<std::int64_t>(std::min(client.reply_timeout_ns, longest));
         status = get_overlapped_result(socket, context.receive, timeout_ns);
+        if (told != nullptr && (status == socket_status::ok || context.receive.dropped.length != 0)) {
+            told->reply.note_received(socket, context.receive);
+        }
     }
     return client_code_from_socket_status(status);
 }
@@ -80,7 +109,8 @@ std::int32_t accept(vantu_orvanta_context& context, socket_guard& socket, const 
 }
 
 std::int32_t attempt(vantu_orvanta_context& context, const std::string& client_port,
-                     const std::string& service_port, const introduction& client, rejection& rejected) {
+                     const std::string& service_port, const introduction& client, rejection& rejected,
+                     told_exchange* told) {
     const std::lock_guard lock(context.mutex);
     if (context.socket.is_open()) {
         return vantu_orvanta_invalid_connection_state;
@@ -97,7 +127,7 @@ std::int32_t attempt(vantu_orvanta_context& context, const std::string& client_p
     if (service.status != socket_status::ok) {
         return client_code_from_socket_status(service.status);
     }
-    if (const std::int32_t code = exchange_request(context, socket.get(), service.address, client);
+    if (const std::int32_t code = exchange_request(context, socket.get(), service.address, client, told);
         code != vantu_orvanta_success) {
         return code;
     }
@@ -115,7 +145,14 @@ std::int32_t attempt(vantu_orvanta_context& context, const std::string& client_p
 std::int32_t connect_ports(vantu_orvanta_context& context, const std::string& client_port,
                            const std::string& service_port, const introduction& client) {
     rejection rejected;
-    const std::int32_t code = attempt(context, client_port, service_port, client, rejected);
+    std::int32_t code = vantu_orvanta_success;
+    {
+        std::optional<told_exchange> told;
+        if (!context.traffic.is_off()) {
+            told.emplace(context.traffic);
+        }
+        code = attempt(context, client_port, service_port, client, rejected, told ? &*told : nullptr);
+    }
     log_rejection(rejected);
     if (code == vantu_orvanta_success) {
         log_here(log_level::info,

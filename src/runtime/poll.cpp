@@ -27,21 +27,46 @@ struct failures {
     std::uint32_t receive{0};
 };
 
-std::int32_t send_keep_alive(vantu_orvanta_context& context, failures& failed) {
+// A poll keeps its datagrams for the traffic sink: none of them, without a branch, while there is no sink.
+struct no_notes {
+    static sent send(vantu_orvanta_context& context, const byte_buffer& datagram) {
+        return send_unlogged(context, datagram);
+    }
+    static void note_received(const vantu_orvanta_context& /*context*/, socket_status /*status*/) {}
+};
+
+struct notes {
+    noted_datagram keep_alive;
+    noted_datagram received;
+
+    sent send(vantu_orvanta_context& context, const byte_buffer& datagram) {
+        return send_unlogged(context, datagram, keep_alive);
+    }
+    void note_received(const vantu_orvanta_context& context, socket_status status) {
+        if (status == socket_status::ok || context.receive.dropped.length != 0) {
+            received.note_received(context.socket.get(), context.receive);
+        }
+    }
+};
+
+template <typename Notes>
+std::int32_t send_keep_alive(vantu_orvanta_context& context, failures& failed, Notes& kept) {
     byte_buffer datagram(constants::mode_write);
     compose_datagram<op_code::keep_alive, direction::to_service>(datagram, 0, {});
-    const sent result = send_unlogged(context, datagram);
+    const sent result = kept.send(context, datagram);
     failed.send = result.failure;
     return result.code;
 }
 
 // The code of a receive; success also when nothing was waiting: then no operation is there.
-std::int32_t receive_datagram(vantu_orvanta_context& context, failures& failed) {
+template <typename Notes>
+std::int32_t receive_datagram(vantu_orvanta_context& context, failures& failed, Notes& kept) {
     context.connection.receive_buffer().reset();
     const receive_result received = try_receive(context.socket.get(), context.receive);
     if (received.status == socket_status::would_block) {
         return vantu_orvanta_success;
     }
+    kept.note_received(context, received.status);
     if (received.status != socket_status::ok) {
         failed.receive = received.system_error;
         return client_code_from_socket_status(received.status);
@@ -65,7 +90,9 @@ std::int32_t take_operation(vantu_orvanta_context& context, vantu_orvanta_event&
     }
 }
 
-std::int32_t poll_under_lock(vantu_orvanta_context& context, vantu_orvanta_event& event, failures& failed) {
+template <typename Notes>
+std::int32_t poll_under_lock(vantu_orvanta_context& context, vantu_orvanta_event& event, failures& failed,
+                             Notes& kept) {
     const std::lock_guard lock(context.mutex);
     if (socket_waiter* waiter = context.waiter.load(std::memory_order_relaxed);
         waiter != nullptr && !context.is_waiting.load(std::memory_order_relaxed)) {
@@ -76,12 +103,12 @@ std::int32_t poll_under_lock(vantu_orvanta_context& context, vantu_orvanta_event
     }
     std::memset(&event, 0, sizeof(event));
     if (has_come(context.connection.due_ns())) {
-        if (const std::int32_t code = send_keep_alive(context, failed); code != vantu_orvanta_success) {
+        if (const std::int32_t code = send_keep_alive(context, failed, kept); code != vantu_orvanta_success) {
             return code;
         }
     }
     if (!context.connection.has_operation()) {
-        const std::int32_t code = receive_datagram(context, failed);
+        const std::int32_t code = receive_datagram(context, failed, kept);
         if (code != vantu_orvanta_success || !context.connection.has_operation()) {
             return code;
         }
@@ -89,11 +116,25 @@ std::int32_t poll_under_lock(vantu_orvanta_context& context, vantu_orvanta_event
     return take_operation(context, event, failed);
 }
 
+std::int32_t poll_told(vantu_orvanta_context& context, vantu_orvanta_event& event, failures& failed) {
+    notes kept;
+    const std::int32_t code = poll_under_lock(context, event, failed, kept);
+    kept.keep_alive.tell(context.traffic);
+    kept.received.tell(context.traffic);
+    return code;
+}
+
+std::int32_t poll_untold(vantu_orvanta_context& context, vantu_orvanta_event& event, failures& failed) {
+    no_notes none;
+    return poll_under_lock(context, event, failed, none);
+}
+
 } // namespace
 
 std::int32_t poll(vantu_orvanta_context& context, vantu_orvanta_event& event) {
     failures failed;
-    const std::int32_t code = poll_under_lock(context, event, failed);
+    const std::int32_t code =
+        context.traffic.is_off() ? poll_untold(context, event, failed) : poll_told(context, event, failed);
     if (failed.send != 0) {
         log_send_failure(failed.send);
     }

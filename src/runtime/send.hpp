@@ -13,12 +13,17 @@ struct sent {
     std::uint32_t failure{0}; // the system's number for log_send_failure; 0: there is nothing to log
 };
 
-// Sends a datagram to the service and notes the time. Logs nothing, for a caller that holds a lock. The code
-// is vantu_orvanta_invalid_connection_state when the context is not connected, else that of the transport's
-// status.
+// Sends a datagram to the service and notes the time. Logs and tells nothing, for a caller that holds a lock.
+// The code is vantu_orvanta_invalid_connection_state when the context is not connected, else that of the
+// transport's status.
 [[nodiscard]] sent send_unlogged(vantu_orvanta_context& context, const byte_buffer& datagram);
 
-// The same with a failure of the system logged after the socket is free to be closed. Returns the code.
+// The same with a note of what went out, which the caller tells when it holds no lock any more.
+[[nodiscard]] sent send_unlogged(vantu_orvanta_context& context, const byte_buffer& datagram,
+                                 noted_datagram& note);
+
+// The same with the datagram told, and a failure of the system logged, after the socket is free to be closed.
+// Returns the code.
 [[nodiscard]] std::int32_t send(vantu_orvanta_context& context, const byte_buffer& datagram);
 
 // Composes a datagram of one operation on the stack and sends it.

@@ -103,8 +103,16 @@ void session::implementation::start() {
     }
 }
 
-std::shared_ptr<client> session::implementation::new_client() const {
-    return std::make_shared<client>(client::config{});
+void session::implementation::tell_traffic(void* self, const vantu_orvanta_traffic* told) {
+    static_cast<const implementation*>(self)->options_.traffic(*told);
+}
+
+std::shared_ptr<client> session::implementation::new_client() {
+    auto made = std::make_shared<client>(client::config{});
+    if (options_.traffic) {
+        (void)vantu_orvanta_traffic_sink_set(made->context(), tell_traffic, this);
+    }
+    return made;
 }
 
 void session::implementation::adopt(std::shared_ptr<client> connected) {

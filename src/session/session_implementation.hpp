@@ -87,7 +87,8 @@ class ORVANTA_HIDDEN session::implementation {
     };
 
     // For the thread, and for the constructor before there is one.
-    [[nodiscard]] std::shared_ptr<client> new_client() const;
+    static void tell_traffic(void* self, const vantu_orvanta_traffic* told);
+    [[nodiscard]] std::shared_ptr<client> new_client();
     void adopt(std::shared_ptr<client> connected);
     void wake();
 

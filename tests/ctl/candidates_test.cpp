@@ -72,7 +72,7 @@ TEST(candidates, are_all_commands_at_first) {
 
 TEST(candidates, are_the_options_that_go_with_the_command) {
     EXPECT_EQ(completed({"-"}), (word_list{"--help", "--timeout", "--json", "-v", "--version"}));
-    EXPECT_EQ(completed({"list", "-"}), (word_list{"--help", "--timeout", "--json", "-v"}));
+    EXPECT_EQ(completed({"list", "-"}), (word_list{"--help", "--capture", "--timeout", "--json", "-v"}));
     EXPECT_EQ(completed({"restore", "--d"}), (word_list{"--device", "--dry-run"}));
     EXPECT_EQ(completed({"wait", "--f"}), word_list{"--for"});
     EXPECT_EQ(completed({"wait", "--", "--f"}), word_list{});

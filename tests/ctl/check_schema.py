@@ -28,7 +28,7 @@ mistakes = []
 
 
 def with_a_key_too_many(document):
-    """The document, once for each object in it, with an unknown key there; figures may have any."""
+    """The document, once for each object in it, with an unknown key there; figures and fields may have any."""
     paths = [()]
     while paths:
         path = paths.pop()
@@ -37,7 +37,7 @@ def with_a_key_too_many(document):
         for step in path:
             at = at[step]
         if isinstance(at, dict):
-            paths += [path + (key,) for key in at if key != "figures"]
+            paths += [path + (key,) for key in at if key not in ("figures", "fields")]
             at["surplus"] = 1
             yield changed
         elif isinstance(at, list):
@@ -86,6 +86,8 @@ with subprocess.Popen([simulator], stdin=subprocess.DEVNULL, stdout=subprocess.P
             run(0, "restore", backup, "--save")
             run(0, "set", "handedness=left", "--dry-run")
             run(0, "save")
+            run(0, "get", "--capture", os.path.join(folder, "get.pcap"))
+            run(0, "replay", os.path.join(folder, "get.pcap"))
             run(0, "watch", "--for", "300ms")
             run(0, "wait")
             run(0, "wait", "service")

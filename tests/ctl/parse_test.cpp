@@ -145,6 +145,7 @@ Words:
 Options:
   --device D               the device: its id, its short id, or a part of its uuid
   --for TIME               for how long at most, as in 500ms or 5m; without it, no end
+  --capture FILE           write the datagrams of both sides into a file in the pcap format
 
 Options of each command:
   -h, --help               print this help, or that of a command

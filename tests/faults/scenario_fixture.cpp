@@ -100,11 +100,18 @@ void scenario_fixture::while_serving(const std::function<void()>& blocking) {
 }
 
 std::int32_t scenario_fixture::connect() {
+    return connect(patience_ns);
+}
+
+std::int32_t scenario_fixture::connect(std::uint64_t timeout_ns) {
     client_ = std::make_unique<library_client>(callbacks());
+    if (prepare) {
+        prepare(client_->context());
+    }
     std::int32_t code = -1;
     while_serving([&] {
         code = vantu_orvanta_connect_ports(client_->context(), "0", sockets_.port().c_str(), "scenario", 0, 0,
-                                           keep_alive_ns, patience_ns);
+                                           keep_alive_ns, timeout_ns);
     });
     connected_ = code == 0;
     return code;
@@ -129,8 +136,11 @@ void scenario_fixture::poll() {
         } else if (code != 0) {
             codes.push_back(code);
             idle = -1;
-        } else if (client_->dispatch(event)) {
-            idle = -1;
+        } else {
+            if (on_event && event.event_type != vantu_orvanta_event_none) {
+                on_event(event);
+            }
+            idle = client_->dispatch(event) ? -1 : idle;
         }
     }
 }

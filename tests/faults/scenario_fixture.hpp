@@ -44,6 +44,7 @@ class scenario_fixture {
 
     // Connects a new client and returns the code.
     [[nodiscard]] std::int32_t connect();
+    [[nodiscard]] std::int32_t connect(std::uint64_t timeout_ns);
     // Destroys the client, goodbye included.
     void leave();
 
@@ -78,6 +79,10 @@ class scenario_fixture {
     std::uint64_t grip_states{0};
     vantu_orvanta_cursor_state cursor{}; // the latest
     log_capture log;
+
+    // Given each new context before it connects, and each event of the polls.
+    std::function<void(vantu_orvanta_context*)> prepare;
+    std::function<void(const vantu_orvanta_event&)> on_event;
 
     vantu::orvanta::simulator::simulation simulated;
 

@@ -203,6 +203,8 @@ TEST_P(overlapped_receive, drops_a_datagram_larger_than_the_room) {
     arm();
     EXPECT_EQ(wait(patience_ns), socket_status::os_error);
     EXPECT_EQ(record.buffer.read_len(), 0U);
+    EXPECT_EQ(record.dropped.length, 2048U);
+    EXPECT_EQ(record.dropped.whole, 2049U);
     EXPECT_THAT(
         log.lines(),
         ElementsAre("WARNING message: unable to get overlapped IO result with code: Message too long"));

@@ -97,7 +97,12 @@ TEST_P(socket_receive, drops_a_datagram_larger_than_the_room) {
     EXPECT_EQ(record.buffer.read_len(), 20U);
     EXPECT_EQ(record.buffer.bytes[0], std::byte{10});
     EXPECT_EQ(record.buffer.bytes[19], std::byte{29});
+    EXPECT_EQ(record.dropped.length, 2028U);
+    EXPECT_EQ(record.dropped.whole, 2029U);
+    EXPECT_EQ(record.buffer.unwritten()[0], std::byte{0x5A});
+    EXPECT_EQ(record.buffer.unwritten()[2027], std::byte{0x5A});
     ASSERT_EQ(receive(), socket_status::ok);
+    EXPECT_EQ(record.dropped.length, 0U);
     EXPECT_EQ(record.buffer.read_len(), 21U);
     EXPECT_EQ(record.buffer.bytes[20], std::byte{77});
 }

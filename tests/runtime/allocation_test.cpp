@@ -63,6 +63,28 @@ TEST(a_request_of_the_flat_api, allocates_nothing) {
     EXPECT_EQ(codes, vantu_orvanta_success);
 }
 
+TEST(telling_a_traffic_sink, allocates_nothing) {
+    service_session session;
+    session.service.respond_with([](const bytes& request) {
+        return std::vector<bytes>{datagram({op(64, request.at(10), {5, 0, 0, 0, 1})})};
+    });
+    int told = 0;
+    const auto count = [](void* user_data, const vantu_orvanta_traffic*) { ++*static_cast<int*>(user_data); };
+    ASSERT_EQ(vantu_orvanta_traffic_sink_set(session.context, count, &told), vantu_orvanta_success);
+    std::int32_t codes = 0;
+    EXPECT_EQ(allocations_after_the_first([&] {
+                  codes |= vantu_orvanta_config_save_request(session.context, 5, 1);
+                  vantu_orvanta_event event{};
+                  while (codes == 0 && event.event_type == 0) {
+                      codes |= vantu_orvanta_poll(session.context, &event);
+                  }
+              }),
+              0U);
+    EXPECT_EQ(codes, vantu_orvanta_success);
+    EXPECT_EQ(told, 2 * (repetitions + 1));
+    ASSERT_EQ(vantu_orvanta_traffic_sink_set(session.context, nullptr, nullptr), vantu_orvanta_success);
+}
+
 TEST(an_empty_poll, allocates_nothing) {
     service_session session;
     vantu_orvanta_event event;

@@ -10,6 +10,11 @@ static void take_event(void* user, const vantu_orvanta_event* event) {
     (void)event;
 }
 
+static void take_traffic(void* user_data, const vantu_orvanta_traffic* told) {
+    (void)user_data;
+    (void)told;
+}
+
 static void take_line(uint64_t opaque, uint32_t level, const char* path, uint64_t line, const char* message) {
     (void)opaque;
     (void)level;
@@ -85,6 +90,7 @@ int orvanta_c11_calls_without_a_connection(void) {
     EXPECT(vantu_orvanta_version_number() == VANTU_ORVANTA_VERSION_NUMBER);
     EXPECT(vantu_orvanta_init() == 0);
     EXPECT(vantu_orvanta_log_sink_set(take_line) == 0 && vantu_orvanta_log_sink_set(NULL) == 0);
+    EXPECT(vantu_orvanta_traffic_sink_set(context, take_traffic, NULL) == 0);
     EXPECT(vantu_orvanta_connect(NULL, "c", 0, 0, 1, 1) == 2);
     EXPECT(vantu_orvanta_connect_ports(NULL, "0", "0", "c", 0, 0, 1, 1) == 2);
     EXPECT(vantu_orvanta_poll(context, &event) == 3);

@@ -1,6 +1,7 @@
 // The walk over the local ports 54321 to 54336 towards the service's own port.
 #include "support/log_capture.hpp"
 #include "support/service_session.hpp"
+#include "support/told_traffic.hpp"
 
 #include <chrono>
 #include <gmock/gmock.h>
@@ -78,6 +79,25 @@ TEST_F(port_walk, gives_5_after_sixteen_time_outs_when_no_service_is_there) {
         expected.push_back(attempt(port, "operation timed out"));
     }
     EXPECT_EQ(attempts(), expected);
+}
+
+TEST_F(port_walk, tells_the_traffic_sink_of_the_request_from_each_port) {
+    scripted_service service("54320");
+    told_traffic told;
+    told.listen_to(context);
+    std::vector<std::string> expected;
+    for (int port = 54321; port <= 54336; ++port) {
+        service.expect(connect_request());
+        expected.push_back("> " + std::to_string(port) + " " + hex(connect_request()));
+    }
+    EXPECT_EQ(connect(20'000'000), vantu_orvanta_socket_bind_failed);
+    std::vector<std::string> seen;
+    for (const told_traffic::entry& one : told.entries()) {
+        seen.push_back((one.is_sent() ? "> " : "< ") + std::to_string(one.record.local.port) + " " +
+                       hex(one.content));
+        EXPECT_EQ(one.record.peer.port, 54320);
+    }
+    EXPECT_EQ(seen, expected);
 }
 
 TEST_F(port_walk, gives_5_when_all_sixteen_ports_are_taken) {

@@ -1,9 +1,11 @@
 // The client library when the system refuses: every refusal becomes a code, and the context stays usable.
 #include "core/service_codes.hpp"
+#include "runtime/context.hpp"
 #include "runtime/socket_codes.hpp"
 #include "support/log_capture.hpp"
 #include "support/service_session.hpp"
 #include "support/system_calls.hpp"
+#include "support/told_traffic.hpp"
 
 #include <cerrno>
 #include <gmock/gmock.h>
@@ -61,6 +63,20 @@ TEST(client_codes, follow_the_status_table_for_every_byte) {
                   row == table.end() ? 255 : row->second)
             << status;
     }
+}
+
+TEST(a_refused_send, is_not_told_to_the_traffic_sink) {
+    service_session session;
+    const log_capture quiet;
+    told_traffic told;
+    told.listen_to(session.context);
+    scripted_calls calls;
+    calls.fail(system_call::sendto, EPERM, 1, scripted_calls::always);
+    EXPECT_EQ(vantu_orvanta_config_save_request(session.context, 5, 1), vantu_orvanta_unexpected_error);
+    session.context->connection.note_send(0);
+    EXPECT_EQ(poll_once(session.context).code, vantu_orvanta_unexpected_error);
+    EXPECT_THAT(told.lines(), IsEmpty());
+    EXPECT_EQ(vantu_orvanta_traffic_sink_set(session.context, nullptr, nullptr), vantu_orvanta_success);
 }
 
 TEST(a_refused_send, gives_a_request_the_code_of_its_status_and_the_next_one_goes_out) {

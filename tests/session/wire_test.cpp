@@ -3,6 +3,9 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -112,6 +115,45 @@ TEST_F(on_the_wire, handedness_is_71_and_saving_64) {
 TEST_F(on_the_wire, a_request_that_is_refused_before_it_is_sent_sends_nothing) {
     EXPECT_EQ(connected->open(0).error(), error_code::invalid_argument);
     EXPECT_EQ(connected->set_handedness(5, handedness::none).error(), error_code::invalid_argument);
+}
+
+TEST(on_the_wire_of_a_session_with_a_traffic_sink, each_datagram_is_told_in_each_connection) {
+    const bytes opening = datagram({op(18, 1, join({id_5, {0, 0}}))});
+    const bytes opened = datagram({op(19, 1, id_5)});
+    const bytes listing = join({device_listed(5, 1), details_of(5)});
+    scripted_service service;
+    std::mutex mutex;
+    std::vector<std::string> told;
+    auto options = options_for(service);
+    options.reconnect = true;
+    options.probe_interval = 0s;
+    options.traffic = [&](const vantu_orvanta_traffic& one) {
+        const std::lock_guard lock(mutex);
+        told.push_back((one.way == vantu_orvanta_traffic_sent ? "> " : "< ") +
+                       hex(bytes(one.bytes, one.bytes + one.length)));
+    };
+    service.expect(connect_of_a_session()).answer(acceptance_with(listing));
+    {
+        session connected(options);
+        service.expect(opening).answer(opened);
+        EXPECT_TRUE(connected.open(5).has_value());
+        service.expect(connect_of_a_session()).answer(acceptance_with({}));
+        service.push(goodbye_received());
+        EXPECT_TRUE(comes_about([&] { return connected.count().connections == 2; }));
+        service.expect(goodbye()).answer(goodbye_received());
+    }
+    const std::string keep_alive = "> E9 9E 01 00 00 00 FF 01 00 00 00";
+    std::erase(told, keep_alive);
+    const std::vector<std::string> expected{"> " + hex(connect_of_a_session()),
+                                            "< " + hex(acceptance_with(listing)),
+                                            "> " + hex(opening),
+                                            "< " + hex(opened),
+                                            "< " + hex(goodbye_received()),
+                                            "> " + hex(connect_of_a_session()),
+                                            "< " + hex(acceptance_with({})),
+                                            "> " + hex(goodbye()),
+                                            "< " + hex(goodbye_received())};
+    EXPECT_EQ(told, expected);
 }
 
 TEST(on_the_wire_of_a_silent_service, the_session_asks_for_the_orientation_of_the_first_device) {

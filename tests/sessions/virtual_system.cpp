@@ -1,4 +1,5 @@
 // The library's socket layer, clock and end of process, in terms of the virtual world.
+#include "network/internet_address.hpp"
 #include "network/socket.hpp"
 #include "network/socket_waiter.hpp"
 #include "sessions/differences.hpp"
@@ -96,6 +97,15 @@ std::string stringify_addr(const endpoint&) {
 
 std::string stringify_socket(socket_handle socket) {
     return std::to_string(socket) + '\0';
+}
+
+// No session tells of its traffic.
+internet_address internet_address_of(const socket_address&, std::int32_t) noexcept {
+    return {};
+}
+
+internet_address local_address_of(socket_handle) noexcept {
+    return {};
 }
 
 void close_socket(socket_handle& socket) {

@@ -196,6 +196,9 @@ TEST_F(winsock_overlapped, drops_a_datagram_larger_than_the_room) {
     calls.before(winsock_call::get_result, 1, [this] { send(std::vector<std::uint8_t>(2049, 1)); });
     EXPECT_EQ(wait(patience_ns), socket_status::os_error);
     EXPECT_EQ(record.buffer.read_len(), 0U);
+    EXPECT_EQ(record.dropped.length, 2048U);
+    EXPECT_EQ(record.dropped.whole, 0U);
+    EXPECT_EQ(record.buffer.unwritten()[2047], std::byte{1});
     EXPECT_THAT(log.lines(), ElementsAre(testing::StartsWith(result_line(0x2FFFFFFF).substr(0, 60))));
     send({13});
     arm();

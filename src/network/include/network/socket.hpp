@@ -48,6 +48,13 @@ struct receive_record {
     socket_address from; // the sender of the datagram
     byte_buffer& buffer; // outlives the record
 
+    // The datagram that the last receive dropped, as it is larger than the room: its first bytes stand in the
+    // room, and the sender in from.
+    struct {
+        std::uint32_t length{0}; // of those bytes; 0: nothing was dropped
+        std::uint32_t whole{0};  // of the datagram; 0 where the system does not tell
+    } dropped;
+
     std::uint32_t received{0};
     struct {
         std::uint32_t length{0};

@@ -25,6 +25,7 @@
  * | error_codes.h | the codes by name |
  * | names.h | texts and names of numbers |
  * | log.h | where the library's log lines go |
+ * | traffic.h | the datagrams as they go and come |
  * | version.h | the version of headers and library |
  *
  * # Codes
@@ -60,6 +61,7 @@
 #include "vantu/orvanta/names.h"
 #include "vantu/orvanta/poll_thread.h"
 #include "vantu/orvanta/requests.h"
+#include "vantu/orvanta/traffic.h"
 #include "vantu/orvanta/version.h"
 #include "vantu/orvanta/wait.h"
 

@@ -7,6 +7,7 @@
 #include "vantu/orvanta/export.h"
 #include "vantu/orvanta/log.h"
 #include "vantu/orvanta/result.hpp"
+#include "vantu/orvanta/traffic.h"
 
 #include <chrono>
 #include <cstdint>
@@ -91,6 +92,10 @@ class VANTU_ORVANTA_API session {
         /// standard error, and the rest nowhere unless vantu_orvanta_log_level_set asks for it. Runs on the
         /// thread that logs, under the logger's lock: it must not call this library.
         std::function<void(vantu_orvanta_log_level level, const char* message)> log{};
+        /// Told of each datagram of this session as vantu_orvanta_traffic_sink_set says, from the first
+        /// connect to the answer to the goodbye: on several threads, and on some at once. It must not call
+        /// this session.
+        std::function<void(const vantu_orvanta_traffic& told)> traffic{};
     };
 
     /// The time of a waiting form or a handler; empty: options::request_timeout.
