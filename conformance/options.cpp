@@ -53,7 +53,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
         ->capture_default_str()
         ->type_name("N");
     app.add_flag("--list", list, "Print the rules and end");
-    app.add_option("--rule", names, "Look at these rules alone")->type_name("NAME...");
+    app.add_option("--rule", names, "Look at these rules alone")->type_name("NAME");
     app.add_option("--timeout", answer_ms, "Milliseconds after which an answer counts as none, 1 to 60000")
         ->check(CLI::Range(1U, longest_answer_ms).description(""))
         ->capture_default_str()

@@ -14,6 +14,9 @@ finding look_at_one(const rule& what, surroundings& around) {
     } catch (const verdict& seen) {
         found.how = seen.how();
         found.text = seen.text();
+    } catch (const std::exception& refused) { // by the system
+        found.how = outcome::stopped;
+        found.text = refused.what();
     }
     found.time_ns = around.time.now_ns() - start_ns;
     return found;

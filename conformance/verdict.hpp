@@ -11,7 +11,7 @@ namespace vantu::orvanta::conformance {
 enum class outcome : std::uint8_t {
     holds,
     fails,   // the service breaks the rule
-    stopped, // the service broke another rule before this one could be judged
+    stopped, // the service broke another rule before this one could be judged, or the system refused
     skipped, // the service has no part that the rule is about, or the user has not allowed the look
 };
 

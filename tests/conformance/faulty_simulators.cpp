@@ -55,7 +55,8 @@ std::vector<wrong_service> faulty_simulators() {
                "unlisted_devices_are_refused", "other_device_types_are_refused",
                "unopened_devices_are_refused"}),
         fault("patch tag=9@dir=answer", {"answers_copy_the_tag", "refusals_copy_the_tag"}),
-        fault("patch device=77@dir=answer", {"answers_name_the_device", "refusals_name_the_device"}),
+        fault("patch device=77@op=orientation_get,dir=out", {"answers_name_the_device"}),
+        fault("patch device=77@op=service_error,dir=out", {"refusals_name_the_device"}),
         fault("duplicate 1@op=orientation_get,dir=out", {"a_request_has_one_answer"}),
         fault("duplicate 1@op=connected,dir=out", {"devices_are_listed_once"}),
         // A connect that comes twice is one again, which lists the devices anew.
@@ -92,6 +93,7 @@ std::vector<wrong_service> faulty_simulators() {
         fault("insert ff57000000@op=orientation_get,dir=out", {"operations_are_those_of_the_table"}),
         // A client goes by what the operation needs.
         fault("patch op.length=65535@op=orientation_get,dir=out", {"datagrams_hold_whole_operations"}),
+        fault("patch header.reserved=1@dir=out", {"reserved_bytes_are_0"}),
     };
 }
 

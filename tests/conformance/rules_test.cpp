@@ -95,6 +95,16 @@ TEST(a_rule, is_skipped_where_the_service_lacks_what_it_needs) {
               rules_that_need({need::orvanta3, need::palmetron, need::device, need::save}));
 }
 
+TEST(a_rule, is_stopped_where_the_system_refuses_a_socket) {
+    tampered_service service;
+    surroundings around = service.surroundings();
+    around.client_ports.clear();
+    const finding found =
+        look_at(std::array{find_rule("connect_is_answered")}, around, [](const finding&) {}).front();
+    EXPECT_EQ(found.how, outcome::stopped);
+    EXPECT_EQ(found.text, "no port of a client is free");
+}
+
 TEST(settings_of_a_device, are_as_before_after_all_rules) {
     tampered_service service;
     service.simulator().command("set 1 gravity off 0.125");
