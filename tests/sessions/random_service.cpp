@@ -46,7 +46,9 @@ std::string random_argument(const fault_row& row, chance& choose) {
     case fault_argument::hexadecimal:
         return random_bytes(choose);
     case fault_argument::status: {
-        const std::string status = std::to_string(choose.below(256));
+        constexpr std::array statuses{"178", "179", "0xA0", "0xB0", "0", "255"};
+        const std::string status =
+            choose.one_in(2) ? statuses[choose.below(statuses.size())] : std::to_string(choose.below(256));
         return choose.one_in(2) ? status : status + ":" + std::to_string(choose.below(256));
     }
     case fault_argument::device:
@@ -71,7 +73,9 @@ std::string random_selector(const fault_row& row, chance& choose) {
         constexpr std::array probabilities{"1", "0.5", "0.2", "0.05", "0.2,burst=5"};
         text += std::string("p=") + probabilities[choose.below(probabilities.size())];
     }
-    if (choose.one_in(3)) {
+    if (row.argument == fault_argument::status && choose.one_in(2)) {
+        text += ",op=connect";
+    } else if (choose.one_in(3)) {
         constexpr std::array operations{"1", "3", "4", "16", "18", "19", "33", "47", "66", "68", "81", "240"};
         text += std::string(",op=") + operations[choose.below(operations.size())];
     }
