@@ -51,8 +51,8 @@ std::string_view near_word(std::string_view text, std::span<const std::string_vi
 }
 
 std::string hint_for(std::string_view text, std::span<const std::string_view> words) {
-    const std::string_view near = near_word(text, words);
-    return near.empty() ? std::string() : formatted("; {} would be right", near);
+    const std::string_view nearest = near_word(text, words);
+    return nearest.empty() ? std::string() : formatted("; {} would be right", nearest);
 }
 
 } // namespace vantu::orvanta

@@ -201,8 +201,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
                          "Print the version and end");
     add_service_options(app, chosen, port, announce);
     app.add_option("--seed", seed, "Source of all chances; random if left out")->type_name("N");
-    app.add_option("--scenario", chosen.simulated.scenario_path,
-                   "File or name of what happens when; 'list' shows the names")
+    app.add_option("--scenario", chosen.simulated.scenario_path, "File of what happens when, name, or 'list'")
         ->check(file_name())
         ->type_name("FILE");
     app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");

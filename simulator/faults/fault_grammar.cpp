@@ -221,9 +221,9 @@ class fault_reader {
                 return;
             }
         }
-        const std::string_view near = near_word(text, names);
+        const std::string_view nearest = near_word(text, names);
         const std::string what = formatted("there is no operation '{}'", text);
-        near.empty() ? refuse(what) : refuse_with_operation(what, near);
+        nearest.empty() ? refuse(what) : refuse_with_operation(what, nearest);
     }
 
     // With the argument of the example: the rest of the line has not been read.

@@ -54,7 +54,7 @@ std::vector<service_simulator::client> service_simulator::clients() const {
 }
 
 std::vector<service_simulator::device> service_simulator::devices() const {
-    return implementation_->look(&devices_of);
+    return implementation_->look([](const simulation& simulated) { return devices_of(simulated); });
 }
 
 std::vector<service_simulator::rule> service_simulator::rules() const {

@@ -69,7 +69,7 @@ std::vector<service_simulator::device> devices_of(const simulation& simulated) {
 std::vector<service_simulator::rule> rules_of(const simulation& simulated) {
     std::vector<service_simulator::rule> all;
     for (const rule_state& one : simulated.faults().rules()) {
-        all.push_back({text_of(one.rule), one.fitted, one.happened});
+        all.push_back({one.number, one.rule.name, text_of(one.rule), one.fitted, one.happened});
     }
     return all;
 }

@@ -15,8 +15,8 @@ namespace {
 // "'VERB WORD' or " where a word is near, else nothing.
 std::string near_line(std::string_view verb, std::string_view typed,
                       std::span<const std::string_view> words) {
-    const std::string_view near = near_word(typed, words);
-    return near.empty() ? std::string() : formatted("'{} {}' or ", verb, near);
+    const std::string_view nearest = near_word(typed, words);
+    return nearest.empty() ? std::string() : formatted("'{} {}' or ", verb, nearest);
 }
 
 [[noreturn]] void refuse(const std::string& what) {
@@ -140,17 +140,17 @@ help_command read_help(std::string_view rest) {
 // "; 'LINE' would be right" with the near verb in the place of the typed one, and with that verb's example
 // where the line would still be wrong; nothing where no verb is near.
 std::string right_line(std::string_view typed, std::string_view rest) {
-    const std::string_view near = near_word(typed, all_names);
-    if (near.empty()) {
+    const std::string_view nearest = near_word(typed, all_names);
+    if (nearest.empty()) {
         return {};
     }
-    std::string line(near);
+    std::string line(nearest);
     line.append(rest.empty() ? 0 : 1, ' ').append(rest);
     try {
         (void)parse_verb(line);
     } catch (const std::invalid_argument&) {
-        const fault_row* const fault = find_fault(near);
-        line = formatted("{} {}", near, fault != nullptr ? fault->example : find_verb(near)->example);
+        const fault_row* const fault = find_fault(nearest);
+        line = formatted("{} {}", nearest, fault != nullptr ? fault->example : find_verb(nearest)->example);
     }
     return formatted("; '{}' would be right", line);
 }

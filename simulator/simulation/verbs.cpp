@@ -121,9 +121,9 @@ verb_result no_such_rule(const simulation& target, std::string_view rule) {
     for (const fault_row& row : faults) {
         words.push_back(row.name);
     }
-    const std::string_view near = near_word(rule, words);
+    const std::string_view nearest = near_word(rule, words);
     return bad(formatted("heal: there is no rule '{}'; 'heal{}{}' would be right", rule,
-                         near.empty() ? "" : " ", near));
+                         nearest.empty() ? "" : " ", near));
 }
 
 verb_result run(simulation& target, const heal_command& wanted) {

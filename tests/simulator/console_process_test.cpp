@@ -47,7 +47,7 @@ TEST(the_console, does_a_script_in_the_order_of_its_lines_with_its_waits) {
     (void)port_of(program);
     const auto begin = std::chrono::steady_clock::now();
     program.type("wait 300\nplug palmetron\nnonsense\nquit\nheal\n");
-    EXPECT_EQ(1, program.wait()) << "a line failed";
+    EXPECT_EQ(ending{1}, program.wait()) << "a line failed";
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(290));
     const std::string answers = program.rest();
     EXPECT_THAT(answers, StartsWith("ok\n"));

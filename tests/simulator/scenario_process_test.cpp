@@ -25,7 +25,7 @@ running_simulator::ending end_of(const std::vector<std::string>& arguments) {
 
 TEST(shipped_scenarios, are_listed_with_what_they_show) {
     const auto end = end_of({"--scenario", "list"});
-    EXPECT_EQ(end.status, succeeded);
+    EXPECT_EQ(end.status, 0);
     EXPECT_EQ(end.errors, "");
     EXPECT_THAT(end.output,
                 HasSubstr(std::string("unplug_while_streaming    ") + about_the_loose_plug + '\n'));
@@ -46,7 +46,7 @@ TEST(shipped_scenarios, are_found_by_name_and_say_what_they_show) {
         EXPECT_NE(tested.port(), "") << name;
         tested.quit();
         const auto end = tested.wait_for_end();
-        EXPECT_EQ(end.status, succeeded);
+        EXPECT_EQ(end.status, 0);
         EXPECT_EQ(end.output, std::string(about_the_loose_plug) + "\nok\n");
     }
 }
@@ -73,7 +73,7 @@ TEST(a_step_that_fails, is_an_error_and_ends_the_program_with_1) {
 TEST(a_line_of_a_script_that_fails, ends_the_program_with_1) {
     child_process program(interactive_command({}), attachment::pipes);
     program.type("nonsense\nquit\n");
-    EXPECT_EQ(program.wait(), 1);
+    EXPECT_EQ(program.wait(), ending{1});
     EXPECT_THAT(program.rest(), HasSubstr("error: "));
 }
 

@@ -94,7 +94,7 @@ TEST_F(a_scenario_runner, shows_why_a_verb_cannot_be_done_now) {
     scenario_runner tested(target, {timed_step(1, {"unplug 7", "status"})}, print);
     tested.advance_to(ns_per_millisecond);
     ASSERT_EQ(shown.size(), 2U);
-    EXPECT_THAT(shown[0], testing::StartsWith("unplug 7: there is no device 7; "));
+    EXPECT_THAT(shown[0], testing::StartsWith("error: unplug 7: there is no device 7; "));
     EXPECT_EQ(shown[0].back(), '\n');
 }
 

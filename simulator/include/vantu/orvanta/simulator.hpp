@@ -98,7 +98,9 @@ class service_simulator {
     };
 
     struct rule {
-        std::string text; // as "drop @p=0.3"
+        std::uint64_t number{0}; // of all rules since the start, from 1
+        std::string name;        // empty: none
+        std::string text;        // as "drop @p=0.3"
         std::uint64_t fitted{0};
         std::uint64_t happened{0};
     };
