@@ -104,6 +104,11 @@ void disarm(receive_record& record) {
     record.wsabuf = {};
 }
 
+// The datagram was larger than the room, which is full.
+void note_dropped(receive_record& record) {
+    record.dropped = {static_cast<std::uint32_t>(record.buffer.write_len()), 0};
+}
+
 // Starts a receive: 0, or the error's number.
 DWORD arm(socket_handle socket, receive_record& record) {
     DWORD error = 0;
@@ -124,6 +129,9 @@ DWORD arm(socket_handle socket, receive_record& record) {
         }
     }
     disarm(record);
+    if (error == WSAEMSGSIZE) {
+        note_dropped(record);
+    }
     return error;
 }
 
@@ -154,11 +162,6 @@ socket_status commit(receive_record& record, DWORD length) {
     record.received = length;
     record.buffer.skip_write(length);
     return socket_status::ok;
-}
-
-// The datagram was larger than the room, which is full.
-void note_dropped(receive_record& record) {
-    record.dropped = {static_cast<std::uint32_t>(record.buffer.write_len()), 0};
 }
 
 DWORD milliseconds_left(const wait_limit& limit) {

@@ -80,9 +80,9 @@ std::int32_t exchange_request(vantu_orvanta_context& context, socket_handle sock
         constexpr std::uint64_t longest = std::numeric_limits<std::int64_t>::max();
         const auto timeout_ns = static_cast<std::int64_t>(std::min(client.reply_timeout_ns, longest));
         status = get_overlapped_result(socket, context.receive, timeout_ns);
-        if (told != nullptr && (status == socket_status::ok || context.receive.dropped.length != 0)) {
-            told->reply.note_received(socket, context.receive);
-        }
+    }
+    if (told != nullptr && (status == socket_status::ok || context.receive.dropped.length != 0)) {
+        told->reply.note_received(socket, context.receive);
     }
     return client_code_from_socket_status(status);
 }
