@@ -18,7 +18,7 @@ TEST(the_console, answers_verbs_at_a_terminal_and_ends_with_quit) {
     program.type("status\n");
     const std::string status = program.read_until("> ");
     EXPECT_THAT(status, HasSubstr("42"));
-    EXPECT_THAT(status, HasSubstr("drop @p=0.3: fits 0, happened 0"));
+    EXPECT_THAT(status, HasSubstr("drop 0.3: fits 0, happened 0"));
     program.type("dorp 0.3\n");
     const std::string refusal = program.read_until("> ");
     EXPECT_THAT(refusal, HasSubstr("error: "));

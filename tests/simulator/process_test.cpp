@@ -294,6 +294,25 @@ TEST_F(the_program, ends_with_2_and_one_line_when_devices_are_counted_beside_a_s
                           "one of the two would be right\n");
 }
 
+TEST_F(the_program, tells_with_verbose_of_each_fault_that_happens_with_a_trace_beside_it) {
+    const std::string trace = folder.file("trace.txt");
+    running_simulator tested({"--port", "0", "--rate", "0", "--verbose", "--trace", trace, "--drop",
+                              "@op=config_gravity_compensation_get,dir=in", "--interactive"});
+    test_client client("127.0.0.1", tested.port());
+    connect_and_open(client);
+    client.send(query_gravity);
+    client.send(save_first);
+    EXPECT_FALSE(client.receive_until(64).empty());
+    tested.quit();
+    const std::string errors = tested.wait_for_end().errors;
+    EXPECT_THAT(errors, HasSubstr("drop @op=66,dir=in: "));
+    EXPECT_THAT(errors, HasSubstr("lost config_gravity_compensation_get tag=4 device_id=1"));
+    std::ifstream stream(trace);
+    const std::string lines{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_THAT(lines,
+                HasSubstr("config_gravity_compensation_get tag=4 device_id=1 <- drop @op=66,dir=in\n"));
+}
+
 TEST_F(the_program, writes_a_trace_to_a_file_or_to_standard_output_and_a_capture) {
     const std::string trace = folder.file("trace.txt");
     const std::string capture = folder.file("traffic.pcap");

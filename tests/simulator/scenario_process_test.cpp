@@ -15,7 +15,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr const char* about_the_loose_plug =
+const std::string about_the_loose_plug =
     "A loose plug: the device is gone two seconds after it was opened, and back two seconds later.";
 
 running_simulator::ending end_of(const std::vector<std::string>& arguments) {
@@ -27,8 +27,7 @@ TEST(shipped_scenarios, are_listed_with_what_they_show) {
     const auto end = end_of({"--scenario", "list"});
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(end.errors, "");
-    EXPECT_THAT(end.output,
-                HasSubstr(std::string("unplug_while_streaming    ") + about_the_loose_plug + '\n'));
+    EXPECT_THAT(end.output, HasSubstr("unplug_while_streaming    " + about_the_loose_plug));
     std::istringstream lines(end.output);
     std::size_t listed = 0;
     for (std::string line; std::getline(lines, line); ++listed) {
@@ -47,7 +46,7 @@ TEST(shipped_scenarios, are_found_by_name_and_say_what_they_show) {
         tested.quit();
         const auto end = tested.wait_for_end();
         EXPECT_EQ(end.status, 0);
-        EXPECT_EQ(end.output, std::string(about_the_loose_plug) + "\nok\n");
+        EXPECT_EQ(end.output, about_the_loose_plug + "\nok\n");
     }
 }
 
