@@ -123,7 +123,7 @@ verb_result no_such_rule(const simulation& target, std::string_view rule) {
     }
     const std::string_view nearest = near_word(rule, words);
     return bad(formatted("heal: there is no rule '{}'; 'heal{}{}' would be right", rule,
-                         nearest.empty() ? "" : " ", near));
+                         nearest.empty() ? "" : " ", nearest));
 }
 
 verb_result run(simulation& target, const heal_command& wanted) {
