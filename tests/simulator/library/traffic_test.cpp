@@ -23,8 +23,8 @@ using vantu::orvanta::capture_reader;
 using vantu::orvanta::captured_datagram;
 using vantu::orvanta::service_simulator;
 
-const bytes open_first = datagram({{0xFF, 0x12, 0x06, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}});
-const bytes first_opened = datagram({{0xFF, 0x13, 0x04, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00}});
+const bytes opening_of_the_first =
+    datagram({{0xFF, 0x12, 0x06, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}});
 
 service_simulator::settings quiet_and_by_hand() {
     service_simulator::settings settings;
@@ -98,7 +98,7 @@ TEST_F(traffic, is_traced_a_line_a_datagram) {
                                 "handedness=1; connected client_id=11400714817187610625"));
     lines.clear();
     service->advance(250us);
-    client.send(open_first);
+    client.send(opening_of_the_first);
     serve(*service, 1);
     client.send(goodbye_of_a_client);
     serve(*service, 1);
@@ -116,9 +116,9 @@ TEST_F(traffic, is_traced_with_the_fault_that_happens_to_a_datagram_as_it_was_be
     test_client client("127.0.0.1", service->port());
     connect(client);
     const std::string known = address + " 11400714817187610625 'tester': ";
-    client.send(open_first);
+    client.send(opening_of_the_first);
     serve(*service, 1);
-    client.send(open_first);
+    client.send(opening_of_the_first);
     serve(*service, 1);
     EXPECT_THAT(
         lines,
@@ -156,11 +156,11 @@ TEST_F(traffic, is_captured_as_the_client_sent_and_received_it) {
     };
     say(datagram({connect_operation(0)}), 1);
     const std::string port = service->clients().at(0).address.substr(10);
-    say(open_first, 1); // answered
-    say(open_first, 0); // lost on its way in
+    say(opening_of_the_first, 1); // answered
+    say(opening_of_the_first, 0); // lost on its way in
     service->advance(10ms);
     out.push_back(client.receive());
-    say(open_first, 0); // its answer is lost on its way out
+    say(opening_of_the_first, 0); // its answer is lost on its way out
     say(datagram({{0xFF, 0x14, 0x04, 0x00, 0x02, 0x01, 0x00, 0x00, 0x00}}), 2);
     say({}, 0);
 
