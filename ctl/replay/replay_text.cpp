@@ -88,7 +88,7 @@ json value_of(const event_field& one) {
 }
 
 // An outcome without its time.
-std::string text_of(const replayed_connection& made) {
+std::string outcome_text(const replayed_connection& made) {
     std::string ids;
     for (const std::uint32_t id : made.device_ids) {
         ids += ids.empty() ? "" : ",";
@@ -97,7 +97,7 @@ std::string text_of(const replayed_connection& made) {
     return formatted("connected client_id={} devices={}", made.client_id, ids.empty() ? "none" : ids);
 }
 
-std::string text_of(const vantu_orvanta_event& event) {
+std::string outcome_text(const vantu_orvanta_event& event) {
     std::string text = vantu_orvanta_event_type_name(event.event_type);
     if (event.device_id != 0) {
         text += formatted(" device={}", static_cast<std::uint32_t>(event.device_id));
@@ -114,15 +114,15 @@ std::string text_of(const vantu_orvanta_event& event) {
     return text;
 }
 
-std::string text_of(const replayed_rejection& rejected) {
+std::string outcome_text(const replayed_rejection& rejected) {
     return formatted("rejected {}: {}", vantu_orvanta_error_name(rejected.code), rejected.reason);
 }
 
-void add(json& document, const replayed_connection& made) {
+void add_outcome(json& document, const replayed_connection& made) {
     document["connected"] = {{"client_id", made.client_id}, {"devices", made.device_ids}};
 }
 
-void add(json& document, const vantu_orvanta_event& event) {
+void add_outcome(json& document, const vantu_orvanta_event& event) {
     document["event"] = vantu_orvanta_event_type_name(event.event_type);
     document["device"] = static_cast<std::uint32_t>(event.device_id);
     document["tag"] = event.tag;
@@ -137,7 +137,7 @@ void add(json& document, const vantu_orvanta_event& event) {
     document["fields"] = std::move(fields);
 }
 
-void add(json& document, const replayed_rejection& rejected) {
+void add_outcome(json& document, const replayed_rejection& rejected) {
     document["rejected"] = {{"code", vantu_orvanta_error_name(rejected.code)}, {"reason", rejected.reason}};
 }
 
@@ -149,14 +149,14 @@ double seconds_of(std::int64_t time_ns) {
 
 std::string line_of(const replayed& one, bool names_client) {
     const std::string text =
-        std::visit([](const auto& outcome) { return ctl::text_of(outcome); }, one.outcome);
+        std::visit([](const auto& outcome) { return outcome_text(outcome); }, one.outcome);
     return formatted("{:>12.6f} s  {}{}\n", seconds_of(one.time_ns),
                      names_client ? formatted("client={} ", one.client.port) : std::string(), text);
 }
 
 json document_of(const replayed& one) {
     json document{{"time", seconds_of(one.time_ns)}, {"client", one.client.port}};
-    std::visit([&document](const auto& outcome) { add(document, outcome); }, one.outcome);
+    std::visit([&document](const auto& outcome) { add_outcome(document, outcome); }, one.outcome);
     return document;
 }
 

@@ -90,9 +90,9 @@ TEST(a_recorder, takes_datagrams_of_several_threads_whole) {
 TEST(a_recorder, brings_datagrams_into_the_order_of_their_times) {
     const scratch_folder folder;
     traffic_recorder recorder(folder.file("a.pcap"));
-    for (const int millisecond : {20, 10, 30, 400, 390}) {
+    for (const int time_ms : {20, 10, 30, 400, 390}) {
         vantu_orvanta_traffic one = told(three);
-        one.system_ns = static_cast<std::uint64_t>(millisecond) * 1'000'000;
+        one.system_ns = static_cast<std::uint64_t>(time_ms) * 1'000'000;
         recorder.take(one);
     }
     EXPECT_EQ(datagrams_of(folder.file("a.pcap")).size(), 3U) << "the later ones wait for others";

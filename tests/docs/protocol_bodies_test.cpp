@@ -13,7 +13,7 @@ namespace {
 
 using namespace vantu::orvanta::communication;
 
-constexpr const char* protocol_document = DOCS_FOLDER "/protocol.md";
+constexpr const char* bodies_document = DOCS_FOLDER "/protocol.md";
 
 // Rows of offset, type and name by operation.
 using documented_bodies = std::map<std::string, std::vector<table_row>>;
@@ -74,7 +74,7 @@ std::vector<std::string> names_in(const std::string& cell) {
 documented_bodies bodies_of_document(const char* heading) {
     documented_bodies bodies;
     std::vector<std::string> operations;
-    for (const table_row& row : table_under(protocol_document, heading)) {
+    for (const table_row& row : table_under(bodies_document, heading)) {
         if (row.size() < 5) {
             ADD_FAILURE() << "a row has an operation, three facts and a meaning: " << row.front();
             continue;

@@ -192,7 +192,7 @@ TEST_F(a_traffic_sink, is_never_called_after_it_was_replaced_while_others_send) 
         std::atomic<int> calls{0};
         std::atomic<int> late{0};
     };
-    constexpr int rounds = 60;
+    constexpr std::size_t rounds = 60;
     std::vector<round> all(rounds);
     std::atomic<bool> stop{false};
     std::vector<std::thread> senders;
@@ -208,7 +208,7 @@ TEST_F(a_traffic_sink, is_never_called_after_it_was_replaced_while_others_send) 
         ++mine.calls;
         mine.late += mine.is_current ? 0 : 1;
     };
-    for (int i = 0; i < rounds; ++i) {
+    for (std::size_t i = 0; i < rounds; ++i) {
         const bool none = i % 3 == 2;
         EXPECT_EQ(vantu_orvanta_traffic_sink_set(session.context, none ? nullptr : +count_late, &all[i]), 0);
         if (i > 0) {
