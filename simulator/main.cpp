@@ -95,7 +95,7 @@ int simulate(options chosen) {
         trace.emplace(chosen.trace_path, say);
         chosen.simulated.trace = [&trace](std::string_view line) { trace->write(line); };
     }
-    service_simulator service(std::move(chosen.simulated));
+    service_simulator service(chosen.simulated);
     watch_for_shutdown();
     print(formatted("listening on port {}\nseed {}\n{}{}", service.port(), service.seed(), service.about(),
                     service.about().empty() ? "" : "\n"));

@@ -107,6 +107,7 @@ std::optional<patch_field> patched_field(const fault_rule& rule, std::uint8_t co
 
 std::vector<std::string_view> fields_to_patch(std::uint8_t code, direction way) {
     std::vector<std::string_view> names;
+    names.reserve(framing_fields.size() + fields_of(code, way).size());
     for (const framing_field& one : framing_fields) {
         names.push_back(one.what.name);
     }

@@ -115,6 +115,7 @@ verb_result run(simulation& target, const set_command& wanted) {
 verb_result no_such_rule(const simulation& target, std::string_view rule) {
     const auto states = target.faults().rules();
     std::vector<std::string_view> words;
+    words.reserve(states.size() + faults.size());
     for (const rule_state& state : states) {
         words.push_back(state.rule.name);
     }

@@ -130,7 +130,8 @@ std::vector<wrong_service> wrong_lifetimes() {
     return {
         {"never forgets a client",
          to_service([](bytes datagram) {
-             for (std::size_t at = 15; code_of(datagram) == 3 && at < 23; ++at) {
+             const std::size_t end = code_of(datagram) == 3 ? std::min<std::size_t>(datagram.size(), 23) : 0;
+             for (std::size_t at = 15; at < end; ++at) {
                  datagram[at] = 0;
              }
              return std::vector<bytes>{datagram};
