@@ -21,6 +21,7 @@ std::string line_of(const json& document) {
 // One call a line, so that lines of several programs on one terminal stay whole.
 void complain(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fflush(stderr); // Windows keeps back what goes into a pipe
 }
 
 } // namespace

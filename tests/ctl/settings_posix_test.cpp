@@ -17,7 +17,7 @@ using namespace orvanta_tests;
 
 TEST(set, tells_what_was_set_before_it_was_interrupted) {
     // The answer to the question for the torque scaling comes, that to the set does not.
-    service_process service({"--drop", "@op=68,dir=out,nth=2"});
+    service_process service({"--verbose", "--drop", "@op=68,dir=out,nth=2"});
     child_process program(
         ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
         attachment::pipes);
@@ -31,7 +31,7 @@ TEST(set, tells_what_was_set_before_it_was_interrupted) {
 }
 
 TEST(restore, puts_back_what_was_set_before_it_was_interrupted) {
-    service_process service({"--drop", "@op=68,dir=out,nth=3"});
+    service_process service({"--verbose", "--drop", "@op=68,dir=out,nth=3"});
     const scratch_folder folder;
     const std::string file = folder.file("desk.json");
     EXPECT_EQ(ctl({"backup", file}).end, succeeded);

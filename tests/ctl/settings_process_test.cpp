@@ -83,7 +83,7 @@ TEST(get, tells_a_state_that_comes_late) {
 }
 
 TEST(get, ends_when_the_device_is_unplugged_while_it_waits) {
-    service_process service({"--drop", "@op=81,dir=out"});
+    service_process service({"--verbose", "--drop", "@op=81,dir=out"});
     child_process program(ctl_command({"get", "power-supply", "--timeout", "50s"}), attachment::pipes);
     service.await("opened device 1");
     service.tell("unplug 1");
@@ -111,7 +111,7 @@ TEST(get, takes_an_answer_that_is_late_but_in_time) {
 }
 
 TEST(get, tells_that_a_service_was_killed) {
-    service_process service({"--drop", "@op=66,dir=out"});
+    service_process service({"--verbose", "--drop", "@op=66,dir=out"});
     child_process program(ctl_command({"get", "scaling-factor", "--timeout", "50s"}), attachment::pipes);
     service.await("opened device 1");
     service.kill();
@@ -146,7 +146,7 @@ TEST(set, prints_one_document_in_json) {
 }
 
 TEST(set, changes_what_outlives_the_service_only_when_it_saves) {
-    service_process service;
+    service_process service({"--verbose"});
     EXPECT_EQ(ctl({"set", "scaling-factor=0.5", "--save"}).end, succeeded);
     EXPECT_EQ(ctl({"set", "scaling-factor=0.25"}).end, succeeded);
     EXPECT_EQ(ctl({"get", "scaling-factor"}).output, "0.25\n");
@@ -176,7 +176,7 @@ TEST(set, does_not_know_whether_it_was_done_when_the_answer_is_lost) {
 
 TEST(set, says_what_was_set_before_the_service_was_killed) {
     // The answer to the question for the torque scaling comes, that to the set does not.
-    service_process service({"--drop", "@op=68,dir=out,nth=2"});
+    service_process service({"--verbose", "--drop", "@op=68,dir=out,nth=2"});
     child_process program(
         ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
         attachment::pipes);

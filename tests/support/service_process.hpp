@@ -9,7 +9,8 @@
 
 namespace orvanta_tests {
 
-// The simulator at its own port, told lines of its console.
+// The simulator at its own port, told lines of its console. With --verbose a test has to read its standard
+// error, which would fill otherwise and stop it.
 class service_process {
   public:
     explicit service_process(const std::vector<std::string>& options = {})
@@ -18,7 +19,7 @@ class service_process {
     }
 
     void tell(const std::string& line) { program_.type(line + "\n"); }
-    // Waits until the service tells of something on standard error.
+    // Waits until the service, with --verbose, tells of something on standard error.
     void await(const std::string& text) { program_.read_errors_until(text); }
     void kill() {
         program_.kill();
@@ -27,7 +28,7 @@ class service_process {
 
   private:
     static std::vector<std::string> command(const std::vector<std::string>& options) {
-        std::vector<std::string> all{ORVANTA_SIMULATOR_PATH, "--interactive", "--verbose", "--seed", "1"};
+        std::vector<std::string> all{ORVANTA_SIMULATOR_PATH, "--interactive", "--seed", "1"};
         all.insert(all.end(), options.begin(), options.end());
         return all;
     }
