@@ -49,8 +49,7 @@ class service_simulator {
         // With it nothing moves but by advance and serve_waiting; without it by a thread of its own, between
         // start and stop.
         bool manual_clock{false};
-        std::string
-            capture_path; // file of a capture (pcap) of all that the sockets receive and send; empty: none
+        std::string capture_path; // pcap file of all that the sockets receive and send; empty: none
         // Told in lines what the service does, what has failed (a configuration that could not be saved), and
         // what verbs of the scenario show. Called with the simulator's lock held, on its thread or the
         // caller's: they must not call the simulator. Each may be empty.
@@ -100,7 +99,7 @@ class service_simulator {
     struct rule {
         std::uint64_t number{0}; // of all rules since the start, from 1
         std::string name;        // empty: none
-        std::string text;        // as "drop @p=0.3"
+        std::string text;        // as "drop 0.3"
         std::uint64_t fitted{0};
         std::uint64_t happened{0};
     };
@@ -132,8 +131,8 @@ class service_simulator {
     // The scenario's own word on its subject; empty without one.
     [[nodiscard]] const std::string& about() const noexcept;
 
-    // Verbs of the scenario that could not be done so far. Each is shown in a line that begins with "error:
-    // ".
+    // Verbs of the scenario that could not be done so far; settings::show has been told a line that begins
+    // with "error: " for each.
     [[nodiscard]] std::size_t failed_steps() const;
 
     // Does at once what a line of the control console says ("help" lists the verbs) and returns what it
