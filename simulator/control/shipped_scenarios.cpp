@@ -1,5 +1,6 @@
 #include "simulator/control/shipped_scenarios.hpp"
 
+#include "shared/text_lines.hpp"
 #include "simulator/control/scenario.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
@@ -43,7 +44,7 @@ std::string list_of_scenarios() {
     }
     std::string text;
     for (const auto& [name, about] : abouts) {
-        text += formatted("{:<26}{}\n", name, about);
+        text += formatted("{:<25} {}\n", name, without_control_characters(about));
     }
     return text;
 }

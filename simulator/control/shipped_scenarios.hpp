@@ -11,8 +11,7 @@ namespace vantu::orvanta::simulator {
 [[nodiscard]] std::filesystem::path folder_of_program();
 
 // The path of the scenario that a user means: the file of that name, else the shipped scenario of that name,
-// with
-// ".json" or without. The text as it is where there is neither.
+// for which ".json" may be left out. The text as it is where there is neither, and where it names a folder.
 [[nodiscard]] std::string scenario_path_of(const std::string& text);
 
 // A line for each shipped scenario: its name and what it shows. Throws std::runtime_error with one line when

@@ -50,7 +50,7 @@ TEST(shipped_scenarios, are_found_by_name_and_say_what_they_show) {
     }
 }
 
-TEST(shipped_scenarios, do_not_go_before_files) {
+TEST(shipped_scenarios, are_looked_for_by_names_alone) {
     const auto end = end_of({"--port", "0", "--scenario", "no_such_scenario"});
     EXPECT_EQ(end.status, 1);
     EXPECT_EQ(end.errors,
