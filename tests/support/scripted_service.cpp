@@ -10,6 +10,9 @@ namespace {
 
 constexpr std::chrono::seconds patience{30};
 
+const bytes order_to_end{0};
+const bytes order_to_look{1};
+
 const bytes& keep_alive() {
     static const bytes datagram{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0x01, 0x00, 0x00, 0x00};
     return datagram;
@@ -98,6 +101,14 @@ void scripted_service::await_script() {
     }
 }
 
+void scripted_service::await_room() {
+    std::unique_lock lock(mutex_);
+    has_room_ = false;
+    EXPECT_TRUE(wake_.send(order_to_look, wake_.address()));
+    EXPECT_TRUE(changed_.wait_for(lock, patience, [this] { return has_room_; }))
+        << "datagrams that nobody takes";
+}
+
 void scripted_service::push(const bytes& datagram) {
     const std::lock_guard lock(mutex_);
     if (!client_) {
@@ -109,7 +120,7 @@ void scripted_service::push(const bytes& datagram) {
 
 void scripted_service::close() {
     if (thread_.joinable()) {
-        EXPECT_TRUE(wake_.send({0}, wake_.address()));
+        EXPECT_TRUE(wake_.send(order_to_end, wake_.address()));
         thread_.join();
     }
     const std::lock_guard lock(mutex_);
@@ -136,7 +147,7 @@ std::vector<std::chrono::steady_clock::time_point> scripted_service::keep_alives
     return keep_alives_;
 }
 
-// Ends when woken, after it has taken everything that had come by then.
+// Orders wait until everything that had come before them is taken.
 void scripted_service::serve() {
     std::vector<const udp_socket*> watched;
     for (const udp_socket& socket : sockets_) {
@@ -153,7 +164,13 @@ void scripted_service::serve() {
             }
         }
         if (!received && ready.back()) {
-            return;
+            const std::optional<udp_datagram> order = wake_.receive();
+            if (order && order->content == order_to_end) {
+                return;
+            }
+            const std::lock_guard lock(mutex_);
+            has_room_ = true;
+            changed_.notify_all();
         }
     }
 }

@@ -50,6 +50,9 @@ class scripted_service {
 
     // Waits until the script is played to its end; fails the test when that takes too long.
     void await_script();
+    // Waits until everything that has come by now is taken: after a flood the socket's buffer, which drops
+    // what does not fit, has room again. Fails the test when that takes too long.
+    void await_room();
     // Sends a datagram to the client now.
     void push(const bytes& datagram);
     // Goes away without a word: the port is closed.
@@ -79,13 +82,14 @@ class scripted_service {
     [[nodiscard]] std::vector<bytes> take(const bytes& datagram, const peer& from);
 
     std::vector<udp_socket> sockets_; // the thread's alone, but for push
-    udp_socket wake_;                 // a datagram to itself ends the thread
+    udp_socket wake_;                 // the thread's orders, from the service itself
     std::string port_;
     std::string address_text_;
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<step> script_;
+    bool has_room_{true};
     responder responder_;
     const bool to_everybody_;
     std::optional<peer> client_;

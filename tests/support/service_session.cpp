@@ -55,6 +55,7 @@ void service_session::expect_goodbye() {
     std::size_t count = 0;
     const bool connected = vantu_orvanta_device_ids(context, &id, &count) != 3;
     if (connected && !service.closed()) {
+        service.await_room();
         service.expect(goodbye()).answer(goodbye_received());
     }
 }
