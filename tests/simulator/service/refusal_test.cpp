@@ -47,7 +47,7 @@ const device_request device_requests[] = {
     {"handedness_set", 71, {0x02}, true, true},
 };
 
-bytes request_of(const device_request& which, std::uint32_t device_id) {
+bytes request_to(const device_request& which, std::uint32_t device_id) {
     const auto length = static_cast<std::uint8_t>(4 + which.good_argument.size());
     return join({{0xFF, which.code, length, 0x00, refused_tag}, u32(device_id), which.good_argument});
 }
@@ -70,7 +70,7 @@ TEST(device_requests, are_all_that_the_table_of_operations_has) {
 TEST_P(each_request, is_answered_by_the_operation_of_its_row_when_nothing_is_wrong) {
     service_fixture tested;
     tested.enter(1, {1});
-    const sent_list answer = tested.send(1, datagram({request_of(GetParam(), 1)}));
+    const sent_list answer = tested.send(1, datagram({request_to(GetParam(), 1)}));
     ASSERT_FALSE(answer.empty()) << "no answer";
     EXPECT_EQ(answer[0].content.at(7), row_of(GetParam().code, direction::to_service).answered_by);
     EXPECT_EQ(answer[0].content.at(10), refused_tag);
@@ -78,7 +78,7 @@ TEST_P(each_request, is_answered_by_the_operation_of_its_row_when_nothing_is_wro
 
 TEST_P(each_request, of_a_stranger_is_refused) {
     service_fixture tested;
-    EXPECT_THAT(tested.send(1, datagram({request_of(GetParam(), 1)})),
+    EXPECT_THAT(tested.send(1, datagram({request_to(GetParam(), 1)})),
                 ElementsAre(sent{1, refusal(refused_tag, 1, 0xB0)}));
     EXPECT_THAT(tested.lines,
                 ElementsAre("refused with status 0xb0, client is not connected; device 1, tag 199"));
@@ -88,7 +88,7 @@ TEST_P(each_request, for_a_device_that_is_not_there_is_refused) {
     service_fixture tested;
     tested.enter(1, {1, 1001});
     for (const std::uint32_t id : {no_such_device, 0U, 2U, 1000U, 1002U, 0xFFFFFFFFU}) {
-        EXPECT_THAT(tested.send(1, datagram({request_of(GetParam(), id)})),
+        EXPECT_THAT(tested.send(1, datagram({request_to(GetParam(), id)})),
                     ElementsAre(sent{1, refusal(refused_tag, id, 0xC0)}));
     }
 }
@@ -96,7 +96,7 @@ TEST_P(each_request, for_a_device_that_is_not_there_is_refused) {
 TEST_P(each_request, for_a_palmetron_is_refused_where_only_an_orvanta3_has_an_answer) {
     service_fixture tested;
     tested.enter(1, {1, 1001});
-    const sent_list answer = tested.send(1, datagram({request_of(GetParam(), 1001)}));
+    const sent_list answer = tested.send(1, datagram({request_to(GetParam(), 1001)}));
     if (GetParam().needs_orvanta3) {
         EXPECT_THAT(answer, ElementsAre(sent{1, refusal(refused_tag, 1001, 0xC1)}));
     } else {
@@ -109,7 +109,7 @@ TEST_P(each_request, for_a_device_that_this_client_has_not_opened_is_refused) {
     service_fixture tested;
     tested.enter(1);
     tested.enter(2, {1});
-    const sent_list answer = tested.send(1, datagram({request_of(GetParam(), 1)}));
+    const sent_list answer = tested.send(1, datagram({request_to(GetParam(), 1)}));
     if (GetParam().needs_opening) {
         EXPECT_THAT(answer, ElementsAre(sent{1, refusal(refused_tag, 1, 0xB1)}));
     } else {
@@ -122,7 +122,7 @@ TEST_P(each_request, with_a_body_too_short_or_too_long_is_refused_and_changes_no
     service_fixture tested;
     tested.enter(1, {1});
     const auto before = tested.core.devices()[0].settings;
-    bytes request = request_of(GetParam(), 1);
+    bytes request = request_to(GetParam(), 1);
     const std::uint8_t length = request[2];
     for (std::uint8_t wrong = 0; wrong < 2 * length; ++wrong) {
         if (wrong != length) {
