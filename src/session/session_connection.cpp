@@ -91,8 +91,9 @@ void session::implementation::stop() {
 
 void session::implementation::start() {
     start_thread(thread_, run, this);
-    const auto end = std::chrono::steady_clock::now() + longest_settling;
     std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return has_looked_; }); // however late a busy machine runs the thread
+    const auto end = std::chrono::steady_clock::now() + longest_settling;
     changed_.wait_until(lock, end,
                         [this] { return (!arrived_.empty() && all_have_arrived_) || client_ == nullptr; });
     lock.unlock();

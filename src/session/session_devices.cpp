@@ -45,9 +45,10 @@ void session::implementation::announce(client& with, std::int64_t now_ns) {
         const std::lock_guard lock(mutex_);
         arrived_.insert(arrived_.end(), arriving.begin(), arriving.end());
         arrivals_so_far_ += arriving.size();
-        if (arriving.empty() && all_have_arrived_ == all_have_arrived) {
+        if (has_looked_ && arriving.empty() && all_have_arrived_ == all_have_arrived) {
             return;
         }
+        has_looked_ = true;
         all_have_arrived_ = all_have_arrived;
     }
     changed_.notify_all();

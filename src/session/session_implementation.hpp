@@ -132,6 +132,7 @@ class ORVANTA_HIDDEN session::implementation {
     // Under the mutex.
     std::shared_ptr<client> client_;    // null while there is no connection
     std::atomic<bool> stopping_{false}; // changed under the mutex
+    bool has_looked_{false};            // once the thread has seen the devices of the acceptance
     bool all_have_arrived_{false};      // that have been listed
     std::uint64_t connections_{0};
     std::uint64_t last_number_{0};

@@ -27,6 +27,7 @@ void session::implementation::run(void* self) noexcept {
     auto& session = *static_cast<implementation*>(self);
     const log_scope scope(session.log_);
     session.thread_id_.store(std::this_thread::get_id());
+    session.announce(*session.client_, platform::steady_now_ns()); // before any event: the constructor waits
     while (!session.is_stopping()) {
         session.serve();
     }

@@ -29,6 +29,27 @@ TEST(a_waiting_request, ends_when_its_time_is_up_while_a_callback_runs) {
     enough.set_value();
 }
 
+TEST(a_session, has_the_devices_of_the_acceptance_before_it_tells_of_any_event) {
+    scripted_service service;
+    service.respond_with(service_of_device_5([](const bytes& request) -> std::vector<bytes> {
+        std::vector<bytes> answers;
+        if (request.at(7) == 3) {
+            answers = service_of_device_5()(request);
+            answers.push_back(datagram({op(2, 9)}));
+        }
+        return answers;
+    }));
+    std::promise<void> built;
+    const std::shared_future<void> is_built = built.get_future().share();
+    session::callbacks told;
+    told.on_event = [&](session&, const auto&) {
+        EXPECT_EQ(is_built.wait_for(patience), std::future_status::ready);
+    };
+    const session connected(options_for(service, std::move(told)));
+    EXPECT_EQ(connected.devices().size(), 1U);
+    built.set_value();
+}
+
 // The shortest of several, because the machine may be slow now and then: the thread would sleep for up to a
 // second.
 TEST(a_request_with_a_handler, is_told_of_its_deadline_in_time) {
