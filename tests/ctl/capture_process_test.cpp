@@ -54,7 +54,7 @@ TEST(capture, has_the_datagrams_of_a_command_byte_by_byte) {
 TEST(capture, has_all_attempts_of_a_wait) {
     const scratch_folder folder;
     const std::string path = folder.file("wait.pcap");
-    const run_of_a_program run = ctl({"wait", "service", "--for", "600ms", "--capture", path});
+    const run_of_a_program run = ctl({"wait", "service", "--for", "3s", "--capture", path});
     EXPECT_EQ(run.end, status(exit_status::timed_out));
     std::multiset<std::uint16_t> ports;
     for (const auto& one : datagrams_of(path)) {
