@@ -3,7 +3,6 @@
 #include "conformance/visitor.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/common/platform.hpp"
-#include "vantu/orvanta/communication/service_status.hpp"
 
 #include <array>
 #include <stdexcept>
@@ -15,15 +14,6 @@ using namespace communication;
 
 constexpr int first_client_port = 54321;
 constexpr int client_port_count = 16;
-
-bool has_no_room(const std::optional<seen_operation>& answer) {
-    if (!answer || answer->code != op_code::service_error) {
-        return false;
-    }
-    const auto status = static_cast<service_status>(answer->body.back());
-    return status == service_status::another_client_connected ||
-           status == service_status::buffer_full_or_empty;
-}
 
 } // namespace
 

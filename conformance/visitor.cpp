@@ -6,6 +6,7 @@
 #include "vantu/orvanta/common/text_field.hpp"
 #include "vantu/orvanta/common/version.hpp"
 #include "vantu/orvanta/communication/header.hpp"
+#include "vantu/orvanta/communication/service_status.hpp"
 
 #include <algorithm>
 #include <stdexcept>
@@ -40,6 +41,15 @@ proto::connect_body introduction(std::uint64_t keep_alive_ns) {
     assign_text(body.client_name, "orvanta-conformance");
     assign_text(body.version_text, version.version_text);
     return body;
+}
+
+bool has_no_room(const std::optional<seen_operation>& answer) {
+    if (!answer || answer->code != op_code::service_error) {
+        return false;
+    }
+    const auto status = static_cast<service_status>(answer->body.back());
+    return status == service_status::another_client_connected ||
+           status == service_status::buffer_full_or_empty;
 }
 
 visitor::visitor(surroundings& around) : around_(around), socket_(open_client_socket(around)) {}

@@ -15,6 +15,9 @@ namespace vantu::orvanta::conformance {
 // The body of the kit's connect.
 [[nodiscard]] communication::proto::connect_body introduction(std::uint64_t keep_alive_ns = 5'000'000'000);
 
+// Whether the answer to a connect says that the service serves other clients already.
+[[nodiscard]] bool has_no_room(const std::optional<seen_operation>& answer);
+
 struct listed_device {
     std::uint32_t id{0};
     std::uint8_t type{0};

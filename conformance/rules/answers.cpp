@@ -4,7 +4,6 @@
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
-#include <map>
 
 namespace vantu::orvanta::conformance::look {
 
@@ -13,11 +12,6 @@ using namespace communication;
 namespace {
 
 constexpr unsigned last_tag = 255;
-
-// The request that changes nothing of the user's device, and closes none.
-bytes idle_request(const device_user& who, const kept_settings& kept, std::uint8_t code, std::uint8_t tag) {
-    return device_request(code, tag, who.device(), kept.argument_of(code));
-}
 
 // Those that every rule may send to an opened Orvanta3: the closing last.
 std::vector<std::uint8_t> harmless_requests() {
@@ -31,53 +25,43 @@ std::vector<std::uint8_t> harmless_requests() {
     return codes;
 }
 
-void expect_own_answer(device_user& who, const kept_settings& kept, std::uint8_t code) {
-    const operation& row = row_of(code, direction::to_service);
-    expect_operation(row.name, who.ask(idle_request(who, kept, code, 1)), row.answered_by);
-}
-
 } // namespace
 
-void answer_to_request(surroundings& around, std::uint8_t code) {
-    const bool any = code == op_code::device_open || code == op_code::device_close;
-    if (code == op_code::device_open) {
-        device_visitor who(around);
-        expect_operation("device_open", who.ask(device_request(code, 1, who.device(), bytes(2))),
-                         op_code::device_opened);
-        return;
-    }
-    device_user who(around, any ? any_type : orvanta3_type);
-    const kept_settings kept(who);
-    expect_own_answer(who, kept, code);
+void answer_to_request(device_owner& who, std::uint8_t code) {
+    const operation& row = row_of(code, direction::to_service);
+    expect_operation(row.name, who.ask(who.idle_request(code)), row.answered_by);
+}
+
+void device_open_is_answered(surroundings& around) {
+    device_client who(around);
+    expect_operation("device_open", who.ask(who.request(op_code::device_open, bytes(2))),
+                     op_code::device_opened);
 }
 
 void config_save_is_answered(surroundings& around) {
     if (!around.may_save) {
         skip("only with --save");
     }
-    answer_to_request(around, op_code::config_save);
+    device_owner who(around);
+    answer_to_request(who, op_code::config_save);
 }
 
-void disconnect_is_answered(surroundings& around) {
-    visitor who(around);
-    who.connect();
+void device_close_is_answered(device_user& who) {
+    expect_operation("device_close", who.ask(who.request(op_code::device_close)), op_code::device_closed);
+}
+
+void disconnect_is_answered(client& who) {
     expect_operation("disconnect", who.ask(datagram_of(op_code::disconnect, 0)), op_code::disconnected);
 }
 
-void keep_alives_are_not_answered(surroundings& around) {
-    visitor who(around);
-    who.connect();
-    who.forget();
-    who.send(datagram_of(op_code::keep_alive, 0));
-    who.listen(around.quiet_time_ns);
-    expect_no_answer(who, "keep_alive");
+void keep_alives_are_not_answered(client& who) {
+    expect_ignored(who, "keep_alive", {datagram_of(op_code::keep_alive, 0)});
 }
 
-void answers_copy_the_tag(surroundings& around) {
-    device_user who(around, orvanta3_type);
-    const kept_settings kept(who);
+void answers_copy_the_tag(device_owner& who) {
     const auto expect_tag = [&](std::uint8_t code, unsigned tag) {
-        const auto answer = need_answer(who, idle_request(who, kept, code, static_cast<std::uint8_t>(tag)));
+        const auto answer =
+            need_answer(who, who.idle_request(code, who.device(), static_cast<std::uint8_t>(tag)));
         if (answer.tag != tag) {
             fail(text_of(answer), formatted("tag {}", tag));
         }
@@ -93,26 +77,22 @@ void answers_copy_the_tag(surroundings& around) {
     expect_tag(op_code::device_open, 1);
 }
 
-void answers_name_the_device(surroundings& around) {
-    device_user who(around, orvanta3_type);
-    const kept_settings kept(who);
+void answers_name_the_device(device_owner& who) {
     for (const std::uint8_t code : harmless_requests()) {
-        const auto answer = need_answer(who, idle_request(who, kept, code, 1));
+        const auto answer = need_answer(who, who.idle_request(code));
         if (answer.device_id() != who.device()) {
             fail(text_of(answer), formatted("device {}", who.device()));
         }
     }
-    (void)need_answer(who, idle_request(who, kept, op_code::device_open, 1));
+    who.open();
 }
 
-void a_request_has_one_answer(surroundings& around) {
-    device_user who(around, orvanta3_type);
-    const kept_settings kept(who);
+void a_request_has_one_answer(device_owner& who) {
     for (const std::uint8_t code : harmless_requests()) {
         const operation& row = row_of(code, direction::to_service);
         const std::size_t before = who.operations().size();
-        (void)need_answer(who, idle_request(who, kept, code, 1));
-        who.listen(around.quiet_time_ns / 10);
+        (void)need_answer(who, who.idle_request(code));
+        who.listen(who.around().quiet_time_ns / 10);
         const auto answers =
             std::count_if(who.operations().begin() + static_cast<std::ptrdiff_t>(before),
                           who.operations().end(), [&row](const seen_operation& one) {
@@ -122,7 +102,7 @@ void a_request_has_one_answer(surroundings& around) {
             fail(formatted("{}: {} answers", row.name, answers), "one");
         }
     }
-    (void)need_answer(who, idle_request(who, kept, op_code::device_open, 1));
+    who.open();
 }
 
 } // namespace vantu::orvanta::conformance::look

@@ -16,59 +16,45 @@ constexpr unsigned codes = 256;
 constexpr std::size_t largest_of_clients = constants::buffer_capacity;
 constexpr std::size_t largest_of_udp = 65507;
 
-bytes whole_request(const kept_settings& kept, const operation& row, std::uint32_t device) {
+bytes whole_request(const device_owner& who, const operation& row) {
     if (row.code == op_code::connect) {
         return datagram_of(row.code, 1, bytes_of(introduction()));
     }
-    return row.body_size == 0 ? datagram_of(row.code, 1)
-                              : device_request(row.code, 1, device, kept.argument_of(row.code));
+    return row.body_size == 0 ? datagram_of(row.code, 1) : who.idle_request(row.code);
 }
 
 } // namespace
 
-void other_magics_are_ignored(surroundings& around) {
-    visitor who(around);
-    who.connect();
-    who.forget();
-    for (std::size_t place = 0; place < sizeof proto::header_magic; ++place) {
-        bytes request = datagram_of(op_code::disconnect, 1);
-        request[place] ^= std::byte{1};
-        who.send(request);
+void other_magics_are_ignored(client& who) {
+    std::vector<bytes> requests(sizeof proto::header_magic, datagram_of(op_code::disconnect, 1));
+    for (std::size_t place = 0; place < requests.size(); ++place) {
+        requests[place][place] ^= std::byte{1};
     }
-    who.listen(around.quiet_time_ns);
-    expect_no_answer(who, "disconnect with another magic");
+    expect_ignored(who, "disconnect with another magic", requests);
 }
 
-void short_datagrams_are_ignored(surroundings& around) {
-    visitor who(around);
-    who.connect();
-    who.forget();
-    const bytes request = datagram_of(op_code::disconnect, 1);
-    for (std::size_t size = 0; size < request.size(); ++size) {
-        who.send(std::span(request).first(size));
+void short_datagrams_are_ignored(client& who) {
+    std::vector<bytes> shorter;
+    for (bytes request = datagram_of(op_code::disconnect, 1); !request.empty();) {
+        request.pop_back();
+        shorter.push_back(request);
     }
-    who.listen(around.quiet_time_ns);
-    expect_no_answer(who, "disconnect cut short");
+    expect_ignored(who, "disconnect cut short", shorter);
 }
 
-void service_errors_are_ignored(surroundings& around) {
-    visitor who(around);
-    who.connect();
-    who.forget();
-    who.send(datagram_of(op_code::service_error, 1, bytes(5)));
-    who.send(datagram_of(op_code::service_error, 1));
-    who.listen(around.quiet_time_ns);
-    expect_no_answer(who, "service_error");
+void service_errors_are_ignored(client& who) {
+    expect_ignored(
+        who, "service_error",
+        {datagram_of(op_code::service_error, 1, bytes(5)), datagram_of(op_code::service_error, 1)});
 }
 
 void truncations_are_survived(surroundings& around) {
-    device_user who(around);
-    const kept_settings kept(who);
+    device_owner who(around, any_type);
     for (const operation& row : operations) {
         if (row.way != direction::to_service) {
             continue;
         }
-        const bytes request = whole_request(kept, row, who.device());
+        const bytes request = whole_request(who, row);
         for (std::size_t size = 0; size < request.size(); ++size) {
             who.send(std::span(request).first(size));
             who.forget();
@@ -77,8 +63,7 @@ void truncations_are_survived(surroundings& around) {
     }
 }
 
-void unknown_codes_are_survived(surroundings& around) {
-    device_user who(around);
+void unknown_codes_are_survived(device_user& who) {
     for (unsigned code = 0; code < codes; ++code) {
         if (find_operation(static_cast<std::uint8_t>(code), direction::to_service) == nullptr) {
             who.send(datagram_of(static_cast<std::uint8_t>(code), 1, bytes(code % 8)));
@@ -88,21 +73,16 @@ void unknown_codes_are_survived(surroundings& around) {
     expect_survival(who, "unknown operations");
 }
 
-void lengths_past_the_end_are_survived(surroundings& around) {
-    device_user who(around);
+void lengths_past_the_end_are_survived(device_user& who) {
     for (unsigned code = 0; code < codes; ++code) {
-        bytes request = datagram_of(static_cast<std::uint8_t>(code), 1);
-        const std::size_t place = sizeof(proto::header) + offsetof(proto::op, length);
-        request[place] = std::byte{0xFF};
-        request[place + 1] = static_cast<std::byte>(code % 2 == 0 ? 0xFF : 0x00);
-        who.send(request);
+        who.send(
+            with_length(datagram_of(static_cast<std::uint8_t>(code), 1), code % 2 == 0 ? 0xFFFF : 0x00FF));
         who.forget();
     }
     expect_survival(who, "lengths past the end");
 }
 
-void long_datagrams_are_survived(surroundings& around) {
-    device_user who(around);
+void long_datagrams_are_survived(device_user& who) {
     for (const std::size_t size : {largest_of_clients, largest_of_clients + 1, largest_of_udp}) {
         bytes request = datagram_of(op_code::keep_alive, 0);
         request.resize(size);

@@ -14,6 +14,11 @@ using namespace communication;
 
 namespace {
 
+void expect_accepted(std::string_view what, visitor& who, const proto::connect_body& with = introduction()) {
+    (void)who.try_connect(with);
+    expect_operation(what, who.answer_to_connect(), op_code::connected);
+}
+
 // Its answer to a connect; a service that serves one client at a time makes the rule meaningless.
 void connect_second(visitor& second) {
     if (second.try_connect()) {
@@ -41,52 +46,7 @@ std::vector<seen_operation> listings(visitor& of) {
 
 void connect_is_answered(surroundings& around) {
     visitor who(around);
-    (void)who.try_connect();
-    expect_operation("connect", who.answer_to_connect(), op_code::connected);
-}
-
-void client_ids_differ(surroundings& around) {
-    visitor first(around);
-    first.connect();
-    visitor second(around);
-    connect_second(second);
-    if (first.answer_to_connect()->body == second.answer_to_connect()->body) {
-        fail("two clients with the same id", "an id for each");
-    }
-}
-
-void devices_are_listed_once(surroundings& around) {
-    visitor who(around);
-    who.connect();
-    std::set<std::uint32_t> ids;
-    for (const seen_operation& one : listings(who)) {
-        if (!ids.insert(one.device_id()).second) {
-            fail(formatted("device {} listed twice", one.device_id()), "each device once");
-        }
-    }
-}
-
-void details_follow_each_listing(surroundings& around) {
-    visitor who(around);
-    who.connect();
-    for (const seen_operation& one : listings(who)) {
-        const auto type = static_cast<std::uint8_t>(one.record().front());
-        if (type != orvanta3_type && type != palmetron_type) {
-            fail(formatted("device {} of type {}", one.device_id(), type), "type 1 or 2");
-        }
-        const std::uint8_t wanted =
-            type == orvanta3_type ? op_code::device_info_orvanta3 : op_code::device_info_palmetron;
-        const auto listed = std::find_if(
-            who.operations().begin(), who.operations().end(), [&one](const seen_operation& other) {
-                return other.code == op_code::device_added && other.device_id() == one.device_id();
-            });
-        if (std::none_of(listed, who.operations().end(), [&](const seen_operation& other) {
-                return other.code == wanted && other.device_id() == one.device_id();
-            })) {
-            fail(formatted("no details of device {} after its listing", one.device_id()),
-                 std::string(row_of(wanted, direction::to_client).name));
-        }
-    }
+    expect_accepted("connect", who);
 }
 
 void values_of_a_connect_are_free(surroundings& around) {
@@ -98,8 +58,7 @@ void values_of_a_connect_are_free(surroundings& around) {
     // No text in any encoding, yet it ends in a zero.
     std::memset(body.version_text, 0xFF, sizeof body.version_text - 1);
     visitor who(around);
-    (void)who.try_connect(body);
-    expect_operation("connect with other values and texts", who.answer_to_connect(), op_code::connected);
+    expect_accepted("connect with other values and texts", who, body);
 }
 
 void texts_of_a_connect_end_in_zero(surroundings& around) {
@@ -116,41 +75,67 @@ void texts_of_a_connect_end_in_zero(surroundings& around) {
                    service_status::invalid_argument);
 }
 
-void connect_again_keeps_the_id(surroundings& around) {
-    visitor who(around);
-    who.connect();
+void client_ids_differ(client& first) {
+    visitor second(first.around());
+    connect_second(second);
+    if (first.answer_to_connect()->body == second.answer_to_connect()->body) {
+        fail("two clients with the same id", "an id for each");
+    }
+}
+
+void connect_again_keeps_the_id(client& who) {
     const bytes id = who.answer_to_connect()->body;
-    (void)who.try_connect();
-    expect_operation("a second connect", who.answer_to_connect(), op_code::connected);
+    expect_accepted("a second connect", who);
     if (who.answer_to_connect()->body != id) {
         fail("another client id after a second connect", "the same");
     }
 }
 
-void connect_again_closes_the_devices(surroundings& around) {
-    device_user who(around);
+void connect_again_closes_the_devices(device_user& who) {
     who.connect();
-    expect_refusal("device_close after a second connect",
-                   who.ask(device_request(op_code::device_close, 1, who.device())),
+    expect_refusal("device_close after a second connect", who.ask(who.request(op_code::device_close)),
                    service_status::device_not_opened);
 }
 
-void a_second_client_is_served_or_refused(surroundings& around) {
-    device_user first(around);
-    visitor second(around);
-    if (!second.try_connect()) {
-        const auto& answer = second.answer_to_connect();
-        const auto status = answer && answer->code == op_code::service_error
-                                ? static_cast<service_status>(answer->body.back())
-                                : service_status::nil;
-        if (status != service_status::another_client_connected &&
-            status != service_status::buffer_full_or_empty) {
-            fail("connect of a second client: " + text_of(answer), "connected, or service_error 178 or 179");
+void a_second_client_is_served_or_refused(device_user& first) {
+    visitor second(first.around());
+    if (!second.try_connect() && !has_no_room(second.answer_to_connect())) {
+        fail("connect of a second client: " + text_of(second.answer_to_connect()),
+             "connected, or service_error 178 or 179");
+    }
+    expect_operation("device_close of the first client", first.ask(first.request(op_code::device_close)),
+                     op_code::device_closed);
+}
+
+void devices_are_listed_once(client& who) {
+    std::set<std::uint32_t> ids;
+    for (const seen_operation& one : listings(who)) {
+        if (!ids.insert(one.device_id()).second) {
+            fail(formatted("device {} listed twice", one.device_id()), "each device once");
         }
     }
-    expect_operation("device_close of the first client",
-                     first.ask(device_request(op_code::device_close, 1, first.device())),
-                     op_code::device_closed);
+}
+
+void details_follow_each_listing(client& who) {
+    for (const seen_operation& one : listings(who)) {
+        const auto type = static_cast<std::uint8_t>(one.record().front());
+        if (type != orvanta3_type && type != palmetron_type) {
+            fail(formatted("device {} of type {}", one.device_id(), type), "type 1 or 2");
+        }
+        const std::uint8_t wanted =
+            type == orvanta3_type ? op_code::device_info_orvanta3 : op_code::device_info_palmetron;
+        const auto is_of_it = [&one](const seen_operation& other, std::uint8_t code) {
+            return other.code == code && other.device_id() == one.device_id();
+        };
+        const auto listed =
+            std::find_if(who.operations().begin(), who.operations().end(),
+                         [&](const auto& other) { return is_of_it(other, op_code::device_added); });
+        if (std::none_of(listed, who.operations().end(),
+                         [&](const auto& other) { return is_of_it(other, wanted); })) {
+            fail(formatted("no details of device {} after its listing", one.device_id()),
+                 std::string(row_of(wanted, direction::to_client).name));
+        }
+    }
 }
 
 } // namespace vantu::orvanta::conformance::look

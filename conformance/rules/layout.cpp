@@ -30,50 +30,52 @@ std::string expected(damage kind) {
 }
 
 // A session with every request, as far as it is answered: nothing that it lacks stops it.
-void hold_session(visitor& who) {
-    const surroundings& around = who.around();
-    (void)who.try_connect();
-    const auto device = who.find_device(orvanta3_type);
-    for (const operation& row : device_requests()) {
-        const bool is_get = row.body_size == sizeof(proto::device_body);
-        if (device && (is_get || row.code == op_code::device_open) && row.code != op_code::config_save &&
-            row.code != op_code::device_close) {
-            (void)who.ask(device_request(row.code, 1, device->id, bytes(row.body_size - sizeof device->id)));
+class session : public visitor {
+  public:
+    explicit session(surroundings& around) : visitor(around) {
+        (void)try_connect();
+        const auto device = find_device(orvanta3_type);
+        for (const operation& row : device_requests()) {
+            const bool is_get = row.body_size == sizeof(proto::device_body);
+            if (device && (is_get || row.code == op_code::device_open) && row.code != op_code::config_save &&
+                row.code != op_code::device_close) {
+                (void)ask(device_request(row.code, 1, device->id, bytes(row.body_size - sizeof device->id)));
+            }
         }
+        if (const auto grip = find_device(palmetron_type)) {
+            (void)ask(device_request(op_code::device_open, 1, grip->id, bytes(2)));
+        }
+        listen(around.quiet_time_ns);
+        (void)ask(device_request(op_code::device_close, 1, unlisted_device));
+        (void)ask(datagram_of(op_code::disconnect, 0));
+        listen(around.quiet_time_ns / 10);
     }
-    if (const auto grip = who.find_device(palmetron_type)) {
-        (void)who.ask(device_request(op_code::device_open, 1, grip->id, bytes(2)));
+};
+
+void need_datagrams(const visitor& of) {
+    if (of.datagrams() == 0) {
+        stop("connect_is_answered", "nothing");
     }
-    who.listen(around.quiet_time_ns);
-    (void)who.ask(device_request(op_code::device_close, 1, unlisted_device));
-    (void)who.ask(datagram_of(op_code::disconnect, 0));
-    who.listen(around.quiet_time_ns / 10);
 }
 
 } // namespace
 
 void no_damage(surroundings& around, damage kind) {
-    visitor who(around);
-    hold_session(who);
-    const auto found = std::find_if(who.damages().begin(), who.damages().end(),
+    const session held(around);
+    const auto found = std::find_if(held.damages().begin(), held.damages().end(),
                                     [kind](const found_damage& one) { return one.kind == kind; });
-    if (found != who.damages().end()) {
+    if (found != held.damages().end()) {
         fail(found->text, expected(kind));
     }
-    if (who.datagrams() == 0) {
-        stop("connect_is_answered", "nothing");
-    }
+    need_datagrams(held);
 }
 
 void datagrams_fit_the_buffer(surroundings& around) {
-    visitor who(around);
-    hold_session(who);
-    if (who.refused_datagrams() != 0) {
-        fail(formatted("{} datagrams that do not fit into 2048 bytes", who.refused_datagrams()), "none");
+    const session held(around);
+    if (held.refused_datagrams() != 0) {
+        fail(formatted("{} datagrams that do not fit into 2048 bytes", held.refused_datagrams()), "none");
     }
-    if (who.datagrams() == 0) {
-        stop("connect_is_answered", "nothing");
-    }
+    need_datagrams(held);
 }
 
 } // namespace vantu::orvanta::conformance::look

@@ -19,10 +19,6 @@ bytes question() {
     return device_request(op_code::device_close, 1, unlisted_device);
 }
 
-void connect_for_a_second(visitor& who) {
-    who.connect(introduction(keep_alive_ns));
-}
-
 // False when this machine was too busy to send in time.
 bool send_for_a_while(visitor& who, const bytes& datagram) {
     const pace& time = who.around().time;
@@ -43,7 +39,7 @@ void expect_kept_by(surroundings& around, const bytes& datagram, std::string_vie
     constexpr int attempts = 5;
     for (int i = 0; i < attempts; ++i) {
         visitor who(around);
-        connect_for_a_second(who);
+        who.connect(introduction(keep_alive_ns));
         if (send_for_a_while(who, datagram)) {
             expect_refusal(what, who.ask(question()), service_status::invalid_device_id);
             return;
@@ -56,7 +52,7 @@ void expect_kept_by(surroundings& around, const bytes& datagram, std::string_vie
 
 void silence_ends_the_connection(surroundings& around) {
     visitor who(around);
-    connect_for_a_second(who);
+    who.connect(introduction(keep_alive_ns));
     who.listen(watched_ns);
     expect_refusal("a request after twice the keep-alive time", who.ask(question()),
                    service_status::client_not_connected);
@@ -70,9 +66,7 @@ void requests_keep_the_connection(surroundings& around) {
     expect_kept_by(around, question(), "a request after others");
 }
 
-void a_goodbye_ends_the_connection(surroundings& around) {
-    visitor who(around);
-    who.connect();
+void a_goodbye_ends_the_connection(client& who) {
     who.disconnect();
     expect_refusal("a request after the goodbye", who.ask(question()), service_status::client_not_connected);
 }

@@ -41,17 +41,15 @@ void expect_record(std::string_view after, const seen_operation& seen, const byt
 }
 
 seen_operation set_to(device_user& who, std::uint8_t set, const bytes& value) {
-    return need_answer(who, device_request(set, 1, who.device(), value));
+    return need_answer(who, who.request(set, value));
 }
 
-void expect_kept(surroundings& around, std::uint8_t set, std::uint8_t get) {
-    device_user who(around, orvanta3_type);
-    const kept_settings kept(who);
+void expect_kept(device_user& who, std::uint8_t set, std::uint8_t get) {
     for (const setting& one : settings()) {
         for (const bytes& value : one.values) {
             if (one.set == set) {
                 (void)set_to(who, set, value);
-                expect_record("after the set", need_answer(who, device_request(get, 1, who.device())), value);
+                expect_record("after the set", need_answer(who, who.request(get)), value);
             }
         }
     }
@@ -81,9 +79,7 @@ void expect_hand(std::string_view whom, visitor& who, std::size_t since, std::ui
 
 } // namespace
 
-void sets_are_answered_with_their_values(surroundings& around) {
-    device_user who(around, orvanta3_type);
-    const kept_settings kept(who);
+void sets_are_answered_with_their_values(device_owner& who) {
     for (const setting& one : settings()) {
         for (const bytes& value : one.values) {
             expect_record(row_of(one.set, direction::to_service).name, set_to(who, one.set, value), value);
@@ -91,34 +87,30 @@ void sets_are_answered_with_their_values(surroundings& around) {
     }
 }
 
-void gravity_compensation_is_kept(surroundings& around) {
-    expect_kept(around, op_code::config_gravity_compensation_set, op_code::config_gravity_compensation_get);
+void gravity_compensation_is_kept(device_owner& who) {
+    expect_kept(who, op_code::config_gravity_compensation_set, op_code::config_gravity_compensation_get);
 }
 
-void torque_scaling_is_kept(surroundings& around) {
-    expect_kept(around, op_code::config_torque_scaling_set, op_code::config_torque_scaling_get);
+void torque_scaling_is_kept(device_owner& who) {
+    expect_kept(who, op_code::config_torque_scaling_set, op_code::config_torque_scaling_get);
 }
 
-void handedness_is_kept(surroundings& around) {
-    device_user who(around, orvanta3_type);
-    const kept_settings kept(who);
+void handedness_is_kept(device_owner& who) {
     for (const std::byte hand : {std::byte{2}, std::byte{1}, std::byte{2}}) {
         (void)set_to(who, op_code::config_handedness_set, {hand});
         who.disconnect();
         const std::size_t before = who.operations().size();
         who.connect();
         // Needed to put the setting back.
-        (void)need_answer(who, device_request(op_code::device_open, 1, who.device(), bytes(2)));
+        who.open();
         expect_hand("the listing after the set", who, before, who.device(), hand);
     }
 }
 
-void handedness_is_told_to_all_clients(surroundings& around) {
-    device_user who(around, orvanta3_type);
-    const kept_settings kept(who);
-    visitor other(around);
+void handedness_is_told_to_all_clients(device_owner& who) {
+    visitor other(who.around());
     const bool is_served = other.try_connect();
-    other.listen(around.quiet_time_ns);
+    other.listen(who.around().quiet_time_ns);
     for (const std::byte hand : {std::byte{2}, std::byte{1}}) {
         const std::size_t before = who.operations().size();
         const std::size_t before_at_other = other.operations().size();
@@ -130,23 +122,18 @@ void handedness_is_told_to_all_clients(surroundings& around) {
     }
 }
 
-void refused_requests_change_nothing(surroundings& around) {
-    device_user who(around, orvanta3_type);
-    const kept_settings kept(who);
-    const auto gravity = device_request(op_code::config_gravity_compensation_get, 1, who.device());
-    const auto torque = device_request(op_code::config_torque_scaling_get, 1, who.device());
+void refused_requests_change_nothing(device_owner& who) {
+    const bytes gravity = who.request(op_code::config_gravity_compensation_get);
+    const bytes torque = who.request(op_code::config_torque_scaling_get);
     const bytes gravity_before = need_answer(who, gravity).record();
     const bytes torque_before = need_answer(who, torque).record();
-    const auto refused = [&who](std::uint8_t set, const bytes& argument) {
-        const auto answer = who.ask(device_request(set, 1, who.device(), argument));
-        if (!answer || answer->code != op_code::service_error) {
-            stop("wrong_arguments_are_refused", text_of(answer));
-        }
-    };
     using gravity_value = vantu_orvanta_config_gravity_compensation;
-    refused(op_code::config_gravity_compensation_set, bytes_of(gravity_value{2, 0.125F}));
-    refused(op_code::config_gravity_compensation_set, bytes_of(gravity_value{0, 2.0F}));
-    refused(op_code::config_torque_scaling_set, {std::byte{2}});
+    for (const bytes& wrong :
+         {who.request(op_code::config_gravity_compensation_set, bytes_of(gravity_value{2, 0.125F})),
+          who.request(op_code::config_gravity_compensation_set, bytes_of(gravity_value{0, 2.0F})),
+          who.request(op_code::config_torque_scaling_set, bytes(1, std::byte{2}))}) {
+        (void)need_refusal(who, wrong, "wrong_arguments_are_refused");
+    }
     expect_record("after refused sets", need_answer(who, gravity), gravity_before);
     expect_record("after refused sets", need_answer(who, torque), torque_before);
 }

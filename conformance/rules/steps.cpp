@@ -1,6 +1,7 @@
 #include "conformance/rules/steps.hpp"
 
 #include "vantu/orvanta/common/format.hpp"
+#include "vantu/orvanta/communication/header.hpp"
 
 #include <algorithm>
 
@@ -38,6 +39,13 @@ bool is_answer(std::uint8_t code) {
 
 } // namespace
 
+bytes with_length(bytes request, std::size_t length) {
+    constexpr std::size_t place = sizeof(proto::header) + offsetof(proto::op, length);
+    request[place] = static_cast<std::byte>(length & 0xFFU);
+    request[place + 1] = static_cast<std::byte>(length >> 8U);
+    return request;
+}
+
 void expect_operation(std::string_view request, const std::optional<seen_operation>& answer,
                       std::uint8_t code) {
     if (!answer || answer->code != code) {
@@ -64,8 +72,15 @@ seen_operation need_answer(visitor& who, std::span<const std::byte> request) {
     return *std::move(answer);
 }
 
-device_visitor::device_visitor(surroundings& around, std::uint8_t type) : visitor(around) {
-    connect();
+seen_operation need_refusal(visitor& who, std::span<const std::byte> request, const std::string& rule) {
+    std::optional<seen_operation> answer = who.ask(request);
+    if (!answer || answer->code != op_code::service_error) {
+        stop(rule, text_of(answer));
+    }
+    return *std::move(answer);
+}
+
+device_client::device_client(surroundings& around, std::uint8_t type) : client(around) {
     const std::optional<listed_device> found = find_device(type);
     if (!found) {
         skip(type == orvanta3_type    ? "the service lists no Orvanta3"
@@ -75,46 +90,53 @@ device_visitor::device_visitor(surroundings& around, std::uint8_t type) : visito
     device_ = *found;
 }
 
-device_user::device_user(surroundings& around, std::uint8_t type) : device_visitor(around, type) {
-    (void)need_answer(
-        *this, device_request(op_code::device_open, 1, device(), usual_argument(op_code::device_open)));
+bytes device_client::request(std::uint8_t code, std::span<const std::byte> argument) const {
+    return device_request(code, 1, device_.id, argument);
 }
 
-kept_settings::kept_settings(device_user& owner) : owner_(owner) {
+void device_client::open() {
+    (void)need_answer(*this, request(op_code::device_open, usual_argument(op_code::device_open)));
+}
+
+void device_client::close() {
+    (void)need_answer(*this, request(op_code::device_close));
+}
+
+device_owner::device_owner(surroundings& around, std::uint8_t type) : device_user(around, type) {
     const auto keep = [this](std::uint8_t get, std::uint8_t set) {
-        const auto answer = owner_.ask(device_request(get, 1, owner_.device()));
+        const auto answer = ask(request(get));
         if (answer && answer->code == get) {
-            arguments_[set] = answer->record();
+            settings_[set] = answer->record();
         }
     };
     keep(op_code::config_gravity_compensation_get, op_code::config_gravity_compensation_set);
     keep(op_code::config_torque_scaling_get, op_code::config_torque_scaling_set);
-    for (const seen_operation& one : owner_.operations()) {
-        if (one.code == op_code::device_info_orvanta3 && one.device_id() == owner_.device() &&
+    for (const seen_operation& one : operations()) {
+        if (one.code == op_code::device_info_orvanta3 && one.device_id() == device() &&
             one.body.back() != std::byte{vantu_orvanta_handedness_none}) {
-            arguments_[op_code::config_handedness_set] = {one.body.back()};
+            settings_[op_code::config_handedness_set] = {one.body.back()};
         }
     }
 }
 
-kept_settings::~kept_settings() {
+device_owner::~device_owner() {
     try {
-        for (const auto& [set, argument] : arguments_) {
-            (void)owner_.ask(device_request(set, 1, owner_.device(), argument));
+        for (const auto& [set, argument] : settings_) {
+            (void)ask(request(set, argument));
         }
     } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the rule is over
     }
 }
 
-bytes kept_settings::argument_of(std::uint8_t code) const {
-    const auto found = arguments_.find(code);
-    return found == arguments_.end() ? usual_argument(code) : found->second;
+bytes device_owner::idle_request(std::uint8_t code, std::uint32_t device, std::uint8_t tag) const {
+    const auto found = settings_.find(code);
+    return device_request(code, tag, device, found == settings_.end() ? usual_argument(code) : found->second);
 }
 
 void expect_survival(device_user& who, std::string_view after) {
     // Refusals of what came before may still be on their way.
     who.forget();
-    who.send(device_request(op_code::device_open, 1, who.device(), bytes(2)));
+    who.send(who.request(op_code::device_open, usual_argument(op_code::device_open)));
     expect_operation(formatted("device_open after {}", after), who.await({op_code::device_opened}),
                      op_code::device_opened);
     visitor other(who.around());
@@ -125,10 +147,15 @@ void expect_survival(device_user& who, std::string_view after) {
     }
 }
 
-void expect_no_answer(const visitor& who, std::string_view to) {
+void expect_ignored(visitor& who, std::string_view what, const std::vector<bytes>& datagrams) {
+    who.forget();
+    for (const bytes& one : datagrams) {
+        who.send(one);
+    }
+    who.listen(who.around().quiet_time_ns);
     for (const seen_operation& one : who.news()) {
         if (is_answer(one.code)) {
-            fail(formatted("{}: {}", to, text_of(one)), "no answer");
+            fail(formatted("{}: {}", what, text_of(one)), "no answer");
         }
     }
 }

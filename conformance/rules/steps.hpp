@@ -18,6 +18,9 @@ inline constexpr std::uint8_t palmetron_type = vantu_orvanta_device_type_palmetr
 // A device id that no service lists.
 inline constexpr std::uint32_t unlisted_device = 0xFFFF'FFF0;
 
+// A request whose length field is this one, whatever follows.
+[[nodiscard]] bytes with_length(bytes request, std::size_t length);
+
 // Fails the rule unless the answer is this operation, or a refusal with this status.
 void expect_operation(std::string_view request, const std::optional<seen_operation>& answer,
                       std::uint8_t code);
@@ -26,47 +29,60 @@ void expect_refusal(std::string_view request, const std::optional<seen_operation
 
 // Stops the rule unless the request is answered as its row says. The answer.
 seen_operation need_answer(visitor& who, std::span<const std::byte> request);
+// The same for a refusal, which this rule says.
+seen_operation need_refusal(visitor& who, std::span<const std::byte> request, const std::string& rule);
 
-// A connected client, and the first device of a type that the service lists; skips the rule where there is
-// none.
-class device_visitor : public visitor {
+class client : public visitor {
   public:
-    explicit device_visitor(surroundings& around, std::uint8_t type = any_type);
+    explicit client(surroundings& around) : visitor(around) { connect(); }
+};
+
+// A client, and the first device of a type that the service lists; skips the rule where there is none.
+class device_client : public client {
+  public:
+    explicit device_client(surroundings& around, std::uint8_t type = any_type);
     [[nodiscard]] std::uint32_t device() const { return device_.id; }
     [[nodiscard]] std::uint8_t type() const { return device_.type; }
+
+    // A request for this device, with tag 1.
+    [[nodiscard]] bytes request(std::uint8_t code, std::span<const std::byte> argument = {}) const;
+
+    // Stop the rule where that is refused.
+    void open();
+    void close();
 
   private:
     listed_device device_;
 };
 
-// The same with the device opened; stops the rule where that is refused.
-class device_user : public device_visitor {
+// The same with the device opened.
+class device_user : public device_client {
   public:
-    explicit device_user(surroundings& around, std::uint8_t type = any_type);
+    explicit device_user(surroundings& around, std::uint8_t type = any_type) : device_client(around, type) {
+        open();
+    }
 };
 
-// The settings of a user's Orvanta3 as they were, which it gets back at the end; what cannot be read is left
-// alone.
-class kept_settings {
+// The same with the device's settings as they were, which it gets back at the end; what cannot be read is
+// left alone.
+class device_owner : public device_user {
   public:
-    explicit kept_settings(device_user& owner);
-    ~kept_settings();
-    kept_settings(const kept_settings&) = delete;
-    kept_settings& operator=(const kept_settings&) = delete;
+    explicit device_owner(surroundings& around, std::uint8_t type = orvanta3_type);
+    ~device_owner();
 
-    // Bytes after the device id with which a request changes nothing.
-    [[nodiscard]] bytes argument_of(std::uint8_t code) const;
+    // A request for a device that changes nothing of this one.
+    [[nodiscard]] bytes idle_request(std::uint8_t code, std::uint32_t device, std::uint8_t tag = 1) const;
+    [[nodiscard]] bytes idle_request(std::uint8_t code) const { return idle_request(code, device()); }
 
   private:
-    device_user& owner_;
-    std::map<std::uint8_t, bytes> arguments_; // of the requests that set
+    std::map<std::uint8_t, bytes> settings_; // by the requests that set them
 };
 
 // The connected client is still served, and a new one is accepted, or refused as one too many; else the rule
 // fails, after this bad input.
 void expect_survival(device_user& who, std::string_view after);
 
-// Fails the rule when an answer or a refusal has come.
-void expect_no_answer(const visitor& who, std::string_view to);
+// Sends these, and fails the rule when an answer or a refusal comes.
+void expect_ignored(visitor& who, std::string_view what, const std::vector<bytes>& datagrams);
 
 } // namespace vantu::orvanta::conformance

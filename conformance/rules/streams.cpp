@@ -57,10 +57,9 @@ void an_open_palmetron_streams(surroundings& around) {
     expect_stream(around, palmetron_type, {op_code::palmetron_state});
 }
 
-void streams_have_tag_0(surroundings& around) {
-    device_user who(around);
+void streams_have_tag_0(device_user& who) {
     need_stream(who);
-    who.listen(around.quiet_time_ns);
+    who.listen(who.around().quiet_time_ns);
     for (const seen_operation& one : who.operations()) {
         if (is_stream(one) && one.tag != 0) {
             fail(text_of(one), "tag 0");
@@ -69,27 +68,25 @@ void streams_have_tag_0(surroundings& around) {
 }
 
 void unopened_devices_stream_nothing(surroundings& around) {
-    device_visitor who(around);
+    device_client who(around);
     expect_no_stream(who, "for a client that has opened no device");
     visitor other(around);
     if (!other.try_connect()) {
         return;
     }
-    const auto opened = other.ask(device_request(op_code::device_open, 1, who.device(), bytes(2)));
+    const auto opened = other.ask(who.request(op_code::device_open, bytes(2)));
     if (opened && opened->code == op_code::device_opened) {
         expect_no_stream(who, "for a client while another has opened the device");
     }
 }
 
-void closed_devices_stream_nothing(surroundings& around) {
-    device_user who(around);
+void closed_devices_stream_nothing(device_user& who) {
     need_stream(who);
-    (void)need_answer(who, device_request(op_code::device_close, 1, who.device()));
+    who.close();
     expect_no_stream(who, "after device_closed");
 }
 
-void a_goodbye_ends_the_streams(surroundings& around) {
-    device_user who(around);
+void a_goodbye_ends_the_streams(device_user& who) {
     need_stream(who);
     who.disconnect();
     expect_no_stream(who, "after disconnected");
