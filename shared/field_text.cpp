@@ -11,7 +11,7 @@
 #include <iterator>
 #include <limits>
 #include <stdexcept>
-#include <vector>
+#include <utility>
 
 namespace vantu::orvanta {
 namespace {
@@ -78,13 +78,10 @@ std::uint64_t parsed_number(const field& what, std::string_view text) {
 
 void write_numbers(const field& what, std::string_view text, std::span<std::byte> value) {
     std::vector<std::uint64_t> numbers;
-    for (std::string_view rest = text;;) {
-        const std::size_t comma = std::min(rest.find(','), rest.size());
-        numbers.push_back(parsed_number(what, trimmed(rest.substr(0, comma))));
-        if (comma == rest.size()) {
-            break;
-        }
-        rest.remove_prefix(comma + 1);
+    for (std::optional<std::string_view> rest = text; rest;) {
+        const auto [one, others] = parted(*rest, ',');
+        numbers.push_back(parsed_number(what, one));
+        rest = others;
     }
     if (numbers.size() != what.count) {
         refuse(what, text, formatted("{} numbers with commas between them", what.count));
@@ -96,19 +93,11 @@ void write_numbers(const field& what, std::string_view text, std::span<std::byte
 }
 
 void write_hexadecimal(const field& what, std::string_view text, std::span<std::byte> value) {
-    std::vector<std::byte> bytes;
-    for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
-        std::uint8_t byte = 0;
-        const auto [stopped, error] = std::from_chars(text.data() + i, text.data() + i + 2, byte, 16);
-        if (error != std::errc{} || stopped != text.data() + i + 2) {
-            break;
-        }
-        bytes.push_back(static_cast<std::byte>(byte));
-    }
-    if (text.size() != 2 * value.size() || bytes.size() != value.size()) {
+    const auto bytes = bytes_of_hexadecimal(text);
+    if (!bytes || bytes->size() != value.size()) {
         refuse(what, text, formatted("{} hexadecimal digits", 2 * value.size()));
     }
-    std::copy(bytes.begin(), bytes.end(), value.begin());
+    std::copy(bytes->begin(), bytes->end(), value.begin());
 }
 
 void write_text(const field& what, std::string_view text, std::span<std::byte> value) {
@@ -163,6 +152,20 @@ void write_value(const field& what, std::string_view text, std::span<std::byte> 
     case field_type::f32:
         return write_numbers(what, text, value);
     }
+}
+
+std::optional<std::vector<std::byte>> bytes_of_hexadecimal(std::string_view text) {
+    std::vector<std::byte> bytes(text.size() / 2);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        std::uint8_t byte = 0;
+        const char* const begin = text.data() + 2 * i;
+        const auto [stopped, error] = std::from_chars(begin, begin + 2, byte, 16);
+        if (error != std::errc{} || stopped != begin + 2) {
+            return std::nullopt;
+        }
+        bytes[i] = static_cast<std::byte>(byte);
+    }
+    return text.size() % 2 == 0 ? std::make_optional(std::move(bytes)) : std::nullopt;
 }
 
 std::optional<communication::placed_field> named_value(std::span<const field> fields, std::string_view text) {

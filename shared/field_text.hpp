@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantu::orvanta {
 
@@ -20,6 +21,9 @@ namespace vantu::orvanta {
 // than its field, and bytes are as many as the value has. Throws std::invalid_argument with one line, what is
 // wrong and what would be right, and leaves the value as it was.
 void write_value(const communication::field& what, std::string_view text, std::span<std::byte> value);
+
+// The bytes of a text of hexadecimal digits, two each; empty where it is none.
+[[nodiscard]] std::optional<std::vector<std::byte>> bytes_of_hexadecimal(std::string_view text);
 
 // The field that a text names: "enabled", or one value of a field with several, as in "values[2]".
 [[nodiscard]] std::optional<communication::placed_field> named_value(

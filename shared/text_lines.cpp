@@ -19,6 +19,15 @@ std::string_view trimmed(std::string_view text) noexcept {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
+std::pair<std::string_view, std::optional<std::string_view>> parted(std::string_view text,
+                                                                    char sign) noexcept {
+    const auto place = text.find(sign);
+    if (place == std::string_view::npos) {
+        return {trimmed(text), std::nullopt};
+    }
+    return {trimmed(text.substr(0, place)), trimmed(text.substr(place + 1))};
+}
+
 std::string_view take_word(std::string_view& text) noexcept {
     text = trimmed(text);
     const auto end = std::min(text.find_first_of(blanks), text.size());

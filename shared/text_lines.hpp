@@ -6,11 +6,16 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace vantu::orvanta {
 
 // Without the blanks and tabs around it.
 [[nodiscard]] std::string_view trimmed(std::string_view text) noexcept;
+
+// What stands before the first such sign, and after it where there is one; without the blanks around them.
+[[nodiscard]] std::pair<std::string_view, std::optional<std::string_view>> parted(std::string_view text,
+                                                                                  char sign) noexcept;
 
 // Takes the first word off a text, and the blanks around it; empty where there is none.
 [[nodiscard]] std::string_view take_word(std::string_view& text) noexcept;

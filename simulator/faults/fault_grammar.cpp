@@ -1,4 +1,5 @@
 // Reading a fault's argument and selectors.
+#include "shared/field_text.hpp"
 #include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
 #include "simulator/faults/fault_fit.hpp"
@@ -42,11 +43,9 @@ class fault_reader {
   public:
     fault_reader(fault_kind kind, std::string_view text) : row_(row_of(kind)) {
         rule_.kind = kind;
-        const auto at = text.find('@');
-        read_argument(trimmed(text.substr(0, at)));
-        if (at != std::string_view::npos) {
-            read_selectors(text.substr(at + 1));
-        }
+        const auto [argument, selectors] = parted(text, '@');
+        read_argument(argument);
+        read_selectors(selectors);
         rule_.now = row_.at_once && !selected_;
         check_chances();
         check_fit();
@@ -79,10 +78,10 @@ class fault_reader {
 
     // Two numbers with a sign between them, the second of which may be left out.
     void read_pair(std::string_view text, char between, std::uint64_t greatest, std::string_view what) {
-        const auto place = text.find(between);
-        rule_.first = short_number(trimmed(text.substr(0, place)), 0, greatest, what);
-        if (place != std::string_view::npos) {
-            rule_.last = short_number(trimmed(text.substr(place + 1)), 0, greatest, what);
+        const auto [first, last] = parted(text, between);
+        rule_.first = short_number(first, 0, greatest, what);
+        if (last) {
+            rule_.last = short_number(*last, 0, greatest, what);
         }
     }
 
@@ -113,19 +112,18 @@ class fault_reader {
     }
 
     void read_hexadecimal(std::string_view text) {
-        const bool digits = text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
-        if (!digits || text.size() % 2 != 0 || text.size() / 2 > greatest_datagram) {
+        if (!bytes_of_hexadecimal(text) || text.size() / 2 > greatest_datagram) {
             refuse(formatted("'{}' is no row of bytes, two hexadecimal digits each", text));
         }
         rule_.text = text;
     }
 
     void read_field(std::string_view text) {
-        if (text.find('=') == std::string_view::npos || without_control_characters(text) != text) {
+        const auto [name, value] = parted(text, '=');
+        if (!value || without_control_characters(text) != text) {
             refuse(formatted("'{}' is no FIELD=VALUE", text));
         }
-        rule_.text = formatted("{}={}", trimmed(text.substr(0, text.find('='))),
-                               trimmed(text.substr(text.find('=') + 1)));
+        rule_.text = formatted("{}={}", name, *value);
     }
 
     void read_argument(std::string_view text) {
@@ -160,23 +158,19 @@ class fault_reader {
         }
     }
 
-    void read_selectors(std::string_view text) {
-        for (;;) {
-            const auto comma = text.find(',');
-            read_selector(trimmed(text.substr(0, comma)));
-            if (comma == std::string_view::npos) {
-                break;
-            }
-            text.remove_prefix(comma + 1);
+    void read_selectors(std::optional<std::string_view> text) {
+        while (text) {
+            const auto [first, others] = parted(*text, ',');
+            read_selector(first);
+            text = others;
         }
     }
 
     void read_selector(std::string_view text) {
-        const auto equals = std::min(text.find('='), text.size());
-        const std::string_view key = trimmed(text.substr(0, equals));
-        const std::string_view value = trimmed(text.substr(std::min(equals + 1, text.size())));
+        const auto [key, given] = parted(text, '=');
+        const std::string_view value = given.value_or("");
         const auto* const row = std::find_if(fault_selectors.begin(), fault_selectors.end(),
-                                             [key](const selector_row& one) { return one.key == key; });
+                                             [key = key](const selector_row& one) { return one.key == key; });
         if (row == fault_selectors.end()) {
             if (const auto* const old = find_old_word(formatted("{}=", key)); old != nullptr) {
                 throw std::invalid_argument(

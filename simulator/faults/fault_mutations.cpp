@@ -59,11 +59,10 @@ bool cut_body(datagram_bytes& datagram, const fault_rule& rule, direction way) {
 
 bool insert_bytes(datagram_bytes& datagram, const fault_rule& rule, direction way) {
     const auto which = chosen_operation(rule, datagram, way);
-    datagram_bytes added(rule.text.size() / 2);
+    const datagram_bytes added = bytes_of_hexadecimal(rule.text).value_or(datagram_bytes{});
     if (!which || datagram.size() + added.size() > greatest_datagram) {
         return false;
     }
-    write_value({"", field_type::bytes}, rule.text, added);
     const auto place = datagram.begin() + static_cast<std::ptrdiff_t>(which->record);
     datagram.insert(place, added.begin(), added.end());
     return !added.empty();

@@ -7,11 +7,8 @@
 #include "vantu/orvanta/communication/fields.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 
-#include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <limits>
-#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -25,20 +22,6 @@ constexpr std::string_view example_of_send = "as in 'send device_block_reply dev
 
 [[noreturn]] void refuse_to_send(const std::string& what) {
     throw std::invalid_argument("send: " + what);
-}
-
-std::optional<sent_bytes> bytes_of(std::string_view text) {
-    sent_bytes bytes(text.size() / 2);
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        std::uint8_t byte = 0;
-        const char* const begin = text.data() + 2 * i;
-        const auto [stopped, error] = std::from_chars(begin, begin + 2, byte, 16);
-        if (error != std::errc{} || stopped != begin + 2) {
-            return std::nullopt;
-        }
-        bytes[i] = static_cast<std::byte>(byte);
-    }
-    return text.size() % 2 == 0 ? std::make_optional(std::move(bytes)) : std::nullopt;
 }
 
 std::uint64_t number_of(std::string_view key, std::string_view text, std::uint64_t least,
@@ -74,7 +57,7 @@ std::string names_of(std::span<const field> fields) {
 }
 
 void write_tail(const operation& row, std::string_view text, sent_bytes& body) {
-    const auto tail = bytes_of(text);
+    const auto tail = bytes_of_hexadecimal(text);
     if (!tail || tail->size() > std::numeric_limits<std::uint8_t>::max()) {
         refuse_to_send(formatted("tail is '{}'; at most 255 bytes in hexadecimal would be right", text));
     }
@@ -118,14 +101,13 @@ send_command read_send(std::string_view rest) {
             formatted("there is no operation; one of those to clients would be right, {}", example_of_send));
     }
     send_command made;
-    const auto raw = bytes_of(first);
+    const auto raw = bytes_of_hexadecimal(first);
     const operation* const row = raw ? nullptr : &operation_to_clients(first);
     sent_bytes body(row != nullptr ? row->body_size : 0);
     std::uint8_t tag = 0;
     for (std::string_view word = take_word(rest); !word.empty(); word = take_word(rest)) {
-        const std::size_t sign = std::min(word.find('='), word.size());
-        const std::string_view key = word.substr(0, sign);
-        const std::string_view value = word.substr(std::min(sign + 1, word.size()));
+        const auto [key, given] = parted(word, '=');
+        const std::string_view value = given.value_or("");
         if (key == "client") {
             made.client = number_of(key, value, 1, std::numeric_limits<std::uint32_t>::max());
         } else if (row == nullptr) {

@@ -134,4 +134,14 @@ TEST(named_value, finds_a_field_or_one_value_of_several) {
 }
 
 } // namespace
+
+TEST(bytes, are_read_from_two_hexadecimal_digits_each) {
+    const std::vector<std::byte> wanted{std::byte{0xFF}, std::byte{0x57}, std::byte{0x0A}};
+    EXPECT_EQ(bytes_of_hexadecimal("fF570a"), wanted);
+    EXPECT_EQ(bytes_of_hexadecimal(""), std::vector<std::byte>{});
+    for (const char* wrong : {"f", "ff5", "0x", "fg", "-1", "f f "}) {
+        EXPECT_EQ(bytes_of_hexadecimal(wrong), std::nullopt) << wrong;
+    }
+}
+
 } // namespace orvanta_tests

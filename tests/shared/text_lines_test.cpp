@@ -17,6 +17,15 @@ TEST(words_of_a_line, come_off_a_line_one_by_one) {
     EXPECT_EQ(take_word(line), "");
 }
 
+TEST(a_text, is_parted_at_the_first_of_a_sign_alone) {
+    const std::pair<std::string_view, std::optional<std::string_view>> both{"op", "66=7"};
+    EXPECT_EQ(parted(" op = 66=7\t", '='), both);
+    const std::pair<std::string_view, std::optional<std::string_view>> nothing_after{"op", ""};
+    EXPECT_EQ(parted("op=", '='), nothing_after);
+    const std::pair<std::string_view, std::optional<std::string_view>> whole{"op", std::nullopt};
+    EXPECT_EQ(parted(" op ", '='), whole);
+}
+
 TEST(words_of_a_line, are_whole_numbers_only_as_a_whole) {
     EXPECT_EQ(whole_number("0"), 0U);
     EXPECT_EQ(whole_number("18446744073709551615"), 18446744073709551615U);
