@@ -1,8 +1,5 @@
 #include "simulator/faults/fault_chances.hpp"
 
-#include <algorithm>
-#include <cstring>
-
 namespace vantu::orvanta::simulator {
 namespace {
 
@@ -23,16 +20,6 @@ fault_chances::draw fault_chances::next(std::uint64_t rule, std::optional<std::u
     series& such = drawn_[{rule, client, what.way, operation}];
     return {{seed_, {rule, client, static_cast<std::uint64_t>(what.way), operation, such.fitted++}},
             &such.in_burst};
-}
-
-bool fault_chances::by_address::operator()(const peer& left, const peer& right) const noexcept {
-    const auto& one = left.address.address.bytes;
-    const auto& other = right.address.address.bytes;
-    if (left.listener != right.listener || left.address.length != right.address.length) {
-        return std::tie(left.listener, left.address.length) < std::tie(right.listener, right.address.length);
-    }
-    const auto used = static_cast<std::size_t>(std::clamp<std::int32_t>(left.address.length, 0, sizeof one));
-    return std::memcmp(one, other, used) < 0;
 }
 
 } // namespace vantu::orvanta::simulator

@@ -33,9 +33,6 @@ class fault_chances {
     [[nodiscard]] draw next(std::uint64_t rule, std::optional<std::uint8_t> code, const piped_datagram& what);
 
   private:
-    struct by_address {
-        bool operator()(const peer& left, const peer& right) const noexcept;
-    };
     using kind_of_datagram =
         std::tuple<std::uint64_t, std::uint64_t, communication::direction, std::uint64_t>;
     struct series {
@@ -44,7 +41,7 @@ class fault_chances {
     };
 
     std::uint64_t seed_;
-    std::map<peer, std::uint64_t, by_address> clients_;
+    std::map<peer, std::uint64_t> clients_;
     std::map<kind_of_datagram, series> drawn_;
 };
 

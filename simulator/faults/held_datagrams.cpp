@@ -69,14 +69,11 @@ void held_datagrams::release(const std::function<bool(std::uint64_t by)>& is_cho
 std::vector<held_datagrams::entry> held_datagrams::take_due(std::int64_t now_ns) {
     std::vector<entry> due;
     while (!by_due_.empty() && by_due_.begin()->first.due_ns <= now_ns) {
-        forget_overtaken(by_due_.begin()->first);
+        std::erase_if(overtaken_,
+                      [where = by_due_.begin()->first](const overtaken& one) { return one.where == where; });
         due.push_back(std::move(by_due_.extract(by_due_.begin()).mapped()));
     }
     return due;
-}
-
-void held_datagrams::forget_overtaken(const place& where) {
-    std::erase_if(overtaken_, [&where](const overtaken& one) { return one.where == where; });
 }
 
 std::int64_t held_datagrams::next_due_ns() const noexcept {

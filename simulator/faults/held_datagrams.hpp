@@ -11,7 +11,6 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <tuple>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -56,10 +55,7 @@ class held_datagrams {
     struct place {
         std::int64_t due_ns;
         std::uint64_t number; // in the order of being held
-        bool operator==(const place&) const = default;
-        bool operator<(const place& other) const {
-            return std::tie(due_ns, number) < std::tie(other.due_ns, other.number);
-        }
+        auto operator<=>(const place&) const = default;
     };
     struct overtaken {
         place where;
@@ -70,7 +66,6 @@ class held_datagrams {
     };
     [[nodiscard]] std::vector<overtaken>::const_iterator find(std::uint64_t by, communication::direction way,
                                                               const peer& with) const;
-    void forget_overtaken(const place& where);
 
     std::map<place, entry> by_due_;
     std::vector<overtaken> overtaken_; // one a rule, client and way at most

@@ -4,8 +4,11 @@
 #include "network/socket.hpp"
 
 #include <algorithm>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <tuple>
 
 namespace vantu::orvanta::simulator {
 
@@ -15,13 +18,19 @@ struct peer {
     std::size_t listener{0};
 };
 
-// Same listener and same address, to the byte.
-[[nodiscard]] inline bool same_peer(const peer& left, const peer& right) noexcept {
+// By listener and address, to the byte.
+[[nodiscard]] inline std::strong_ordering operator<=>(const peer& left, const peer& right) noexcept {
     const auto& one = left.address.address.bytes;
-    const auto& other = right.address.address.bytes;
+    if (left.listener != right.listener || left.address.length != right.address.length) {
+        return std::tie(left.listener, left.address.length) <=>
+               std::tie(right.listener, right.address.length);
+    }
     const auto used = static_cast<std::size_t>(std::clamp<std::int32_t>(left.address.length, 0, sizeof one));
-    return left.listener == right.listener && left.address.length == right.address.length &&
-           std::equal(one, one + used, other);
+    return std::memcmp(one, right.address.address.bytes, used) <=> 0;
+}
+
+[[nodiscard]] inline bool same_peer(const peer& left, const peer& right) noexcept {
+    return (left <=> right) == 0;
 }
 
 } // namespace vantu::orvanta::simulator
