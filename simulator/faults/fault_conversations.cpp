@@ -23,17 +23,15 @@ template <typename Element> void keep_latest(std::deque<Element>& elements, std:
 
 } // namespace
 
-const conversations::conversation* conversations::find(const peer& who) const {
+conversations::conversation* conversations::find(const peer& who) {
     const auto found = std::find_if(known_.rbegin(), known_.rend(),
                                     [&who](const conversation& one) { return same_peer(one.with, who); });
     return found != known_.rend() ? &*found : nullptr;
 }
 
 conversations::conversation& conversations::with(const peer& who) {
-    const auto found = std::find_if(known_.begin(), known_.end(),
-                                    [&who](const conversation& one) { return same_peer(one.with, who); });
-    if (found != known_.end()) {
-        return *found;
+    if (conversation* const known = find(who); known != nullptr) {
+        return *known;
     }
     known_.push_back({who, 0, {}});
     keep_latest(known_, most_known);
@@ -52,33 +50,33 @@ void conversations::note_requests(const peer& from, std::span<const std::byte> d
 }
 
 std::optional<std::uint8_t> conversations::note_answers(const peer& to, std::span<const std::byte> datagram) {
-    if (find(to) == nullptr) {
+    conversation* const own = find(to);
+    if (own == nullptr) {
         return std::nullopt; // it has asked for nothing
     }
     std::optional<std::uint8_t> first;
-    conversation& own = with(to);
     for (const operation_place& place : operations_in(datagram)) {
         if (place.code == op_code::connected) {
-            own.session = ++sessions_;
+            own->session = ++sessions_;
         }
         const auto answered =
-            std::find_if(own.waiting.begin(), own.waiting.end(), [&place](const awaited& one) {
+            std::find_if(own->waiting.begin(), own->waiting.end(), [&place](const awaited& one) {
                 return one.tag == place.tag &&
                        (one.code == place.code || place.code == op_code::service_error);
             });
-        if (answered != own.waiting.end()) {
-            own.waiting.erase(answered);
+        if (answered != own->waiting.end()) {
+            own->waiting.erase(answered);
             first = first.value_or(place.code);
         }
     }
     if (first.has_value()) {
-        answers_.push_back({to, own.session, *first, {datagram.begin(), datagram.end()}});
+        answers_.push_back({to, own->session, *first, {datagram.begin(), datagram.end()}});
         keep_latest(answers_, most_answers);
     }
     return first;
 }
 
-const datagram_bytes* conversations::earlier_answer(const peer& to, std::uint8_t code) const {
+const datagram_bytes* conversations::earlier_answer(const peer& to, std::uint8_t code) {
     const conversation* const own = find(to);
     const std::uint64_t session = own != nullptr ? own->session : 0;
     const answer* best = nullptr;

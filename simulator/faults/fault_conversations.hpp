@@ -26,7 +26,7 @@ class conversations {
 
     // The latest answer of a session before the client's present one, its own sessions first, and one of
     // this code first; null where there is none. Valid until the next note.
-    [[nodiscard]] const datagram_bytes* earlier_answer(const peer& to, std::uint8_t code) const;
+    [[nodiscard]] const datagram_bytes* earlier_answer(const peer& to, std::uint8_t code);
 
   private:
     struct awaited {
@@ -46,7 +46,8 @@ class conversations {
     };
 
     [[nodiscard]] conversation& with(const peer& who);
-    [[nodiscard]] const conversation* find(const peer& who) const;
+    // Null where it has asked for nothing.
+    [[nodiscard]] conversation* find(const peer& who);
 
     std::deque<conversation> known_;
     std::deque<answer> answers_;

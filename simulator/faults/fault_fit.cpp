@@ -43,12 +43,12 @@ std::optional<std::uint32_t> device_of(std::span<const std::byte> datagram, cons
     return device;
 }
 
+} // namespace
+
 bool goes(const fault_rule& rule, direction way) {
     const fault_row& row = row_of(rule.kind);
     return rule.way ? *rule.way == way : way == direction::to_service ? row.to_service : row.to_client;
 }
-
-} // namespace
 
 bool is_about(const fault_rule& rule, const operation& row) {
     const fault_act act = row_of(rule.kind).act;

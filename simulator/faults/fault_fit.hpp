@@ -10,6 +10,9 @@
 
 namespace vantu::orvanta::simulator {
 
+// Whether the rule is for datagrams of this way.
+[[nodiscard]] bool goes(const fault_rule& rule, communication::direction way);
+
 // Whether the rule can be about this operation.
 [[nodiscard]] bool is_about(const fault_rule& rule, const communication::operation& row);
 

@@ -88,10 +88,6 @@ std::size_t start_of(field_place place, const operation_place& which) {
     return 0;
 }
 
-bool is_of_the_header(const fault_rule& rule) {
-    return name_in(rule).starts_with("header.");
-}
-
 } // namespace
 
 std::optional<patch_field> patched_field(const fault_rule& rule, std::uint8_t code, direction way) {
@@ -144,23 +140,22 @@ std::string complaint_about_value(const fault_rule& rule) {
     return complaint;
 }
 
-bool can_patch(const fault_rule& rule, std::span<const std::byte> datagram, direction way) {
-    return is_of_the_header(rule) && !rule.code && !rule.device
-               ? datagram.size() >= sizeof(proto::header)
-               : chosen_operation(rule, datagram, way).has_value();
+std::optional<operation_place> operation_to_patch(const fault_rule& rule, std::span<const std::byte> datagram,
+                                                  direction way) {
+    if (!name_in(rule).starts_with("header.") || rule.code || rule.device) {
+        return chosen_operation(rule, datagram, way);
+    }
+    return datagram.size() >= sizeof(proto::header) ? std::optional(operation_place{}) : std::nullopt;
 }
 
 bool patch(const fault_rule& rule, datagram_bytes& datagram, direction way, fault_random& chance) {
-    if (!can_patch(rule, datagram, way)) {
-        return false;
-    }
-    const auto which = chosen_operation(rule, datagram, way).value_or(operation_place{});
-    const auto found = patched_field(rule, which.code, way);
+    const auto which = operation_to_patch(rule, datagram, way);
+    const auto found = which ? patched_field(rule, which->code, way) : std::nullopt;
     if (!found) {
         return false;
     }
     const datagram_bytes before = datagram;
-    const auto bytes = std::span(datagram).subspan(start_of(found->place, which) + found->field.offset,
+    const auto bytes = std::span(datagram).subspan(start_of(found->place, *which) + found->field.offset,
                                                    size_of(found->field.what));
     if (value_in(rule) == any_other) {
         put_another(found->field.what, bytes, chance);

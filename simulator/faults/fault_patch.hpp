@@ -38,9 +38,11 @@ struct patch_field {
 // empty where it is.
 [[nodiscard]] std::string complaint_about_value(const fault_rule& rule);
 
-// Whether a datagram has the field: that of its header, or of the first operation that the rule is about.
-[[nodiscard]] bool can_patch(const fault_rule& rule, std::span<const std::byte> datagram,
-                             communication::direction way);
+// The first operation in a datagram that has the field; an empty place where the field is one of its header
+// and the rule chooses no operation. Nothing where the datagram does not have the field.
+[[nodiscard]] std::optional<operation_place> operation_to_patch(const fault_rule& rule,
+                                                                std::span<const std::byte> datagram,
+                                                                communication::direction way);
 
 // Writes the field; false, and nothing has changed, where there is none or it has that value already.
 [[nodiscard]] bool patch(const fault_rule& rule, datagram_bytes& datagram, communication::direction way,

@@ -21,11 +21,8 @@ bool is_in_burst(const fault_rule& rule, fault_random& chance, bool& in_burst) {
 
 bool fault_pipeline::fits(const fault_rule& rule, const piped_datagram& what) {
     const fault_row& row = row_of(rule.kind);
-    if ((in_action_ && row.act == fault_act::action) || (what.is_copy && row.act == fault_act::copies)) {
-        return false;
-    }
-    if (rule.way.has_value() ? *rule.way != what.way
-                             : !(what.way == direction::to_service ? row.to_service : row.to_client)) {
+    if ((in_action_ && row.act == fault_act::action) || (what.is_copy && row.act == fault_act::copies) ||
+        !goes(rule, what.way)) {
         return false;
     }
     if (rule.client != 0 && rule.client != chances_.number_of(what.with) + 1) {
@@ -39,7 +36,7 @@ bool fault_pipeline::fits(const fault_rule& rule, const piped_datagram& what) {
         return false;
     }
     if (rule.kind == fault_kind::patch) {
-        return can_patch(rule, what.bytes, what.way);
+        return operation_to_patch(rule, what.bytes, what.way).has_value();
     }
     const bool chooses = rule.code || rule.device || row.act == fault_act::refusal;
     return !chooses || chosen_operation(rule, what.bytes, what.way).has_value();

@@ -10,20 +10,9 @@ namespace {
 
 using communication::direction;
 
-std::string span_text(const fault_rule& rule) {
-    std::string text = formatted("{}", *rule.first);
-    if (rule.last.has_value()) {
-        text += formatted("-{}", *rule.last);
-    }
-    return text;
-}
-
-std::string status_text(const fault_rule& rule) {
-    std::string text = formatted("0x{:02X}", *rule.first);
-    if (rule.last.has_value()) {
-        text += formatted(":{}", *rule.last);
-    }
-    return text;
+// The argument's second number after its sign, where there is one.
+std::string last_text(const fault_rule& rule, char between) {
+    return rule.last.has_value() ? formatted("{}{}", between, *rule.last) : "";
 }
 
 std::string argument_text(const fault_rule& rule) {
@@ -36,9 +25,9 @@ std::string argument_text(const fault_rule& rule) {
     }
     switch (argument) {
     case fault_argument::milliseconds:
-        return span_text(rule);
+        return formatted("{}{}", *rule.first, last_text(rule, '-'));
     case fault_argument::status:
-        return status_text(rule);
+        return formatted("0x{:02X}{}", *rule.first, last_text(rule, ':'));
     case fault_argument::device_type:
         return *rule.first == vantu_orvanta_device_type_palmetron ? "palmetron" : "orvanta3";
     default:
