@@ -1,22 +1,6 @@
 // The measurements of a simulated device at a time: smooth values that depend on the device, its
 // configuration and the time alone, never the same for two devices.
-//
-// Lengths are in metres, times in seconds, currents in ampere; x points right, y forward, z up. The k-th
-// device of a type, from 0, has the phase p = 2.39996 (k + 1), the golden angle, and its centre at
-// (0.25 k, 0, 0). S(f, q) stands for sin(2 pi f t + q).
-//
-// path         x = 0.06 S(0.25, p), y = 0.05 S(0.40, 1.3 p), z = 0.04 S(0.15, 1.7 p) from the centre, so
-//              never farther from it than the reach of 0.1 m; left-handed: -x for x
-// velocity     the derivative of the path
-// orientation  by 0.2 + 0.1 S(0.1, p) rad about the axis (sin 0.5 cos p, sin 0.5 sin p, cos 0.5);
-//              left-handed: the mirror image, -y and -z for y and z of the quaternion
-// gravity      the arm hangs from a shoulder 0.15 m behind the centre, with the lever
-//              r = sqrt(x^2 + (y + 0.15)^2); motor 2 holds 0.15 kg g r F, motor 3 0.05 kg g r F and motor 1
-//              nothing, F being the factor of gravity compensation, 0 while that is off
-// friction     motor i moves axis i against 0.02 tanh(v / 0.01) + 0.1 v N m
-// currents     s (gravity + friction) / 0.5 N m/A, s being 0.6 with torque scaling and 1 without
-// grip         closes to c = (1 + S(0.2, p)) / 2; each further finger follows by 0.2 rad; the button is
-//              pressed while c is above 0.9
+// docs/simulator.md has the formulas.
 #pragma once
 
 #include "simulator/service/device.hpp"
