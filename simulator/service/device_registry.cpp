@@ -56,20 +56,8 @@ std::optional<device> device_registry::next_free(std::uint8_t device_type,
 
 device device_registry::as_saved(std::uint32_t id) const {
     device which = known_.at(id);
-    if (state_ != nullptr) {
-        state_->apply_to({&which, 1});
-    } else if (const auto found = saved_.find(uuid_text(which)); found != saved_.end()) {
-        which.settings = found->second;
-    }
+    state_.apply_to({&which, 1});
     return which;
-}
-
-std::string device_registry::save(const device& which) {
-    if (state_ != nullptr) {
-        return state_->keep(which);
-    }
-    saved_.insert_or_assign(uuid_text(which), which.settings);
-    return {};
 }
 
 } // namespace vantu::orvanta::simulator

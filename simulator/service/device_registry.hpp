@@ -15,7 +15,9 @@ namespace vantu::orvanta::simulator {
 class device_registry {
   public:
     // Saved configurations go into the state, which outlives the registry, or into memory where it is null.
-    explicit device_registry(saved_state* state) : state_(state) {}
+    explicit device_registry(saved_state* state) : state_(state != nullptr ? *state : in_memory_) {}
+    device_registry(const device_registry&) = delete;
+    device_registry& operator=(const device_registry&) = delete;
 
     // Keeps the device with the configuration that it has until it saves one, and returns it with a place
     // that no other device of its type has: what a device measures depends on its place.
@@ -29,12 +31,12 @@ class device_registry {
     [[nodiscard]] device as_saved(std::uint32_t id) const;
 
     // Saves the device's configuration. Returns an empty text, or what failed in one line.
-    [[nodiscard]] std::string save(const device& which);
+    [[nodiscard]] std::string save(const device& which) { return state_.keep(which); }
 
   private:
     std::map<std::uint32_t, device> known_;
-    std::map<std::string, configuration> saved_; // by the device's uuid_text
-    saved_state* state_;
+    saved_state in_memory_;
+    saved_state& state_;
 };
 
 } // namespace vantu::orvanta::simulator

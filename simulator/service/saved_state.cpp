@@ -102,7 +102,7 @@ void saved_state::apply_to(std::span<device> devices) const {
 std::string saved_state::keep(const device& which) {
     auto changed = kept_;
     changed[uuid_text(which)] = which.settings;
-    std::string failure = replace_file(path_, state_text_of(changed));
+    std::string failure = path_.empty() ? "" : replace_file(path_, state_text_of(changed));
     if (failure.empty()) {
         kept_ = std::move(changed);
     }

@@ -1,4 +1,4 @@
-// The configurations that devices have saved, in a file of JSON text.
+// The configurations that devices have saved, in a file of JSON text or in memory.
 #pragma once
 
 #include "simulator/service/device.hpp"
@@ -11,6 +11,8 @@ namespace vantu::orvanta::simulator {
 
 class saved_state {
   public:
+    // Without a file: they last as long as this does.
+    saved_state() = default;
     // Reads the file; one that is not there holds no configurations. Throws std::runtime_error with one
     // line, which begins with the path, when it is wrong in any way or could not be written later.
     explicit saved_state(std::string path);
