@@ -154,33 +154,22 @@ const rule* find_rule(std::uint8_t code) {
     return found == rules.end() ? nullptr : &*found;
 }
 
-// Every operation to the service but the keep-alive is a request.
-consteval bool every_request_has_its_answer() {
+// Every operation to the service but the keep-alive is a request; those of a connection itself have no rule.
+consteval bool every_request_has_an_answer_and_a_rule() {
     for (const operation& row : operations) {
         const bool is_request = row.way == direction::to_service && row.code != op_code::keep_alive;
-        if (is_request != (row.answered_by != op_code::none)) {
-            return false;
-        }
-    }
-    return true;
-}
-static_assert(every_request_has_its_answer());
-
-// The requests of a connection itself have no rule; every other one has a rule.
-consteval bool every_request_has_a_rule() {
-    for (const operation& row : operations) {
         const bool is_of_a_connection = row.code == op_code::connect || row.code == op_code::disconnect;
-        std::size_t count = 0;
-        for (const rule& one : rules) {
-            count += row.way == direction::to_service && one.code == row.code ? 1 : 0;
-        }
-        if (count != (row.answered_by == op_code::none || is_of_a_connection ? 0 : 1)) {
+        const auto count = std::count_if(rules.begin(), rules.end(), [&row](const rule& one) {
+            return row.way == direction::to_service && one.code == row.code;
+        });
+        if (is_request != (row.answered_by != op_code::none) ||
+            count != (is_request && !is_of_a_connection ? 1 : 0)) {
             return false;
         }
     }
     return true;
 }
-static_assert(every_request_has_a_rule());
+static_assert(every_request_has_an_answer_and_a_rule());
 
 } // namespace
 

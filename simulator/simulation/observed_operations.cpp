@@ -1,5 +1,6 @@
 #include "simulator/simulation/observed_operations.hpp"
 
+#include "shared/datagram_operations.hpp"
 #include "vantu/orvanta/communication/fields.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 
@@ -34,15 +35,11 @@ void observe_operations(std::span<const std::byte> datagram, direction way,
     if (header.magic != proto::header_magic || header.version != proto::protocol_version) {
         return;
     }
-    auto unread = datagram.subspan(sizeof header);
-    for (proto::op record{}; unread.size() >= sizeof record;) {
-        std::memcpy(&record, unread.data(), sizeof record);
-        unread = unread.subspan(sizeof record);
-        if (record.magic != proto::op_magic || record.length > unread.size()) {
+    for (const operation_place& place : operations_in(datagram)) {
+        if (place.body_size < place.length) {
             return;
         }
-        observer({way, record.code, unread.first(record.length)});
-        unread = unread.subspan(record.length);
+        observer({way, place.code, datagram.subspan(place.body(), place.body_size)});
     }
 }
 
