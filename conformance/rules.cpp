@@ -108,22 +108,4 @@ const rule* find_rule(std::string_view name) {
     return found == table.end() ? nullptr : &*found;
 }
 
-std::string_view text_of(need what) {
-    switch (what) {
-    case need::nothing:
-        return "-";
-    case need::device:
-        return "a device";
-    case need::orvanta3:
-        return "an Orvanta3";
-    case need::palmetron:
-        return "a Palmetron";
-    case need::second_client:
-        return "room for two clients";
-    case need::save:
-        return "an Orvanta3, `--save`";
-    }
-    return "";
-}
-
 } // namespace vantu::orvanta::conformance

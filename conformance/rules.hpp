@@ -31,7 +31,4 @@ struct rule {
 // Null where there is none of that name.
 [[nodiscard]] const rule* find_rule(std::string_view name);
 
-// As the documents name it: "an Orvanta3".
-[[nodiscard]] std::string_view text_of(need what);
-
 } // namespace vantu::orvanta::conformance

@@ -22,6 +22,25 @@ std::string file(const char* path) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+// As the documents name it.
+std::string_view text_of(need what) {
+    switch (what) {
+    case need::nothing:
+        return "-";
+    case need::device:
+        return "a device";
+    case need::orvanta3:
+        return "an Orvanta3";
+    case need::palmetron:
+        return "a Palmetron";
+    case need::second_client:
+        return "room for two clients";
+    case need::save:
+        return "an Orvanta3, `--save`";
+    }
+    return "";
+}
+
 std::vector<std::string> option_names() {
     const std::array<const char*, 2> words{"orvanta-conformance", "--help"};
     const std::string help = parse_options(static_cast<int>(words.size()), words.data()).text;
