@@ -9,13 +9,6 @@ namespace vantu::orvanta::simulator {
 
 using communication::direction;
 
-namespace {
-
-// Before all times: no silence.
-constexpr std::int64_t long_over_ns = std::numeric_limits<std::int64_t>::min();
-
-} // namespace
-
 void fault_pipeline::add(const fault_rule& rule, std::span<const peer> clients, std::int64_t now_ns) {
     now_ns_ = now_ns;
     const std::uint64_t ordinal = ordinals_++;
@@ -100,10 +93,6 @@ void fault_pipeline::release(std::int64_t now_ns) {
     tick(now_ns);
 }
 
-std::int64_t fault_pipeline::next_due_ns() const noexcept {
-    return held_.next_due_ns();
-}
-
 std::vector<rule_state> fault_pipeline::rules() const {
     std::vector<rule_state> states;
     states.reserve(rules_.size());
@@ -148,18 +137,6 @@ void fault_pipeline::deliver(piped_datagram&& what) {
     } else if (what.way == direction::to_client && departures_.size() < most_waiting) {
         departures_.push_back({what.with, std::move(what.bytes), false});
     }
-}
-
-std::vector<arrival> fault_pipeline::take_arrivals() {
-    return std::exchange(arrivals_, {});
-}
-
-std::vector<departure> fault_pipeline::take_departures() {
-    return std::exchange(departures_, {});
-}
-
-std::vector<requested_action> fault_pipeline::take_actions() {
-    return std::exchange(actions_, {});
 }
 
 } // namespace vantu::orvanta::simulator

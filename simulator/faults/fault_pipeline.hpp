@@ -96,16 +96,16 @@ class fault_pipeline {
 
     // Sends on what is due; next_due_ns says when that is, never_ns where nothing is held.
     void tick(std::int64_t now_ns);
-    [[nodiscard]] std::int64_t next_due_ns() const noexcept;
+    [[nodiscard]] std::int64_t next_due_ns() const noexcept { return held_.next_due_ns(); }
 
     // Sends on all that is held; rules may hold some of it anew.
     void release(std::int64_t now_ns);
 
     // The datagrams that the service is to receive, those that the sockets are to send, and the actions to
     // carry out, in order, each handed out once.
-    [[nodiscard]] std::vector<arrival> take_arrivals();
-    [[nodiscard]] std::vector<departure> take_departures();
-    [[nodiscard]] std::vector<requested_action> take_actions();
+    [[nodiscard]] std::vector<arrival> take_arrivals() { return std::exchange(arrivals_, {}); }
+    [[nodiscard]] std::vector<departure> take_departures() { return std::exchange(departures_, {}); }
+    [[nodiscard]] std::vector<requested_action> take_actions() { return std::exchange(actions_, {}); }
 
     // While an action is carried out, the rules that ask for actions fit none of the datagrams that it sets
     // off: two such rules could chase each other for ever, faster each time.
@@ -115,6 +115,8 @@ class fault_pipeline {
   private:
     // More than these wait nowhere: what comes beyond is lost, as where a system's buffers are full.
     static constexpr std::size_t most_waiting = 300'000;
+    // Before all times: no silence.
+    static constexpr std::int64_t long_over_ns = std::numeric_limits<std::int64_t>::min();
 
     struct live_rule {
         rule_state state;
@@ -157,7 +159,7 @@ class fault_pipeline {
     fault_chances chances_;
     std::uint64_t ordinals_{0};
     std::int64_t now_ns_{0};
-    std::int64_t silent_until_ns_{std::numeric_limits<std::int64_t>::min()};
+    std::int64_t silent_until_ns_{long_over_ns};
     bool in_action_{false};
     std::vector<live_rule> rules_;
     held_datagrams held_;

@@ -1,7 +1,5 @@
 #include "simulator/faults/held_datagrams.hpp"
 
-#include "simulator/service/clients.hpp"
-
 #include <algorithm>
 #include <limits>
 #include <utility>
@@ -30,10 +28,6 @@ std::vector<held_datagrams::overtaken>::const_iterator held_datagrams::find(std:
     return std::find_if(overtaken_.begin(), overtaken_.end(), [&](const overtaken& one) {
         return one.by == by && one.way == way && same_peer(one.with, with);
     });
-}
-
-bool held_datagrams::has_to_be_passed(std::uint64_t by, direction way, const peer& with) const {
-    return find(by, way, with) != overtaken_.end();
 }
 
 std::optional<held_datagrams::entry> held_datagrams::let_one_pass(std::uint64_t by, direction way,
@@ -74,10 +68,6 @@ std::vector<held_datagrams::entry> held_datagrams::take_due(std::int64_t now_ns)
         due.push_back(std::move(by_due_.extract(by_due_.begin()).mapped()));
     }
     return due;
-}
-
-std::int64_t held_datagrams::next_due_ns() const noexcept {
-    return by_due_.empty() ? never_ns : by_due_.begin()->first.due_ns;
 }
 
 } // namespace vantu::orvanta::simulator

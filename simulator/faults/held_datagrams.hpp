@@ -3,7 +3,7 @@
 #pragma once
 
 #include "simulator/faults/fault_datagrams.hpp"
-#include "simulator/service/peer.hpp"
+#include "simulator/service/clients.hpp"
 #include "vantu/orvanta/communication/operations.hpp"
 
 #include <cstddef>
@@ -38,7 +38,9 @@ class held_datagrams {
 
     // Whether the rule holds one that waits to be passed by others of this client and way.
     [[nodiscard]] bool has_to_be_passed(std::uint64_t by, communication::direction way,
-                                        const peer& with) const;
+                                        const peer& with) const {
+        return find(by, way, with) != overtaken_.end();
+    }
     // Counts one that has passed it, and hands it out when that was the last.
     [[nodiscard]] std::optional<entry> let_one_pass(std::uint64_t by, communication::direction way,
                                                     const peer& with);
@@ -49,7 +51,9 @@ class held_datagrams {
     // Those that are due, by their times, and in the order of being held where these are the same.
     [[nodiscard]] std::vector<entry> take_due(std::int64_t now_ns);
     // never_ns where nothing is held.
-    [[nodiscard]] std::int64_t next_due_ns() const noexcept;
+    [[nodiscard]] std::int64_t next_due_ns() const noexcept {
+        return by_due_.empty() ? never_ns : by_due_.begin()->first.due_ns;
+    }
 
   private:
     struct place {

@@ -3,21 +3,8 @@
 #include <utility>
 
 namespace vantu::orvanta::simulator {
-namespace {
 
 using namespace communication;
-
-constexpr std::size_t empty_room = constants::buffer_capacity - sizeof(proto::header);
-
-} // namespace
-
-bool outbox::is_open_for(const peer& to) const {
-    return open_ && !waiting_.empty() && same_peer(waiting_.back().to, to);
-}
-
-std::size_t outbox::room_for(const peer& to) const {
-    return is_open_for(to) ? waiting_.back().bytes.write_len() : empty_room;
-}
 
 byte_buffer& outbox::datagram_with_room(const peer& to, std::size_t size) {
     if (!is_open_for(to) || waiting_.back().bytes.write_len() < size) {

@@ -46,7 +46,10 @@ class outbox {
 
     // The room for further operations to this peer before a new datagram begins; that of a new one where
     // none is open for it.
-    [[nodiscard]] std::size_t room_for(const peer& to) const;
+    [[nodiscard]] std::size_t room_for(const peer& to) const {
+        return is_open_for(to) ? waiting_.back().bytes.write_len()
+                               : constants::buffer_capacity - sizeof(communication::proto::header);
+    }
 
     // Begins a new datagram unless that many bytes fit into the open one.
     void keep_together(const peer& to, std::size_t size) { (void)datagram_with_room(to, size); }
@@ -60,7 +63,9 @@ class outbox {
 
   private:
     [[nodiscard]] byte_buffer& datagram_with_room(const peer& to, std::size_t size);
-    [[nodiscard]] bool is_open_for(const peer& to) const;
+    [[nodiscard]] bool is_open_for(const peer& to) const {
+        return open_ && !waiting_.empty() && same_peer(waiting_.back().to, to);
+    }
 
     std::vector<outgoing_datagram> waiting_;
     bool open_{false};

@@ -76,10 +76,6 @@ std::int64_t simulation::next_due_ns() const {
     return std::max(next_tick, tick_not_before(due));
 }
 
-std::vector<departure> simulation::take_outgoing() {
-    return std::exchange(outgoing_, {});
-}
-
 void simulation::add_fault(const fault_rule& rule) {
     std::vector<peer> peers;
     for (const client& one : clients()) {

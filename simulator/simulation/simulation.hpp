@@ -56,7 +56,7 @@ class simulation {
     [[nodiscard]] std::int64_t next_due_ns() const;
 
     // The datagrams to send now, in order.
-    [[nodiscard]] std::vector<departure> take_outgoing();
+    [[nodiscard]] std::vector<departure> take_outgoing() { return std::exchange(outgoing_, {}); }
 
     // Adds a rule, or does at once what it asks for.
     void add_fault(const fault_rule& rule);
