@@ -45,9 +45,8 @@ void fault_pipeline::apply(live_rule& rule, piped_datagram what, std::size_t nex
     case fault_act::refusal:
         return refuse_operation(rule, std::move(what), next_rule);
     case fault_act::action:
-        return send_with_action(rule, std::move(what), next_rule);
     case fault_act::forgery:
-        return send_with_forgeries(rule, std::move(what), next_rule);
+        return send_and_act(rule, std::move(what), next_rule);
     }
 }
 
@@ -123,19 +122,17 @@ void fault_pipeline::refuse_operation(live_rule& rule, piped_datagram&& what, st
     run(std::move(refusal), next_rule);
 }
 
-void fault_pipeline::send_with_action(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
+void fault_pipeline::send_and_act(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
     const fault_rule& wanted = rule.state.rule;
-    const auto client = wanted.kind == fault_kind::goodbye ? std::optional<peer>(what.with) : std::nullopt;
-    count(rule, what);
-    run(std::move(what), next_rule);
-    actions_.push_back({wanted.kind, wanted.first, client});
-}
-
-void fault_pipeline::send_with_forgeries(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
     const peer with = what.with;
     count(rule, what);
     run(std::move(what), next_rule);
-    forge(with, rule.state.rule.first.value_or(0));
+    if (wanted.kind == fault_kind::inject) {
+        forge(with, wanted.first.value_or(0));
+    } else {
+        const bool is_for_one = wanted.kind == fault_kind::goodbye;
+        actions_.push_back({wanted.kind, wanted.first, is_for_one ? std::optional(with) : std::nullopt});
+    }
 }
 
 void fault_pipeline::fall_silent(const fault_rule& rule, fault_random& chance) {

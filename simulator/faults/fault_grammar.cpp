@@ -215,21 +215,20 @@ class fault_reader {
                 return;
             }
         }
-        const std::string_view nearest = near_word(text, names);
+        const auto* const nearest = std::find(names.begin(), names.end(), near_word(text, names));
         const std::string what = formatted("there is no operation '{}'", text);
-        nearest.empty() ? refuse(what) : refuse_with_operation(what, nearest);
+        nearest == names.end()
+            ? refuse(what)
+            : refuse_with_operation(
+                  what, communication::operations[static_cast<std::size_t>(nearest - names.begin())].code);
     }
 
     // With the argument of the example: the rest of the line has not been read.
-    [[noreturn]] void refuse_with_operation(const std::string& what, std::string_view name) const {
+    [[noreturn]] void refuse_with_operation(const std::string& what, std::uint8_t code) const {
         fault_rule right = rule_;
         right.way.reset();
         right.answers = false;
-        for (const communication::operation& row : communication::operations) {
-            if (row.name == name) {
-                right.code = row.code;
-            }
-        }
+        right.code = code;
         can_fit(right) ? refuse(what, text_of(right)) : refuse(what);
     }
 

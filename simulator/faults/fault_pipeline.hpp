@@ -147,8 +147,7 @@ class fault_pipeline {
     void hold_for_a_while(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
     void send_after_stale_reply(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
     void refuse_operation(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
-    void send_with_action(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
-    void send_with_forgeries(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
+    void send_and_act(live_rule& rule, piped_datagram&& what, std::size_t next_rule);
     void fall_silent(const fault_rule& rule, fault_random& chance);
     void forge(const peer& to, std::uint32_t how_many);
 
