@@ -55,14 +55,18 @@ void accept_client(outbox& out, const peer& to, std::uint8_t tag, std::uint64_t 
     out.seal();
 }
 
-void announce_device(outbox& out, const peer& to, const device& which) {
-    out.seal();
-    announce(out, to, which);
+void announce_device(outbox& out, std::span<const client> to, const device& which) {
+    for (const client& one : to) {
+        out.seal();
+        announce(out, one.address, which);
+    }
     out.seal();
 }
 
-void send_orvanta3_details(outbox& out, const peer& to, const device& which) {
-    out.send<op_code::device_info_orvanta3>(to, 0, orvanta3_details(which));
+void send_orvanta3_details(outbox& out, std::span<const client> to, const device& which) {
+    for (const client& one : to) {
+        out.send<op_code::device_info_orvanta3>(one.address, 0, orvanta3_details(which));
+    }
 }
 
 } // namespace vantu::orvanta::simulator

@@ -1,6 +1,7 @@
 // Accepting a client and telling it of the devices.
 #pragma once
 
+#include "simulator/service/clients.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/outbox.hpp"
 
@@ -20,10 +21,10 @@ enum class announce_order : std::uint8_t {
 void accept_client(outbox& out, const peer& to, std::uint8_t tag, std::uint64_t client_id,
                    std::span<const device> devices, announce_order order);
 
-// A device's listing and details in a datagram of their own.
-void announce_device(outbox& out, const peer& to, const device& which);
+// A device's listing and details to each client, in a datagram of their own.
+void announce_device(outbox& out, std::span<const client> to, const device& which);
 
-// The details of an Orvanta3, its handedness among them, in a datagram of their own.
-void send_orvanta3_details(outbox& out, const peer& to, const device& which);
+// The details of an Orvanta3, its handedness among them, likewise: clients cannot ask for them.
+void send_orvanta3_details(outbox& out, std::span<const client> to, const device& which);
 
 } // namespace vantu::orvanta::simulator

@@ -117,9 +117,7 @@ service_status set_handedness(const request& what, device& which) {
          argument.handedness == vantu_orvanta_handedness_left ? "left" : "right");
     const service_status status = answer<op_code::config_handedness_set>(what, {which.id, argument});
     // Clients keep the hand with the device's details: all of them need these anew.
-    for (const client& one : what.clients.all()) {
-        send_orvanta3_details(what.out, one.address, which);
-    }
+    send_orvanta3_details(what.out, what.clients.all(), which);
     return status;
 }
 

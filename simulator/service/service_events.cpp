@@ -38,9 +38,7 @@ bool service::plug(const device& which) {
                                      [&which](const device& one) { return one.id > which.id; });
     devices_.insert(behind, which);
     tell(formatted("device {}: plugged in", which.id));
-    for (const client& one : clients_.all()) {
-        announce_device(out_, one.address, which);
-    }
+    announce_device(out_, clients_.all(), which);
     return true;
 }
 
@@ -66,9 +64,7 @@ bool service::configure(std::uint32_t device_id, const configuration& settings) 
     which->settings = settings;
     tell(formatted("device {}: configured", device_id));
     if (other_hand && which->is_orvanta3()) {
-        for (const client& one : clients_.all()) {
-            send_orvanta3_details(out_, one.address, *which);
-        }
+        send_orvanta3_details(out_, clients_.all(), *which);
     }
     return true;
 }
