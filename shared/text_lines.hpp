@@ -13,7 +13,7 @@ namespace vantu::orvanta {
 // Without the blanks and tabs around it.
 [[nodiscard]] std::string_view trimmed(std::string_view text) noexcept;
 
-// What stands before the first such sign, and after it where there is one; without the blanks around them.
+// The text before the first such sign, and that after it where there is one; without the blanks around them.
 [[nodiscard]] std::pair<std::string_view, std::optional<std::string_view>> parted(std::string_view text,
                                                                                   char sign) noexcept;
 
