@@ -30,7 +30,7 @@ struct peer {
 }
 
 [[nodiscard]] inline bool same_peer(const peer& left, const peer& right) noexcept {
-    return (left <=> right) == 0;
+    return std::is_eq(left <=> right);
 }
 
 } // namespace vantu::orvanta::simulator
