@@ -11,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -59,7 +60,10 @@ class held_datagrams {
     struct place {
         std::int64_t due_ns;
         std::uint64_t number; // in the order of being held
-        auto operator<=>(const place&) const = default;
+        bool operator==(const place&) const = default;
+        bool operator<(const place& other) const {
+            return std::tie(due_ns, number) < std::tie(other.due_ns, other.number);
+        }
     };
     struct overtaken {
         place where;
