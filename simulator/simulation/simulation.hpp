@@ -92,6 +92,11 @@ class simulation {
     void observe(observe_function observer) { observer_ = std::move(observer); }
 
     [[nodiscard]] const std::vector<client>& clients() const noexcept { return service_.clients(); }
+    // A client's number, which `client=` means, in the order of the first datagrams, from 1. It is the number
+    // of its address and port, whether connected or not.
+    [[nodiscard]] std::uint64_t number_of(const client& one) const {
+        return pipeline_.number_of(one.address);
+    }
     [[nodiscard]] const std::vector<device>& devices() const noexcept { return service_.devices(); }
     [[nodiscard]] const simulation_counters& counters() const noexcept { return counters_; }
     [[nodiscard]] const operation_counts& operations() const noexcept { return operations_; }

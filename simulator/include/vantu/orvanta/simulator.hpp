@@ -89,6 +89,9 @@ class service_simulator {
 
     struct client {
         std::uint64_t id{0};
+        // Its address and port in the order of the first datagrams, from 1: what client=N of a fault and of
+        // `send` means.
+        std::uint64_t number{0};
         std::string name;
         std::string address;                   // "127.0.0.1:54321"
         std::vector<std::uint32_t> opened;     // devices, in the order of opening
