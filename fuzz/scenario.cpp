@@ -17,7 +17,7 @@ void play(const scenario& read) {
     constexpr std::int64_t a_while_ns = 1'000'000;
     constexpr std::size_t most_verbs = 100;
     simulation_settings settings;
-    settings.seed = read.seed.value_or(1);
+    settings.seed = read.settings.seed.value_or(1);
     settings.devices = read.devices.value_or(std::vector<device>());
     const auto& devices = settings.devices;
     require(std::adjacent_find(devices.begin(), devices.end(),

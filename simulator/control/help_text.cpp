@@ -37,18 +37,21 @@ std::string scenario_help() {
     return "A scenario is a file of JSON text: devices, and what happens when.\n\n"
            "  {\"version\": 1, \"about\": \"What it shows\", \"seed\": 7,\n"
            "   \"devices\": [{\"type\": \"orvanta3\", \"id\": 1, \"short_id\": \"3001\", \"uuid\": \"...\",\n"
-           "      \"configuration\": {\n"
-           "        \"gravity_compensation\": {\"enabled\": true, \"scaling_factor\": 0.5},\n"
-           "        \"torque_scaling\": {\"enabled\": true}, \"handedness\": \"left\"}}],\n"
+           "    \"configuration\": {\"handedness\": \"left\", \"torque_scaling\": {\"enabled\": true},\n"
+           "      \"gravity_compensation\": {\"enabled\": true, \"scaling_factor\": 0.5}}}],\n"
            "   \"steps\": [{\"at\": 2000, \"do\": \"plug palmetron\"},\n"
            "             {\"after\": \"open\", \"delay\": 500, \"do\": [\"drop 0.3\", \"unplug 1\"]},\n"
-           "             {\"after\": {\"event\": \"request\", \"op\": 66, \"n\": 3}, \"do\": \"quit\"}]}\n\n"
+           "             {\"after\": {\"event\": \"request\", \"op\": 66, \"n\": 3}, \"do\": \"quit\"}],\n"
+           "   \"port\": 0, \"orvanta3\": 1, \"palmetron\": 1, \"announce\": \"after\", \"rate\": 100,\n"
+           "   \"single_client\": true, \"state\": \"FILE\", \"trace\": \"FILE\", \"capture\": \"FILE\",\n"
+           "   \"faults\": [\"drop 0.05\"], \"verbose\": true}\n\n"
            "Only version is required, and type of a device, do of a step, at or after.\n"
            "  at, delay  milliseconds since the start, since the event\n"
            "  after      " +
            events +
            "\n"
            "  do         verbs of the console, but not wait: --help console\n"
+           "  port ...   as the options, which go before; counts not beside devices\n"
            "Whatever is wrong ends the program before it starts, with path and line.\n"
            "Examples are installed in share/orvanta/scenarios; see orvanta-scenario(5).\n";
 }

@@ -13,6 +13,7 @@
 namespace vantu::orvanta::simulator {
 
 struct prepared_settings {
+    service_simulator::settings chosen; // with those of the scenario
     simulation_settings simulated;
     std::vector<fault_rule> faults;
     std::vector<scenario_step> steps;

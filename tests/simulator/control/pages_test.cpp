@@ -139,7 +139,7 @@ TEST(the_pages, show_scenarios_that_are_right) {
         ASSERT_NE(at, std::string::npos);
         const auto begin = at + opening.size();
         const scenario shown = read_scenario_text(text.substr(begin, text.find(closing, begin) - begin));
-        EXPECT_EQ(shown.seed, 7U);
+        EXPECT_EQ(shown.settings.seed, 7U);
         EXPECT_EQ(shown.devices.value().size(), 2U);
         EXPECT_EQ(shown.steps.size(), 3U);
     };
