@@ -39,9 +39,10 @@ std::string scenario_help() {
            "   \"devices\": [{\"type\": \"orvanta3\", \"id\": 1, \"short_id\": \"3001\", \"uuid\": \"...\",\n"
            "    \"configuration\": {\"handedness\": \"left\", \"torque_scaling\": {\"enabled\": true},\n"
            "      \"gravity_compensation\": {\"enabled\": true, \"scaling_factor\": 0.5}}}],\n"
-           "   \"steps\": [{\"at\": 2000, \"do\": \"plug palmetron\"},\n"
+           "   \"steps\": [{\"at\": 2000, \"every\": 500, \"times\": 3, \"do\": \"plug palmetron\"},\n"
            "             {\"after\": \"open\", \"delay\": 500, \"do\": [\"drop 0.3\", \"unplug 1\"]},\n"
-           "             {\"after\": {\"event\": \"request\", \"op\": 66, \"n\": 3}, \"do\": \"quit\"}],\n"
+           "             {\"after\": {\"event\": \"request\", \"op\": 66, \"n\": 3}, \"each\": true,\n"
+           "              \"do\": \"restart\"}], \"for_each_client\": false,\n"
            "   \"port\": 0, \"orvanta3\": 1, \"palmetron\": 1, \"announce\": \"after\", \"rate\": 100,\n"
            "   \"single_client\": true, \"state\": \"FILE\", \"trace\": \"FILE\", \"capture\": \"FILE\",\n"
            "   \"faults\": [\"drop 0.05\"], \"verbose\": true}\n\n"
@@ -50,7 +51,8 @@ std::string scenario_help() {
            "  after      " +
            events +
            "\n"
-           "  do         verbs of the console, but not wait: --help console\n"
+           "  each       after each such event; every, times: the step comes again\n"
+           "  do         verbs of the console, but not wait; client=this if for_each_client\n"
            "  port ...   as the options, which go before; counts not beside devices\n"
            "Whatever is wrong ends the program before it starts, with path and line.\n"
            "Examples are installed in share/orvanta/scenarios; see orvanta-scenario(5).\n";

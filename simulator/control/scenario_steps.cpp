@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::uint64_t greatest_ms = 1'000'000'000;
 
-std::int64_t milliseconds_of(const located_value& value, const std::string& place) {
-    return static_cast<std::int64_t>(require_whole(value, place, 0, greatest_ms)) * ns_per_millisecond;
+std::int64_t milliseconds_of(const located_value& value, const std::string& place, std::uint64_t least = 0) {
+    return static_cast<std::int64_t>(require_whole(value, place, least, greatest_ms)) * ns_per_millisecond;
 }
 
 scenario_event event_named(const located_value& value, const std::string& place) {
@@ -60,7 +60,8 @@ scenario_trigger trigger_of(const located_value& value, const std::string& place
     return read;
 }
 
-void add_verb(const located_value& value, const std::string& place, std::vector<std::string>& verbs) {
+// A verb as it is checked and kept.
+std::string verb_of(const located_value& value, const std::string& place, bool for_each_client) {
     const std::string& line = require_string(value, place, "a verb or an array of verbs");
     std::string_view rest(line);
     const std::string_view verb = take_word(rest);
@@ -73,40 +74,64 @@ void add_verb(const located_value& value, const std::string& place, std::vector<
             value.line,
             formatted("{} waits; \"at\" or \"delay\" of a step of its own would be right", place));
     }
-    if (const std::string wrong = check_verb(line); !wrong.empty()) {
+    const std::string wrong = check_verb(for_each_client ? verb_for_client(line, 1) : line);
+    if (!wrong.empty()) {
         throw located_error(value.line, formatted("{}: {}", place, wrong));
     }
-    verbs.push_back(line);
+    return line;
 }
 
-scenario_step step_of(const located_value& value, const std::string& place) {
-    require_object(value, place, scenario_members::step);
-    const located_value* at = value.find("at");
-    const located_value* after = value.find("after");
-    const located_value* delay = value.find("delay");
-    if ((at == nullptr) == (after == nullptr)) {
+// Members that go with no other, or only with another.
+void check_members(const located_value& value, const std::string& place) {
+    const auto find = [&value](std::string_view member) { return value.find(member); };
+    if ((find("at") == nullptr) == (find("after") == nullptr)) {
         throw located_error(value.line, formatted("{} has {}; one of the two would be right", place,
-                                                  at == nullptr ? R"(neither "at" nor "after")"
-                                                                : R"(both "at" and "after")"));
+                                                  find("at") == nullptr ? R"(neither "at" nor "after")"
+                                                                        : R"(both "at" and "after")"));
     }
-    scenario_step step;
-    if (at != nullptr) {
-        if (delay != nullptr) {
-            throw located_error(delay->name_line,
-                                place + R"( has "at" and "delay"; "delay" belongs to "after")");
+    struct pair {
+        std::string_view member;
+        std::string_view needed;
+    };
+    for (const pair& one : {pair{"delay", "after"}, pair{"each", "after"}, pair{"times", "every"}}) {
+        if (const located_value* found = find(one.member); found != nullptr && find(one.needed) == nullptr) {
+            throw located_error(found->name_line,
+                                formatted(R"({0} has "{1}" without "{2}"; "{1}" belongs to "{2}")", place,
+                                          one.member, one.needed));
         }
+    }
+    if (find("each") != nullptr && find("every") != nullptr) {
+        throw located_error(find("each")->name_line,
+                            place + R"( has "each" and "every"; one of the two would be right)");
+    }
+}
+
+scenario_step step_of(const located_value& value, const std::string& place, bool for_each_client) {
+    require_object(value, place, scenario_members::step);
+    check_members(value, place);
+    scenario_step step;
+    if (const located_value* at = value.find("at")) {
         step.due_ns = milliseconds_of(*at, place + " at");
-    } else {
+    }
+    if (const located_value* after = value.find("after")) {
         step.after = trigger_of(*after, place + " after");
-        step.due_ns = delay != nullptr ? milliseconds_of(*delay, place + " delay") : 0;
+    }
+    if (const located_value* delay = value.find("delay")) {
+        step.due_ns = milliseconds_of(*delay, place + " delay");
+    }
+    if (const located_value* each = value.find("each")) {
+        step.after->each = require_flag(*each, place + " each");
+    }
+    if (const located_value* every = value.find("every")) {
+        step.every_ns = milliseconds_of(*every, place + " every", 1);
+    }
+    if (const located_value* times = value.find("times")) {
+        step.times = require_whole(*times, place + " times", 1, std::numeric_limits<std::uint32_t>::max());
     }
     const located_value& verbs = required_member(value, place, "do");
-    if (verbs.kind == json_kind::array) {
-        for (const located_value& verb : verbs.items) {
-            add_verb(verb, place + " do", step.verbs);
-        }
-    } else {
-        add_verb(verbs, place + " do", step.verbs);
+    const std::vector<located_value> alone{verbs};
+    for (const located_value& verb : verbs.kind == json_kind::array ? verbs.items : alone) {
+        step.verbs.push_back(verb_of(verb, place + " do", for_each_client));
     }
     if (step.verbs.empty()) {
         throw located_error(verbs.line, place + " do is empty; a verb or an array of verbs would be right");
@@ -116,12 +141,25 @@ scenario_step step_of(const located_value& value, const std::string& place) {
 
 } // namespace
 
-std::vector<scenario_step> read_scenario_steps(const located_value& list) {
+std::vector<scenario_step> read_scenario_steps(const located_value& list, bool for_each_client) {
     std::vector<scenario_step> steps;
     for (const located_value& step : require_array(list, "steps")) {
-        steps.push_back(step_of(step, formatted("step {}", steps.size() + 1)));
+        steps.push_back(step_of(step, formatted("step {}", steps.size() + 1), for_each_client));
     }
     return steps;
+}
+
+std::string verb_for_client(std::string verb, std::uint64_t number) {
+    constexpr std::string_view word = "this";
+    for (auto at = verb.find(word); at != std::string::npos; at = verb.find(word, at + 1)) {
+        const std::string_view before = std::string_view(verb).substr(0, at);
+        const std::string_view after = std::string_view(verb).substr(at + word.size());
+        if ((before.ends_with("client=") || before.ends_with('-')) &&
+            (after.empty() || after.front() == ',' || after.front() == ' ')) {
+            verb.replace(at, word.size(), std::to_string(number));
+        }
+    }
+    return verb;
 }
 
 } // namespace vantu::orvanta::simulator

@@ -94,6 +94,7 @@ prepared_settings prepare(const service_simulator::settings& wanted) {
     made.simulated.narrate = wanted.narrate;
     made.simulated.warn = wanted.warn;
     made.steps = std::move(script.steps);
+    made.for_each_client = script.for_each_client;
     made.about = without_control_characters(script.about);
     if (!made.chosen.state_path.empty()) {
         made.state = std::make_unique<saved_state>(made.chosen.state_path);

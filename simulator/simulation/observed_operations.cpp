@@ -24,7 +24,7 @@ bool names_a_device(const observed_operation& what) {
 
 } // namespace
 
-void observe_operations(std::span<const std::byte> datagram, direction way,
+void observe_operations(std::span<const std::byte> datagram, direction way, std::uint64_t client,
                         const observe_function& observer) {
     proto::header header{};
     if (datagram.size() < sizeof header) {
@@ -41,7 +41,7 @@ void observe_operations(std::span<const std::byte> datagram, direction way,
         if (record.magic != proto::op_magic || record.length > unread.size()) {
             return;
         }
-        observer({way, record.code, unread.first(record.length)});
+        observer({way, record.code, unread.first(record.length), client});
         unread = unread.subspan(record.length);
     }
 }

@@ -97,6 +97,8 @@ class simulation {
     [[nodiscard]] std::uint64_t number_of(const client& one) const {
         return pipeline_.number_of(one.address);
     }
+    // How many clients have been forgotten since the start, for whatever reason.
+    [[nodiscard]] std::uint64_t forgotten_clients() const noexcept { return service_.forgotten_clients(); }
     [[nodiscard]] const std::vector<device>& devices() const noexcept { return service_.devices(); }
     [[nodiscard]] const simulation_counters& counters() const noexcept { return counters_; }
     [[nodiscard]] const operation_counts& operations() const noexcept { return operations_; }
@@ -110,7 +112,7 @@ class simulation {
     // Hands on what waits between service and pipeline until all is quiet. The observer may call back.
     void settle();
     void deliver();
-    void note(std::span<const std::byte> datagram, communication::direction way);
+    void note(const peer& with, std::span<const std::byte> datagram, communication::direction way);
     void act(const std::vector<requested_action>& wanted);
     void carry_out_late_actions();
     void carry_out(const requested_action& what);

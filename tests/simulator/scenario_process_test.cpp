@@ -92,6 +92,34 @@ TEST(a_scenario, names_files_from_the_current_folder) {
     EXPECT_THAT(end.errors, StartsWith("orvanta-simulator: " + state + ":1: "));
 }
 
+// Each client meets the fault once, whenever it comes, and no other's.
+TEST(a_scenario_for_each_client, begins_anew_with_each_client) {
+    const scratch_folder folder;
+    const std::string path = folder.file("desk.json");
+    std::ofstream(path) << R"({"version": 1, "port": 0, "rate": 0, "for_each_client": true, "steps": [
+        {"after": "open", "do": ["send ack tag=7 client=this", "status"]}]})";
+    running_simulator tested({"--scenario", path, "--interactive"});
+    test_client first("127.0.0.1", tested.port());
+    test_client second("127.0.0.1", tested.port());
+    const bytes open = datagram({{0xFF, 0x12, 0x06, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}});
+    const bytes sent = datagram({{0xFF, 0x02, 0x00, 0x00, 0x07}});
+    for (test_client* const one : {&first, &second, &first}) {
+        one->send(datagram({connect_operation(0)}));
+        EXPECT_FALSE(one->receive_until(16).empty());
+        one->send(open);
+        EXPECT_EQ(one->receive_until(2), sent);
+    }
+    for (test_client* const one : {&first, &second}) {
+        for (const bytes& later : one->take_waiting()) {
+            EXPECT_NE(later, sent);
+        }
+    }
+    tested.quit();
+    const auto end = tested.wait_for_end();
+    EXPECT_EQ(end.status, 0);
+    EXPECT_THAT(end.output, HasSubstr("clients 2\n  1 client "));
+}
+
 TEST(a_step_that_fails, is_an_error_and_ends_the_program_with_1) {
     const scratch_folder folder;
     const std::string path = folder.file("fails.json");

@@ -233,6 +233,34 @@ TEST_F(in_a_folder, a_scenario_is_played_as_time_is_moved) {
     EXPECT_TRUE(service.has_quit());
 }
 
+TEST_F(in_a_folder, a_scenario_for_each_client_has_rules_of_each_client) {
+    service_simulator::settings wanted = by_hand();
+    wanted.scenario_path =
+        file("scenario.json", R"({"version": 1, "for_each_client": true, "rate": 0, "steps": [
+        {"at": 0, "do": "drop 0@client=this,as=loss-this"},
+        {"at": 1000, "do": "heal loss-this"}]})");
+    service_simulator service(wanted);
+    const auto names = [&service] {
+        std::vector<std::string> all;
+        for (const auto& rule : service.rules()) {
+            all.push_back(rule.name + ": " + rule.text);
+        }
+        return all;
+    };
+    simulated_client first(service);
+    ASSERT_EQ(first.connect(), 0);
+    service.advance(500ms);
+    simulated_client second(service);
+    ASSERT_EQ(second.connect(), 0);
+    EXPECT_THAT(names(), testing::ElementsAre("loss-1: drop 0@client=1,as=loss-1",
+                                              "loss-2: drop 0@client=2,as=loss-2"));
+    service.advance(500ms);
+    EXPECT_THAT(names(), testing::ElementsAre("loss-2: drop 0@client=2,as=loss-2"));
+    service.advance(500ms);
+    EXPECT_THAT(names(), testing::IsEmpty());
+    EXPECT_EQ(service.failed_steps(), 0U);
+}
+
 TEST_F(in_a_folder, what_a_scenario_shows_and_what_has_failed_are_told_apart) {
     std::vector<std::string> shown;
     std::vector<std::string> warned;

@@ -124,7 +124,8 @@ TEST(options, but_for_those_that_say_what_to_run_are_members_of_scenarios) {
         std::replace(member.begin(), member.end(), '_', '-');
         members.insert(member);
     }
-    for (const char* const no_option : {"version", "about", "devices", "steps", "faults"}) {
+    for (const char* const no_option :
+         {"version", "about", "devices", "for-each-client", "steps", "faults"}) {
         EXPECT_EQ(members.erase(no_option), 1U) << no_option;
     }
     EXPECT_EQ(members, expected);

@@ -63,7 +63,7 @@ TEST(a_scenario, leaves_out_each_setting_that_it_does_not_name) {
                  settings.single_client || settings.rate_hz || settings.seed);
     EXPECT_EQ(settings.state_path + settings.capture_path + read.trace_path, "");
     EXPECT_THAT(settings.faults, IsEmpty());
-    EXPECT_FALSE(read.verbose);
+    EXPECT_FALSE(read.verbose || read.for_each_client);
 }
 
 TEST(a_scenario, sets_what_options_set) {
@@ -174,6 +174,54 @@ TEST(a_scenario, has_steps_at_times_and_after_events) {
     EXPECT_EQ(read.steps[4].after->nth, 2U);
 }
 
+TEST(a_scenario, has_steps_that_come_again) {
+    const scenario read = read_scenario_text(R"({"version": 1, "steps": [
+        {"at": 1000, "every": 500, "times": 10, "do": "heal"},
+        {"after": "open", "delay": 5, "every": 1, "do": "heal"},
+        {"after": {"event": "save", "n": 2}, "each": true, "do": "heal"},
+        {"after": "save", "each": false, "do": "heal"}]})");
+    ASSERT_EQ(read.steps.size(), 4U);
+    EXPECT_EQ(read.steps[0].due_ns, 1000 * ns_per_millisecond);
+    EXPECT_EQ(read.steps[0].every_ns, 500 * ns_per_millisecond);
+    EXPECT_EQ(read.steps[0].times, 10U);
+    EXPECT_EQ(read.steps[1].every_ns, ns_per_millisecond);
+    EXPECT_EQ(read.steps[1].times, 0U);
+    EXPECT_FALSE(read.steps[1].after->each);
+    EXPECT_EQ(read.steps[2].after->nth, 2U);
+    EXPECT_TRUE(read.steps[2].after->each);
+    EXPECT_EQ(read.steps[2].every_ns, 0);
+    EXPECT_FALSE(read.steps[3].after->each);
+}
+
+TEST(a_scenario, has_verbs_for_this_client_where_it_is_played_for_each) {
+    const std::string step = R"({"at": 1, "do": ["drop 0.3@client=this", "send 01 client=this"]})";
+    EXPECT_FALSE(read_scenario_text(R"({"version": 1, "steps": []})").for_each_client);
+    for (const std::string& text : {R"({"version": 1, "steps": [)" + step + R"(], "for_each_client": true})",
+                                    R"({"version": 1, "for_each_client": true, "steps": [)" + step + "]}"}) {
+        const scenario read = read_scenario_text(text);
+        EXPECT_TRUE(read.for_each_client);
+        EXPECT_THAT(read.steps.at(0).verbs, ElementsAre("drop 0.3@client=this", "send 01 client=this"));
+    }
+    EXPECT_EQ(complaint_of("{\"version\": 1, \"for_each_client\": 1}"),
+              "1: for_each_client is 1; true or false would be right");
+    EXPECT_THAT(complaint_of_step(R"({"at": 1, "do": "drop 0.3@client=this"})"),
+                StartsWith("3: step 1 do: drop: 'this' is no client's number"));
+    EXPECT_THAT(complaint_of("{\"version\": 1, \"for_each_client\": true,\n"
+                             "\"steps\": [{\"at\": 1, \"do\": \"drop @client=that\"}]}"),
+                StartsWith("2: step 1 do: drop: 'that' is no client's number"));
+}
+
+TEST(a_verb_for_a_client, has_its_number_in_the_place_of_this) {
+    EXPECT_EQ(verb_for_client("drop 0.3@client=this", 12), "drop 0.3@client=12");
+    EXPECT_EQ(verb_for_client("drop @op=66,client=this,as=loss-this", 3), "drop @op=66,client=3,as=loss-3");
+    EXPECT_EQ(verb_for_client("send 01 client=this tag=1", 3), "send 01 client=3 tag=1");
+    EXPECT_EQ(verb_for_client("heal loss-this", 3), "heal loss-3");
+    for (const std::string same : {"heal this", "drop @as=this", "drop @client=thisone", "drop @client=1",
+                                   "drop @as=loss-thisone", ""}) {
+        EXPECT_EQ(verb_for_client(same, 3), same);
+    }
+}
+
 TEST(a_scenario, that_is_no_json_text_is_refused_with_the_line) {
     EXPECT_THAT(complaint_of(""), HasSubstr("1: syntax error while parsing value - unexpected end of input"));
     EXPECT_THAT(complaint_of("{\"version\": 1,\n\n  \"steps\": oops}"), HasSubstr("3: syntax error"));
@@ -274,15 +322,27 @@ TEST(a_scenario, with_a_wrong_step_is_refused) {
     EXPECT_EQ(complaint_of_step(R"({"at": 1, "after": "open", "do": "heal"})"),
               "3: step 1 has both \"at\" and \"after\"; one of the two would be right");
     EXPECT_EQ(complaint_of_step("{\"at\": 1,\n\"delay\": 1, \"do\": \"heal\"}"),
-              "4: step 1 has \"at\" and \"delay\"; \"delay\" belongs to \"after\"");
+              "4: step 1 has \"delay\" without \"after\"; \"delay\" belongs to \"after\"");
+    EXPECT_EQ(complaint_of_step(R"({"at": 1, "each": true, "do": "heal"})"),
+              "3: step 1 has \"each\" without \"after\"; \"each\" belongs to \"after\"");
+    EXPECT_EQ(complaint_of_step("{\"at\": 1,\n\"times\": 2, \"do\": \"heal\"}"),
+              "4: step 1 has \"times\" without \"every\"; \"times\" belongs to \"every\"");
+    EXPECT_EQ(complaint_of_step(R"({"after": "open", "every": 1, "each": true, "do": "heal"})"),
+              "3: step 1 has \"each\" and \"every\"; one of the two would be right");
+    EXPECT_EQ(complaint_of_step(R"({"at": 1, "every": 0, "do": "heal"})"),
+              "3: step 1 every is 0; a whole number from 1 to 1000000000 would be right");
+    EXPECT_EQ(complaint_of_step(R"({"at": 1, "every": 1, "times": 0, "do": "heal"})"),
+              "3: step 1 times is 0; a whole number from 1 to 4294967295 would be right");
+    EXPECT_EQ(complaint_of_step(R"({"after": "open", "each": 1, "do": "heal"})"),
+              "3: step 1 each is 1; true or false would be right");
     EXPECT_EQ(complaint_of_step(R"({"at": -1, "do": "heal"})"),
               "3: step 1 at is -1; a whole number from 0 to 1000000000 would be right");
     EXPECT_EQ(complaint_of_step(R"({"after": "open", "delay": "1", "do": "heal"})"),
               "3: step 1 delay is \"1\"; a whole number from 0 to 1000000000 would be right");
     EXPECT_THAT(
         complaint_of_step(R"({"at": 1, "do": "heal", "then": "quit"})"),
-        HasSubstr(
-            "3: step 1 has an unknown member \"then\"; it may have \"at\", \"after\", \"delay\" and \"do\""));
+        HasSubstr("3: step 1 has an unknown member \"then\"; it may have \"at\", \"after\", \"delay\", "
+                  "\"each\", \"every\", \"times\" and \"do\""));
     EXPECT_EQ(complaint_of_step(R"({"at": 1})"), "3: step 1 has no \"do\"; it needs one");
 }
 
