@@ -8,7 +8,7 @@
 
 namespace vantu::orvanta::simulator {
 
-// What a verb of a step brings counts a tick later, so that a step that brings its own event lets time pass.
+// An event that a verb of a step brings counts a tick later: a step that brings its own lets time pass.
 scenario_runner::scenario_runner(simulation& target, std::vector<scenario_step> steps, print_function print,
                                  bool for_each_client)
     : target_(target), schedule_(std::move(steps), for_each_client), print_(std::move(print)) {
