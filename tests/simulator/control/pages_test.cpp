@@ -147,5 +147,16 @@ TEST(the_pages, show_scenarios_that_are_right) {
     read_between(document.substr(document.find("\n## Scenarios\n")), "\n```json\n", "\n```\n");
 }
 
+TEST(the_pages, show_steps_for_each_client_that_are_right) {
+    const std::string opening = "\n```json\n";
+    const auto section = document.find("\n### Steps for each client\n");
+    ASSERT_NE(section, std::string::npos);
+    const auto begin = document.find(opening, section) + opening.size();
+    const scenario shown =
+        read_scenario_text(document.substr(begin, document.find("\n```\n", begin) - begin));
+    EXPECT_TRUE(shown.for_each_client);
+    EXPECT_EQ(shown.steps.size(), 3U);
+}
+
 } // namespace
 } // namespace orvanta_tests
