@@ -6,13 +6,13 @@
 #include "simulator/service/clients.hpp"
 #include "simulator/simulation/simulation.hpp"
 
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
 #include <span>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -48,7 +48,9 @@ class scenario_schedule {
         std::int64_t due_ns;
         std::uint64_t client;
         std::size_t step;
-        auto operator<=>(const due_step&) const = default;
+        bool operator<(const due_step& other) const {
+            return std::tie(due_ns, client, step) < std::tie(other.due_ns, other.client, other.step);
+        }
     };
 
     void begin(std::uint64_t client, std::int64_t now_ns);
