@@ -32,7 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(!parsed.text.empty() && parsed.text.back() == '\n', "what is to show is no lines");
         break;
     case parse_verdict::run:
-        require(parsed.chosen.simulated.rate_hz >= 0 && parsed.chosen.simulated.rate_hz <= 10'000,
+        require(parsed.chosen.simulated.rate_hz.value_or(0) >= 0 &&
+                    parsed.chosen.simulated.rate_hz.value_or(0) <= 10'000,
                 "a rate out of range");
         require(parsed.chosen.simulated.orvanta3_count.value_or(0) <= most_devices_of_a_type &&
                     parsed.chosen.simulated.palmetron_count.value_or(0) <= most_devices_of_a_type,

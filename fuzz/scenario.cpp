@@ -1,7 +1,8 @@
-// Scenario files: any text is refused in one line with the number of its line, or its devices are in order
-// and each of its verbs can be run.
+// Scenario files: any text is refused in one line with the number of its line, or its devices are in order,
+// each of its verbs can be run, and its schedule goes on to later times.
 #include "simulator/control/scenario.hpp"
 #include "shared/located_json.hpp"
+#include "simulator/control/scenario_schedule.hpp"
 #include "verb_runner.hpp"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ void play(const scenario& read) {
     constexpr std::int64_t a_while_ns = 1'000'000;
     constexpr std::size_t most_verbs = 100;
     simulation_settings settings;
-    settings.seed = read.seed.value_or(1);
+    settings.seed = read.settings.seed.value_or(1);
     settings.devices = read.devices.value_or(std::vector<device>());
     const auto& devices = settings.devices;
     require(std::adjacent_find(devices.begin(), devices.end(),
@@ -28,13 +29,34 @@ void play(const scenario& read) {
     std::size_t ran = 0;
     for (const scenario_step& step : read.steps) {
         for (const std::string& verb : step.verbs) {
-            require(check_verb(verb).empty(), "a verb that cannot be run");
+            const std::string line = read.for_each_client ? verb_for_client(verb, 1) : verb;
+            require(check_verb(line).empty(), "a verb that cannot be run");
             if (++ran < most_verbs) {
-                (void)target.run(verb);
+                (void)target.run(line);
                 target.advance(a_while_ns);
             }
         }
     }
+}
+
+// Accepts two clients, one of them twice, and lets each event come to them.
+void schedule(const scenario& read) {
+    constexpr std::size_t most_times = 100;
+    scenario_schedule tested(read.steps, read.for_each_client);
+    std::int64_t now_ns = 0;
+    for (const std::uint64_t client : {1U, 2U, 1U}) {
+        for (const scenario_event_row& row : scenario_events) {
+            const std::uint8_t code = row.code != 0 ? row.code : communication::op_code::config_save;
+            tested.observe({row.way, code, {}, client}, ++now_ns);
+        }
+    }
+    for (std::size_t i = 0; i < most_times && tested.next_due_ns() != never_ns; ++i) {
+        const std::int64_t due_ns = tested.next_due_ns();
+        require(!tested.take_due(due_ns).empty(), "a due step without verbs");
+        require(tested.next_due_ns() > due_ns, "a time that stands still");
+    }
+    tested.keep_clients({});
+    require(!read.for_each_client || tested.next_due_ns() == never_ns, "steps of forgotten clients");
 }
 
 } // namespace
@@ -51,5 +73,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     play(read);
+    schedule(read);
     return 0;
 }

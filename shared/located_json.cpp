@@ -161,14 +161,19 @@ class tree_builder final : public nlohmann::json_sax<json> {
     std::size_t name_line_{1};
 };
 
-std::string listed(std::span<const std::string_view> names) {
+std::string listed(std::span<const std::string_view> names, std::string_view last = " and ") {
     std::string text;
     std::size_t left = names.size();
     for (const std::string_view name : names) {
         --left;
-        text += formatted("\"{}\"{}", name, left == 0 ? "" : left == 1 ? " and " : ", ");
+        text += formatted("\"{}\"{}", name, left == 0 ? "" : left == 1 ? last : ", ");
     }
     return text;
+}
+
+[[noreturn]] void refuse(const located_value& value, std::string_view place, std::string_view right) {
+    throw located_error(value.line,
+                        formatted("{} is {}; {} would be right", place, description_of(value), right));
 }
 
 } // namespace
@@ -194,8 +199,7 @@ located_value read_located_json(const std::string& text) {
 void require_object(const located_value& value, std::string_view place,
                     std::span<const std::string_view> members) {
     if (value.kind != json_kind::object) {
-        throw located_error(value.line, formatted("{} is {}; an object with {} would be right", place,
-                                                  description_of(value), listed(members)));
+        refuse(value, place, formatted("an object with {}", listed(members)));
     }
     for (const located_value& member : value.items) {
         if (std::find(members.begin(), members.end(), member.name) == members.end()) {
@@ -217,11 +221,9 @@ const located_value& required_member(const located_value& object, std::string_vi
 std::uint64_t require_whole(const located_value& value, std::string_view place, std::uint64_t least,
                             std::uint64_t greatest) {
     if (!value.is_whole || value.whole < least || value.whole > greatest) {
-        const std::string right = least == greatest
-                                      ? formatted("{}", least)
-                                      : formatted("a whole number from {} to {}", least, greatest);
-        throw located_error(value.line,
-                            formatted("{} is {}; {} would be right", place, description_of(value), right));
+        refuse(value, place,
+               least == greatest ? formatted("{}", least)
+                                 : formatted("a whole number from {} to {}", least, greatest));
     }
     return value.whole;
 }
@@ -229,10 +231,39 @@ std::uint64_t require_whole(const located_value& value, std::string_view place, 
 const std::string& require_string(const located_value& value, std::string_view place,
                                   std::string_view right) {
     if (value.kind != json_kind::string) {
-        throw located_error(value.line,
-                            formatted("{} is {}; {} would be right", place, description_of(value), right));
+        refuse(value, place, right);
     }
     return value.string;
+}
+
+double require_number(const located_value& value, std::string_view place, double least, double greatest) {
+    if (value.kind != json_kind::number || !(value.number >= least && value.number <= greatest)) {
+        refuse(value, place, formatted("a number from {} to {}", least, greatest));
+    }
+    return value.number;
+}
+
+bool require_flag(const located_value& value, std::string_view place) {
+    if (value.kind != json_kind::boolean) {
+        refuse(value, place, "true or false");
+    }
+    return value.boolean;
+}
+
+const std::vector<located_value>& require_array(const located_value& value, std::string_view place) {
+    if (value.kind != json_kind::array) {
+        refuse(value, place, "an array");
+    }
+    return value.items;
+}
+
+std::size_t require_word(const located_value& value, std::string_view place,
+                         std::span<const std::string_view> words) {
+    const auto found = std::find(words.begin(), words.end(), value.string);
+    if (value.kind != json_kind::string || found == words.end()) {
+        refuse(value, place, listed(words, " or "));
+    }
+    return static_cast<std::size_t>(found - words.begin());
 }
 
 std::string description_of(const located_value& value) {

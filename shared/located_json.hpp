@@ -53,6 +53,14 @@ void require_object(const located_value& value, std::string_view place,
                                           std::uint64_t least, std::uint64_t greatest);
 [[nodiscard]] const std::string& require_string(const located_value& value, std::string_view place,
                                                 std::string_view right);
+[[nodiscard]] double require_number(const located_value& value, std::string_view place, double least,
+                                    double greatest);
+[[nodiscard]] bool require_flag(const located_value& value, std::string_view place);
+[[nodiscard]] const std::vector<located_value>& require_array(const located_value& value,
+                                                              std::string_view place);
+// The place of the value among the words that it may be.
+[[nodiscard]] std::size_t require_word(const located_value& value, std::string_view place,
+                                       std::span<const std::string_view> words);
 
 // The value as a message names it: "the text \"x\"", "the number 1.5", "an array".
 [[nodiscard]] std::string description_of(const located_value& value);

@@ -132,7 +132,7 @@ int main(int argument_count, char** arguments) {
         case parse_verdict::run:
             break;
         }
-        return simulate(std::move(outcome.chosen));
+        return simulate(with_scenario(std::move(outcome.chosen)));
     } catch (const std::invalid_argument& wrong) {
         say(wrong.what());
         return status_wrong_usage;

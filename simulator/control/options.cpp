@@ -2,6 +2,7 @@
 
 #include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
+#include "simulator/control/scenario.hpp"
 #include "simulator/control/shipped_scenarios.hpp"
 #include "simulator/faults/faults.hpp"
 #include "simulator/faults/old_words.hpp"
@@ -22,6 +23,7 @@ const std::map<std::string, service_simulator::announce> announce_orders{
     {"before", service_simulator::announce::before}, {"after", service_simulator::announce::after}};
 
 constexpr std::size_t greatest_port = 65535;
+constexpr std::string_view usual_port = "54320";
 
 // Refuses what is no number as well.
 CLI::Validator rate_range() {
@@ -151,22 +153,25 @@ void add_count(CLI::App& app, const std::string& name, std::optional<std::size_t
         ->type_name("N");
 }
 
-void add_service_options(CLI::App& app, options& chosen, std::size_t& port, std::string& announce) {
+void add_service_options(CLI::App& app, options& chosen, std::optional<std::size_t>& port,
+                         std::string& announce) {
     service_simulator::settings& simulated = chosen.simulated;
     app.add_option("--port", port, "UDP port on 127.0.0.1 and ::1; 0 takes a free one")
         ->check(whole_numbers_to(greatest_port))
-        ->capture_default_str()
+        ->default_str(std::string(usual_port))
         ->type_name("N");
     add_count(app, "--orvanta3", simulated.orvanta3_count, "Number of Orvanta3 devices, 0 to 256");
     add_count(app, "--palmetron", simulated.palmetron_count, "Number of Palmetron devices, 0 to 256");
     app.add_option("--announce", announce, "List devices 'before' or 'after' the acceptance")
         ->check(CLI::IsMember(announce_orders).description(""))
-        ->capture_default_str()
+        ->default_str("before")
         ->type_name("WHEN");
-    app.add_flag("--single-client", simulated.single_client, "Refuse a client while another is connected");
+    app.add_flag_callback(
+        "--single-client", [&simulated] { simulated.single_client = true; },
+        "Refuse a client while another is connected");
     app.add_option("--rate", simulated.rate_hz, "States of an opened device a second, 0 to 10000")
         ->check(rate_range())
-        ->capture_default_str()
+        ->default_str("100")
         ->type_name("HZ");
     app.add_option("--state", simulated.state_path, "File that keeps the saved configurations")
         ->check(file_name())
@@ -185,8 +190,8 @@ void add_service_options(CLI::App& app, options& chosen, std::size_t& port, std:
 parse_outcome parse_options(int argument_count, const char* const* arguments) {
     parse_outcome outcome;
     options& chosen = outcome.chosen;
-    std::size_t port = 54320;
-    std::string announce = "before";
+    std::optional<std::size_t> port;
+    std::string announce;
     std::string seed;
 
     CLI::App app("Simulates the device service with Orvanta3 and Palmetron devices.", "orvanta-simulator");
@@ -217,8 +222,12 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
             return {parse_verdict::show, {}, list_of_scenarios()};
         }
         chosen.simulated.scenario_path = scenario_path_of(chosen.simulated.scenario_path);
-        chosen.simulated.port = std::to_string(port);
-        chosen.simulated.devices = announce_orders.at(announce);
+        if (port) {
+            chosen.simulated.port = std::to_string(*port);
+        }
+        if (!announce.empty()) {
+            chosen.simulated.devices = announce_orders.at(announce);
+        }
         if (app.count("--seed") != 0) {
             chosen.simulated.seed = seed_of(seed);
         }
@@ -234,6 +243,19 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
         outcome.text = one_line(wrong.what());
     }
     return outcome;
+}
+
+options with_scenario(options chosen) {
+    const std::string& path = chosen.simulated.scenario_path;
+    const scenario script = path.empty() ? scenario{} : read_scenario(path);
+    if (!chosen.simulated.port && !script.settings.port) {
+        chosen.simulated.port = usual_port;
+    }
+    if (chosen.trace_path.empty()) {
+        chosen.trace_path = script.trace_path;
+    }
+    chosen.verbose = chosen.verbose || script.verbose;
+    return chosen;
 }
 
 } // namespace vantu::orvanta::simulator

@@ -34,6 +34,10 @@ struct parse_outcome {
 // scenarios are asked for and not there.
 [[nodiscard]] parse_outcome parse_options(int argument_count, const char* const* arguments);
 
+// The options with what their scenario says to the program in the place of what they leave out: trace and
+// verbose. And with the program's port where neither says one. Throws as read_scenario.
+[[nodiscard]] options with_scenario(options chosen);
+
 inline constexpr std::array<std::string_view, 3> help_topics{"faults", "scenario", "console"};
 
 // The help on a topic, a fault or a verb, for a screen of 80 columns and 24 lines; empty where there is none

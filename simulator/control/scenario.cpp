@@ -2,9 +2,8 @@
 
 #include "shared/located_json.hpp"
 #include "shared/text_lines.hpp"
-#include "simulator/simulation/verbs.hpp"
+#include "simulator/service/streams.hpp"
 #include "vantu/orvanta/common/format.hpp"
-#include "vantu/orvanta/common/nanoseconds.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -17,112 +16,73 @@ namespace vantu::orvanta::simulator {
 namespace {
 
 constexpr std::uint64_t format_version = 1;
-constexpr std::uint64_t greatest_ms = 1'000'000'000;
+constexpr std::uint64_t greatest_port = 65535;
 
-std::int64_t milliseconds_of(const located_value& value, const std::string& place) {
-    return static_cast<std::int64_t>(require_whole(value, place, 0, greatest_ms)) * ns_per_millisecond;
+struct member_reader {
+    std::string_view member;
+    void (*read)(const located_value& value, scenario& into);
+};
+
+std::size_t count_in(const located_value& value) {
+    return static_cast<std::size_t>(require_whole(value, value.name, 0, most_devices_of_a_type));
 }
 
-const scenario_event_row& event_named(const located_value& value, const std::string& place) {
-    std::string right;
-    for (const scenario_event_row& row : scenario_events) {
-        if (value.kind == json_kind::string && value.string == row.name) {
-            return row;
+const std::string& file_in(const located_value& value) {
+    constexpr std::string_view right = "the name of a file";
+    const std::string& name = require_string(value, value.name, right);
+    if (name.empty()) {
+        throw located_error(value.line, formatted("{} is empty; {} would be right", value.name, right));
+    }
+    return name;
+}
+
+service_simulator::announce announce_in(const located_value& value) {
+    constexpr std::array<std::string_view, 2> words{"before", "after"};
+    return require_word(value, value.name, words) == 0 ? service_simulator::announce::before
+                                                       : service_simulator::announce::after;
+}
+
+std::vector<std::string> faults_in(const located_value& list) {
+    std::vector<std::string> faults;
+    for (const located_value& one : require_array(list, list.name)) {
+        const std::string& text = require_string(one, "a fault", "a text as \"drop 0.05\"");
+        try {
+            (void)initial_fault(text);
+        } catch (const std::invalid_argument& wrong) {
+            throw located_error(one.line, formatted("faults: {}", wrong.what()));
         }
-        right += formatted("{}\"{}\"", right.empty() ? "" : ", ", row.name);
+        faults.push_back(text);
     }
-    throw located_error(value.line,
-                        formatted("{} is {}; one of {} would be right", place, description_of(value), right));
+    return faults;
 }
 
-std::uint8_t request_code_of(const located_value& value, const std::string& place) {
-    for (const communication::operation& row : communication::operations) {
-        const bool named = value.kind == json_kind::string && value.string == row.name;
-        const bool numbered = value.is_whole && value.whole == row.code;
-        if (row.way == communication::direction::to_service && (named || numbered)) {
-            return row.code;
-        }
-    }
-    throw located_error(value.line,
-                        formatted("{} is {}; the code or the name of an operation that goes to the "
-                                  "service would be right, as in 66 or \"config_save\"",
-                                  place, description_of(value)));
-}
+// clang-format off
+constexpr std::array member_readers{
+    member_reader{"version",       [](const located_value& value, scenario& /*into*/) { (void)require_whole(value, value.name, format_version, format_version); }},
+    member_reader{"about",         [](const located_value& value, scenario& into) { into.about = require_string(value, value.name, "a text"); }},
+    member_reader{"devices",       [](const located_value& value, scenario& into) { into.devices = read_scenario_devices(value); }},
+    member_reader{"for_each_client", [](const located_value& value, scenario& into) { into.for_each_client = require_flag(value, value.name); }},
+    member_reader{"steps",         [](const located_value& value, scenario& into) { into.steps = read_scenario_steps(value, into.for_each_client); }},
+    member_reader{"port",          [](const located_value& value, scenario& into) { into.settings.port = formatted("{}", require_whole(value, value.name, 0, greatest_port)); }},
+    member_reader{"orvanta3",      [](const located_value& value, scenario& into) { into.settings.orvanta3_count = count_in(value); }},
+    member_reader{"palmetron",     [](const located_value& value, scenario& into) { into.settings.palmetron_count = count_in(value); }},
+    member_reader{"announce",      [](const located_value& value, scenario& into) { into.settings.devices = announce_in(value); }},
+    member_reader{"single_client", [](const located_value& value, scenario& into) { into.settings.single_client = require_flag(value, value.name); }},
+    member_reader{"rate",          [](const located_value& value, scenario& into) { into.settings.rate_hz = require_number(value, value.name, 0, greatest_rate_hz); }},
+    member_reader{"state",         [](const located_value& value, scenario& into) { into.settings.state_path = file_in(value); }},
+    member_reader{"capture",       [](const located_value& value, scenario& into) { into.settings.capture_path = file_in(value); }},
+    member_reader{"faults",        [](const located_value& value, scenario& into) { into.settings.faults = faults_in(value); }},
+    member_reader{"seed",          [](const located_value& value, scenario& into) { into.settings.seed = require_whole(value, value.name, 0, std::numeric_limits<std::uint64_t>::max()); }},
+    member_reader{"trace",         [](const located_value& value, scenario& into) { into.trace_path = file_in(value); }},
+    member_reader{"verbose",       [](const located_value& value, scenario& into) { into.verbose = require_flag(value, value.name); }},
+};
+// clang-format on
 
-scenario_trigger trigger_of(const located_value& value, const std::string& place) {
-    scenario_trigger read;
-    if (value.kind != json_kind::object) {
-        read.event = event_named(value, place).event;
-        return read;
-    }
-    require_object(value, place, scenario_members::event);
-    read.event = event_named(required_member(value, place, "event"), place + " event").event;
-    if (const located_value* code = value.find("op")) {
-        if (read.event != scenario_event::request) {
-            throw located_error(code->name_line,
-                                formatted("{} has an \"op\"; only the event \"request\" takes one", place));
-        }
-        read.code = request_code_of(*code, place + " op");
-    }
-    if (const located_value* nth = value.find("n")) {
-        read.nth = require_whole(*nth, place + " n", 1, std::numeric_limits<std::uint32_t>::max());
-    }
-    return read;
-}
-
-void add_verb(const located_value& value, const std::string& place, std::vector<std::string>& verbs) {
-    const std::string& line = require_string(value, place, "a verb or an array of verbs");
-    std::string_view rest(line);
-    const std::string_view verb = take_word(rest);
-    if (verb.empty() || verb.front() == '#' || line.find('\n') != std::string::npos) {
-        throw located_error(value.line, formatted("{} is {}; a verb would be right, as in \"drop 0.3\"",
-                                                  place, description_of(value)));
-    }
-    if (verb == "wait") {
-        throw located_error(
-            value.line,
-            formatted("{} waits; \"at\" or \"delay\" of a step of its own would be right", place));
-    }
-    if (const std::string wrong = check_verb(line); !wrong.empty()) {
-        throw located_error(value.line, formatted("{}: {}", place, wrong));
-    }
-    verbs.push_back(line);
-}
-
-scenario_step step_of(const located_value& value, const std::string& place) {
-    require_object(value, place, scenario_members::step);
-    const located_value* at = value.find("at");
-    const located_value* after = value.find("after");
-    const located_value* delay = value.find("delay");
-    if ((at == nullptr) == (after == nullptr)) {
-        throw located_error(value.line, formatted("{} has {}; one of the two would be right", place,
-                                                  at == nullptr ? R"(neither "at" nor "after")"
-                                                                : R"(both "at" and "after")"));
-    }
-    scenario_step step;
-    if (at != nullptr) {
-        if (delay != nullptr) {
-            throw located_error(delay->name_line,
-                                place + R"( has "at" and "delay"; "delay" belongs to "after")");
-        }
-        step.due_ns = milliseconds_of(*at, place + " at");
-    } else {
-        step.after = trigger_of(*after, place + " after");
-        step.due_ns = delay != nullptr ? milliseconds_of(*delay, place + " delay") : 0;
-    }
-    const located_value& verbs = required_member(value, place, "do");
-    if (verbs.kind == json_kind::array) {
-        for (const located_value& verb : verbs.items) {
-            add_verb(verb, place + " do", step.verbs);
-        }
-    } else {
-        add_verb(verbs, place + " do", step.verbs);
-    }
-    if (step.verbs.empty()) {
-        throw located_error(verbs.line, place + " do is empty; a verb or an array of verbs would be right");
-    }
-    return step;
-}
+static_assert(std::equal(member_readers.begin(), member_readers.end(), scenario_members::scenario.begin(),
+                         scenario_members::scenario.end(),
+                         [](const member_reader& reader, std::string_view member) {
+                             return reader.member == member;
+                         }));
 
 std::string text_of_file(const std::string& path) {
     std::error_code error;
@@ -139,28 +99,32 @@ std::string text_of_file(const std::string& path) {
 
 } // namespace
 
+fault_rule initial_fault(std::string_view text) {
+    const std::string_view name = take_word(text);
+    const fault_row* const row = find_fault(name);
+    if (row == nullptr) {
+        throw std::invalid_argument(
+            formatted("'{}' is no fault; one of those that 'help' lists would be right",
+                      without_control_characters(name)));
+    }
+    return parse_initial_fault(row->kind, text);
+}
+
 scenario read_scenario_text(const std::string& text) {
     const located_value whole = read_located_json(text);
     require_object(whole, "the scenario", scenario_members::scenario);
-    (void)require_whole(required_member(whole, "the scenario", "version"), "version", format_version,
-                        format_version);
+    (void)required_member(whole, "the scenario", "version");
     scenario read;
-    if (const located_value* about = whole.find("about")) {
-        read.about = require_string(*about, "about", "a text");
-    }
-    if (const located_value* seed = whole.find("seed")) {
-        read.seed = require_whole(*seed, "seed", 0, std::numeric_limits<std::uint64_t>::max());
-    }
-    if (const located_value* devices = whole.find("devices")) {
-        read.devices = read_scenario_devices(*devices);
-    }
-    if (const located_value* steps = whole.find("steps")) {
-        if (steps->kind != json_kind::array) {
-            throw located_error(steps->line,
-                                formatted("steps is {}; an array would be right", description_of(*steps)));
+    for (const member_reader& reader : member_readers) {
+        if (const located_value* value = whole.find(reader.member)) {
+            reader.read(*value, read);
         }
-        for (const located_value& step : steps->items) {
-            read.steps.push_back(step_of(step, formatted("step {}", read.steps.size() + 1)));
+    }
+    for (const char* const count : {"orvanta3", "palmetron"}) {
+        if (const located_value* value = whole.find(count); value != nullptr && read.devices) {
+            throw located_error(
+                value->name_line,
+                formatted(R"(the scenario has "{}" and "devices"; one of the two would be right)", count));
         }
     }
     return read;

@@ -89,12 +89,8 @@ class device_reader {
 
   private:
     device next_of(const located_value& type, const std::string& place) {
-        const bool is_orvanta3 = type.string == "orvanta3";
-        if (!is_orvanta3 && type.string != "palmetron") {
-            throw located_error(type.line,
-                                formatted("{} type is {}; \"orvanta3\" or \"palmetron\" would be right",
-                                          place, description_of(type)));
-        }
+        constexpr std::array<std::string_view, 2> types{"orvanta3", "palmetron"};
+        const bool is_orvanta3 = require_word(type, place + " type", types) == 0;
         std::size_t& used = is_orvanta3 ? orvanta3_used_ : palmetron_used_;
         const auto& family = is_orvanta3 ? orvanta3_ : palmetron_;
         if (used == family.size()) {
@@ -132,13 +128,9 @@ void require_new(const placed_device& one, const std::vector<placed_device>& ear
 } // namespace
 
 std::vector<device> read_scenario_devices(const located_value& list) {
-    if (list.kind != json_kind::array) {
-        throw located_error(list.line,
-                            formatted("devices is {}; an array would be right", description_of(list)));
-    }
     device_reader reader;
     std::vector<placed_device> read;
-    for (const located_value& value : list.items) {
+    for (const located_value& value : require_array(list, "devices")) {
         const placed_device one = reader.read(value, formatted("device {}", read.size() + 1));
         require_new(one, read);
         read.push_back(one);

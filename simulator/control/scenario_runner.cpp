@@ -8,9 +8,13 @@
 
 namespace vantu::orvanta::simulator {
 
-scenario_runner::scenario_runner(simulation& target, std::vector<scenario_step> steps, print_function print)
-    : target_(target), schedule_(std::move(steps)), print_(std::move(print)) {
-    target_.observe([this](const observed_operation& what) { schedule_.observe(what, target_.now_ns()); });
+// An event that a verb of a step brings counts a tick later: a step that brings its own lets time pass.
+scenario_runner::scenario_runner(simulation& target, std::vector<scenario_step> steps, print_function print,
+                                 bool for_each_client)
+    : target_(target), schedule_(std::move(steps), for_each_client), print_(std::move(print)) {
+    target_.observe([this](const observed_operation& what) {
+        schedule_.observe(what, target_.now_ns() + (doing_ ? simulation_tick_ns : 0));
+    });
 }
 
 scenario_runner::~scenario_runner() {
@@ -31,10 +35,11 @@ void scenario_runner::advance_to(std::int64_t since_start_ns) {
 }
 
 void scenario_runner::attend() {
-    // A verb may bring the event that the next step waits for.
     while (!quit_ && schedule_.next_due_ns() <= target_.now_ns()) {
         for (const std::string& verb : schedule_.take_due(target_.now_ns())) {
+            doing_ = true;
             const verb_result result = run_verb(target_, verb);
+            doing_ = false;
             if (!result.good) {
                 ++failures_;
                 print_("error: " + verb + ": " + result.text + '\n');
@@ -47,6 +52,19 @@ void scenario_runner::attend() {
             }
         }
     }
+    if (target_.forgotten_clients() != forgotten_clients_) {
+        drop_forgotten_clients();
+    }
+}
+
+// After what their last events have made due: a goodbye is one.
+void scenario_runner::drop_forgotten_clients() {
+    forgotten_clients_ = target_.forgotten_clients();
+    std::vector<std::uint64_t> left;
+    for (const client& one : target_.clients()) {
+        left.push_back(target_.number_of(one));
+    }
+    schedule_.keep_clients(left);
 }
 
 std::int64_t scenario_runner::next_due_ns() const {

@@ -18,7 +18,8 @@ class scenario_runner {
     using print_function = std::function<void(std::string_view text)>;
 
     // Observes the target, which outlives the runner and has no other observer.
-    scenario_runner(simulation& target, std::vector<scenario_step> steps, print_function print);
+    scenario_runner(simulation& target, std::vector<scenario_step> steps, print_function print,
+                    bool for_each_client = false);
     ~scenario_runner();
     scenario_runner(const scenario_runner&) = delete;
     scenario_runner& operator=(const scenario_runner&) = delete;
@@ -40,10 +41,14 @@ class scenario_runner {
     void go_on() noexcept { quit_ = false; }
 
   private:
+    void drop_forgotten_clients();
+
     simulation& target_;
     scenario_schedule schedule_;
     print_function print_;
     std::size_t failures_{0};
+    std::uint64_t forgotten_clients_{0};
+    bool doing_{false};
     bool quit_{false};
 };
 

@@ -1,7 +1,6 @@
 #include "simulator/control/scenario_schedule.hpp"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace vantu::orvanta::simulator {
@@ -27,43 +26,87 @@ bool is_event(const scenario_trigger& trigger, const observed_operation& what) n
     });
 }
 
-scenario_schedule::scenario_schedule(std::vector<scenario_step> steps) {
-    waiting_.reserve(steps.size());
-    for (scenario_step& step : steps) {
-        const std::int64_t due_ns = step.after ? never_ns : step.due_ns;
-        waiting_.push_back({std::move(step), 0, due_ns});
+scenario_schedule::scenario_schedule(std::vector<scenario_step> steps, bool for_each_client)
+    : steps_(std::move(steps)), for_each_client_(for_each_client) {
+    if (!for_each_client_) {
+        begin(0, 0);
+    }
+}
+
+void scenario_schedule::begin(std::uint64_t client, std::int64_t now_ns) {
+    drop(client);
+    auto& play = plays_[client];
+    play.resize(steps_.size());
+    for (std::size_t i = 0; i < steps_.size(); ++i) {
+        if (!steps_[i].after) {
+            add({now_ns + steps_[i].due_ns, client, i}, play[i]);
+        }
+    }
+}
+
+void scenario_schedule::drop(std::uint64_t client) {
+    plays_.erase(client);
+    std::erase_if(due_, [client](const due_step& one) { return one.client == client; });
+}
+
+void scenario_schedule::add(const due_step& what, progress& of_step) {
+    if (of_step.waiting < most_waiting) {
+        ++of_step.waiting;
+        due_.insert(what);
     }
 }
 
 void scenario_schedule::observe(const observed_operation& what, std::int64_t now_ns) {
-    for (waiting_step& one : waiting_) {
-        const auto& trigger = one.step.after;
-        if (trigger && one.seen < trigger->nth && is_event(*trigger, what) && ++one.seen == trigger->nth) {
-            one.due_ns = now_ns + one.step.due_ns;
+    const std::uint64_t client = for_each_client_ ? what.client : 0;
+    if (for_each_client_ && is_event({scenario_event::connect}, what)) {
+        begin(client, now_ns);
+    }
+    const auto play = plays_.find(client);
+    if (play == plays_.end()) {
+        return;
+    }
+    for (std::size_t i = 0; i < steps_.size(); ++i) {
+        const auto& trigger = steps_[i].after;
+        if (!trigger || !is_event(*trigger, what)) {
+            continue;
+        }
+        const std::uint64_t seen = ++play->second[i].seen;
+        if (seen == trigger->nth || (trigger->each && seen > trigger->nth)) {
+            add({now_ns + steps_[i].due_ns, client, i}, play->second[i]);
         }
     }
 }
 
 std::vector<std::string> scenario_schedule::take_due(std::int64_t now_ns) {
-    const auto later = std::stable_partition(waiting_.begin(), waiting_.end(),
-                                             [&](const waiting_step& one) { return one.due_ns <= now_ns; });
-    std::stable_sort(waiting_.begin(), later, [](const waiting_step& left, const waiting_step& right) {
-        return left.due_ns < right.due_ns;
-    });
-    std::vector<std::string> due;
-    for (auto one = waiting_.begin(); one != later; ++one) {
-        std::move(one->step.verbs.begin(), one->step.verbs.end(), std::back_inserter(due));
+    std::vector<std::string> verbs;
+    const std::int64_t due_ns = next_due_ns();
+    while (due_ns <= now_ns && next_due_ns() == due_ns) {
+        due_step taken = due_.extract(due_.begin()).value();
+        const scenario_step& step = steps_[taken.step];
+        for (const std::string& verb : step.verbs) {
+            verbs.push_back(for_each_client_ ? verb_for_client(verb, taken.client) : verb);
+        }
+        progress& of_step = plays_.at(taken.client)[taken.step];
+        --of_step.waiting;
+        if (++of_step.times != step.times && step.every_ns != 0) {
+            taken.due_ns += step.every_ns;
+            add(taken, of_step);
+        }
     }
-    waiting_.erase(waiting_.begin(), later);
-    return due;
+    return verbs;
 }
 
 std::int64_t scenario_schedule::next_due_ns() const noexcept {
-    std::int64_t next = never_ns;
-    for (const waiting_step& one : waiting_) {
-        next = std::min(next, one.due_ns);
+    return due_.empty() ? never_ns : due_.begin()->due_ns;
+}
+
+void scenario_schedule::keep_clients(std::span<const std::uint64_t> numbers) {
+    for (auto play = plays_.begin(); for_each_client_ && play != plays_.end();) {
+        const std::uint64_t client = (play++)->first;
+        if (std::find(numbers.begin(), numbers.end(), client) == numbers.end()) {
+            drop(client);
+        }
     }
-    return next;
 }
 
 } // namespace vantu::orvanta::simulator

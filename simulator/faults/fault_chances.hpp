@@ -22,6 +22,12 @@ class fault_chances {
         return clients_.emplace(client, clients_.size()).first->second;
     }
 
+    // The same from 1, and 0 for a client without such a call.
+    [[nodiscard]] std::uint64_t known_number_of(const peer& client) const {
+        const auto known = clients_.find(client);
+        return known != clients_.end() ? known->second + 1 : 0;
+    }
+
     struct draw {
         fault_random chance;
         bool* in_burst; // whether the datagram before it of the same kind was in a burst; to be kept up

@@ -90,6 +90,11 @@ class fault_pipeline {
         return happened_[static_cast<std::size_t>(kind)];
     }
 
+    // A client's number in the order of the first datagrams, from 1; 0 for one that has sent none.
+    [[nodiscard]] std::uint64_t number_of(const peer& client) const {
+        return chances_.known_number_of(client);
+    }
+
     // Takes a datagram that a socket received, or that the service sends.
     void from_socket(const peer& from, std::span<const std::byte> bytes, std::int64_t now_ns);
     void from_service(const outgoing_datagram& datagram, std::int64_t now_ns);

@@ -27,14 +27,12 @@ const std::string& with_sockets(const std::string& port) {
 } // namespace
 
 service_simulator::implementation::implementation(const settings& wanted)
-    : manual_clock_(wanted.manual_clock), show_(wanted.show), prepared_(prepare(wanted)),
-      simulated_(prepared_.simulated), sockets_(with_sockets(wanted.port)),
-      record_(wanted, simulated_, times()), runner_(simulated_, prepared_.steps,
-                                                    [this](std::string_view text) {
-                                                        if (show_) {
-                                                            show_(text);
-                                                        }
-                                                    }),
+    : manual_clock_(wanted.manual_clock), prepared_(prepare(wanted)), simulated_(prepared_.simulated),
+      sockets_(with_sockets(prepared_.chosen.port.value_or("0"))),
+      record_(prepared_.chosen, simulated_, times()),
+      runner_(
+          simulated_, prepared_.steps, wanted.show ? wanted.show : [](std::string_view) {},
+          prepared_.for_each_client),
       server_(
           simulated_, sockets_, [this] { return time_ns(); }, drive()) {
     for (const fault_rule& rule : prepared_.faults) {

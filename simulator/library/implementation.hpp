@@ -74,7 +74,6 @@ class service_simulator::implementation {
     void tell_all();
 
     bool manual_clock_;
-    std::function<void(std::string_view text)> show_;
     simulator::prepared_settings prepared_;
     simulator::simulation simulated_;
     simulator::listeners sockets_;

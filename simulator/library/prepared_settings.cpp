@@ -8,6 +8,7 @@
 #include <charconv>
 #include <random>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 namespace vantu::orvanta::simulator {
@@ -27,37 +28,46 @@ bool is_port(const std::string& text) {
 }
 
 void check(const service_simulator::settings& wanted) {
-    if (!is_port(wanted.port)) {
+    if (!is_port(wanted.port.value_or("0"))) {
         throw std::invalid_argument(
-            formatted("port '{}'; a decimal number from 0 to 65535 would be right", wanted.port));
+            formatted("port '{}'; a decimal number from 0 to 65535 would be right", *wanted.port));
     }
     if (std::max(wanted.orvanta3_count, wanted.palmetron_count) > most_devices_of_a_type) {
         throw std::invalid_argument(formatted("more than {} devices of a type; 0 to {} would be right",
                                               most_devices_of_a_type, most_devices_of_a_type));
     }
-    if (!(wanted.rate_hz >= 0 && wanted.rate_hz <= greatest_rate_hz)) {
+    if (const double rate_hz = wanted.rate_hz.value_or(0); !(rate_hz >= 0 && rate_hz <= greatest_rate_hz)) {
         throw std::invalid_argument(
-            formatted("rate {} Hz; 0 to {} would be right", wanted.rate_hz, greatest_rate_hz));
+            formatted("rate {} Hz; 0 to {} would be right", rate_hz, greatest_rate_hz));
     }
 }
 
-// A rule of the text "NAME ARGUMENT@SELECTOR,...".
-fault_rule initial_fault(std::string_view text) {
-    const std::string_view name = take_word(text);
-    const fault_row* const row = find_fault(name);
-    if (row == nullptr) {
-        throw std::invalid_argument(
-            formatted("'{}' is no fault; one of those that 'help' lists would be right",
-                      without_control_characters(name)));
-    }
-    return parse_initial_fault(row->kind, text);
+// The settings that are wanted, and those of the scenario in the place of those that are left out.
+service_simulator::settings merged(service_simulator::settings wanted,
+                                   const service_simulator::settings& of_scenario) {
+    const auto fill = [](auto& setting, const auto& other) {
+        if (setting == std::decay_t<decltype(setting)>{}) {
+            setting = other;
+        }
+    };
+    fill(wanted.port, of_scenario.port);
+    fill(wanted.orvanta3_count, of_scenario.orvanta3_count);
+    fill(wanted.palmetron_count, of_scenario.palmetron_count);
+    fill(wanted.rate_hz, of_scenario.rate_hz);
+    fill(wanted.seed, of_scenario.seed);
+    fill(wanted.state_path, of_scenario.state_path);
+    fill(wanted.devices, of_scenario.devices);
+    fill(wanted.single_client, of_scenario.single_client);
+    fill(wanted.capture_path, of_scenario.capture_path);
+    wanted.faults.insert(wanted.faults.end(), of_scenario.faults.begin(), of_scenario.faults.end());
+    return wanted;
 }
 
-std::vector<device> devices_of(const service_simulator::settings& wanted, scenario& script) {
+std::vector<device> devices_of(const service_simulator::settings& chosen, scenario& script) {
     if (!script.devices) {
-        return make_devices(wanted.orvanta3_count.value_or(1), wanted.palmetron_count.value_or(1));
+        return make_devices(chosen.orvanta3_count.value_or(1), chosen.palmetron_count.value_or(1));
     }
-    if (wanted.orvanta3_count || wanted.palmetron_count) {
+    if (chosen.orvanta3_count || chosen.palmetron_count) {
         throw std::invalid_argument(
             "orvanta3 and palmetron: the scenario names its devices; one of the two would be right");
     }
@@ -68,23 +78,26 @@ std::vector<device> devices_of(const service_simulator::settings& wanted, scenar
 
 prepared_settings prepare(const service_simulator::settings& wanted) {
     check(wanted);
+    scenario script = wanted.scenario_path.empty() ? scenario{} : read_scenario(wanted.scenario_path);
     prepared_settings made;
-    for (const std::string& text : wanted.faults) {
+    made.chosen = merged(wanted, script.settings);
+    for (const std::string& text : made.chosen.faults) {
         made.faults.push_back(initial_fault(text));
     }
-    scenario script = wanted.scenario_path.empty() ? scenario{} : read_scenario(wanted.scenario_path);
-    made.simulated.devices = devices_of(wanted, script);
-    made.simulated.announce = wanted.devices == service_simulator::announce::before ? announce_order::before
-                                                                                    : announce_order::after;
-    made.simulated.single_client = wanted.single_client;
-    made.simulated.rate_hz = wanted.rate_hz;
-    made.simulated.seed = wanted.seed ? *wanted.seed : script.seed ? *script.seed : random_seed();
+    made.simulated.devices = devices_of(made.chosen, script);
+    made.simulated.announce = made.chosen.devices == service_simulator::announce::after
+                                  ? announce_order::after
+                                  : announce_order::before;
+    made.simulated.single_client = made.chosen.single_client.value_or(false);
+    made.simulated.rate_hz = made.chosen.rate_hz.value_or(made.simulated.rate_hz);
+    made.simulated.seed = made.chosen.seed ? *made.chosen.seed : random_seed();
     made.simulated.narrate = wanted.narrate;
     made.simulated.warn = wanted.warn;
     made.steps = std::move(script.steps);
+    made.for_each_client = script.for_each_client;
     made.about = without_control_characters(script.about);
-    if (!wanted.state_path.empty()) {
-        made.state = std::make_unique<saved_state>(wanted.state_path);
+    if (!made.chosen.state_path.empty()) {
+        made.state = std::make_unique<saved_state>(made.chosen.state_path);
         made.simulated.state = made.state.get();
     }
     return made;

@@ -13,9 +13,11 @@
 namespace vantu::orvanta::simulator {
 
 struct prepared_settings {
+    service_simulator::settings chosen; // with those of the scenario
     simulation_settings simulated;
     std::vector<fault_rule> faults;
     std::vector<scenario_step> steps;
+    bool for_each_client{false};        // as scenario::for_each_client
     std::string about;                  // what the scenario shows
     std::unique_ptr<saved_state> state; // of the simulated; null where configurations are kept in no file
 };

@@ -37,6 +37,7 @@ std::vector<service_simulator::client> clients_of(const simulation& simulated) {
     for (const client& one : simulated.clients()) {
         auto& made = all.emplace_back();
         made.id = one.id;
+        made.number = simulated.number_of(one);
         made.name = one.name;
         made.address = address_text(one.address);
         for (const open_device& opened : one.opened) {

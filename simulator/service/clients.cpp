@@ -36,7 +36,7 @@ client& client_registry::admit(const peer& who) {
 }
 
 void client_registry::forget(const peer& who) {
-    std::erase_if(clients_, [&who](const client& one) { return same_peer(one.address, who); });
+    forgotten_ += std::erase_if(clients_, [&who](const client& one) { return same_peer(one.address, who); });
 }
 
 bool client_registry::take_silent(std::int64_t now_ns, client& taken) {
@@ -47,6 +47,7 @@ bool client_registry::take_silent(std::int64_t now_ns, client& taken) {
     }
     taken = std::move(*found);
     clients_.erase(found);
+    ++forgotten_;
     return true;
 }
 

@@ -53,18 +53,24 @@ class client_registry {
     void forget(const peer& who);
 
     // Forgets everybody. Ids go on: none is given twice.
-    void forget_all() noexcept { clients_.clear(); }
+    void forget_all() noexcept {
+        forgotten_ += clients_.size();
+        clients_.clear();
+    }
 
     // Takes out a client that has been silent for longer than it declared; false when there is none.
     [[nodiscard]] bool take_silent(std::int64_t now_ns, client& taken);
 
     [[nodiscard]] std::vector<client>& all() noexcept { return clients_; }
     [[nodiscard]] const std::vector<client>& all() const noexcept { return clients_; }
+    // How many have been forgotten or taken out so far.
+    [[nodiscard]] std::uint64_t forgotten() const noexcept { return forgotten_; }
     [[nodiscard]] bool is_full() const noexcept { return clients_.size() >= most_clients; }
 
   private:
     std::vector<client> clients_;
     std::uint64_t next_id_;
+    std::uint64_t forgotten_{0};
 };
 
 } // namespace vantu::orvanta::simulator

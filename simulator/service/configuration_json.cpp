@@ -5,31 +5,16 @@
 namespace vantu::orvanta::simulator {
 namespace {
 
-bool read_flag(const located_value& value, const std::string& place) {
-    if (value.kind != json_kind::boolean) {
-        throw located_error(
-            value.line, formatted("{} is {}; true or false would be right", place, description_of(value)));
-    }
-    return value.boolean;
-}
-
 void read_gravity(const located_value& value, const std::string& place, configuration& settings) {
     constexpr std::array<std::string_view, 2> members{"enabled", "scaling_factor"};
     require_object(value, place, members);
     if (const located_value* enabled = value.find("enabled")) {
-        settings.gravity_compensation = read_flag(*enabled, place + " enabled");
+        settings.gravity_compensation = require_flag(*enabled, place + " enabled");
     }
     if (const located_value* factor = value.find("scaling_factor")) {
-        // Compared as it stands: a number beyond the range of float has no conversion to it.
-        if (factor->kind != json_kind::number ||
-            !(factor->number >= static_cast<double>(least_scaling_factor)) ||
-            !(factor->number <= static_cast<double>(greatest_scaling_factor))) {
-            throw located_error(factor->line,
-                                formatted("{} scaling_factor is {}; a number from {} to {} would be right",
-                                          place, description_of(*factor), least_scaling_factor,
-                                          greatest_scaling_factor));
-        }
-        settings.scaling_factor = static_cast<float>(factor->number);
+        settings.scaling_factor = static_cast<float>(
+            require_number(*factor, place + " scaling_factor", static_cast<double>(least_scaling_factor),
+                           static_cast<double>(greatest_scaling_factor)));
     }
 }
 
@@ -44,17 +29,14 @@ void read_configuration(const located_value& value, const std::string& place, co
         constexpr std::array<std::string_view, 1> members{"enabled"};
         require_object(*torque, place + " torque_scaling", members);
         if (const located_value* enabled = torque->find("enabled")) {
-            settings.torque_scaling = read_flag(*enabled, place + " torque_scaling enabled");
+            settings.torque_scaling = require_flag(*enabled, place + " torque_scaling enabled");
         }
     }
     if (const located_value* handedness = value.find("handedness")) {
-        const bool left = handedness->string == "left";
-        if (!left && handedness->string != "right") {
-            throw located_error(handedness->line,
-                                formatted("{} handedness is {}; \"right\" or \"left\" would be right", place,
-                                          description_of(*handedness)));
-        }
-        settings.handedness = left ? vantu_orvanta_handedness_left : vantu_orvanta_handedness_right;
+        constexpr std::array<std::string_view, 2> words{"right", "left"};
+        settings.handedness = require_word(*handedness, place + " handedness", words) == 0
+                                  ? vantu_orvanta_handedness_right
+                                  : vantu_orvanta_handedness_left;
     }
 }
 

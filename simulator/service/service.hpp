@@ -59,6 +59,7 @@ class service {
     [[nodiscard]] std::vector<outgoing_datagram> take_outgoing() { return out_.take(); }
 
     [[nodiscard]] const std::vector<client>& clients() const noexcept { return clients_.all(); }
+    [[nodiscard]] std::uint64_t forgotten_clients() const noexcept { return clients_.forgotten(); }
     [[nodiscard]] const std::vector<device>& devices() const noexcept { return devices_; }
 
   private:

@@ -25,7 +25,7 @@ bool names_a_device(const observed_operation& what) {
 
 } // namespace
 
-void observe_operations(std::span<const std::byte> datagram, direction way,
+void observe_operations(std::span<const std::byte> datagram, direction way, std::uint64_t client,
                         const observe_function& observer) {
     proto::header header{};
     if (datagram.size() < sizeof header) {
@@ -39,7 +39,7 @@ void observe_operations(std::span<const std::byte> datagram, direction way,
         if (place.body_size < place.length) {
             return;
         }
-        observer({way, place.code, datagram.subspan(place.body(), place.body_size)});
+        observer({way, place.code, datagram.subspan(place.body(), place.body_size), client});
     }
 }
 

@@ -17,13 +17,15 @@ struct observed_operation {
     communication::direction way{communication::direction::to_service};
     std::uint8_t code{0};
     std::span<const std::byte> body{}; // as long as its record says
+    std::uint64_t client{0};           // the number of the client that it comes from or goes to
 };
 
 using observe_function = std::function<void(const observed_operation&)>;
 
-// Each whole operation of a well-formed datagram, up to the first that is cut off or lacks its magic.
+// Each whole operation of a well-formed datagram of a client, up to the first that is cut off or lacks its
+// magic.
 void observe_operations(std::span<const std::byte> datagram, communication::direction way,
-                        const observe_function& observer);
+                        std::uint64_t client, const observe_function& observer);
 
 class operation_counts {
   public:

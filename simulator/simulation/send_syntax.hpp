@@ -10,7 +10,7 @@ namespace vantu::orvanta::simulator {
 
 struct send_command {
     std::vector<std::byte> datagram;
-    std::uint64_t client{0}; // 0: to all; else to the so many-th that is connected
+    std::uint64_t client{0}; // 0: to all; else to that of this number
 };
 
 inline constexpr std::size_t longest_sent_datagram = 2048;

@@ -196,7 +196,7 @@ void simulation::deliver() {
         quiet = true;
         for (const arrival& one : pipeline_.take_arrivals()) {
             service_.receive(one.from, one.bytes, now_ns_);
-            note(one.bytes, direction::to_service);
+            note(one.from, one.bytes, direction::to_service);
             quiet = false;
         }
         for (const outgoing_datagram& one : service_.take_outgoing()) {
@@ -207,15 +207,15 @@ void simulation::deliver() {
             ++counters_.sent;
             quiet = false;
             if (!one.forged) {
-                note(one.bytes, direction::to_client);
+                note(one.to, one.bytes, direction::to_client);
             }
             outgoing_.push_back(std::move(one));
         }
     }
 }
 
-void simulation::note(std::span<const std::byte> datagram, direction way) {
-    observe_operations(datagram, way, [this](const observed_operation& what) {
+void simulation::note(const peer& with, std::span<const std::byte> datagram, direction way) {
+    observe_operations(datagram, way, pipeline_.number_of(with), [this](const observed_operation& what) {
         operations_.count(what);
         if (observer_) {
             observer_(what);

@@ -92,6 +92,13 @@ class simulation {
     void observe(observe_function observer) { observer_ = std::move(observer); }
 
     [[nodiscard]] const std::vector<client>& clients() const noexcept { return service_.clients(); }
+    // A client's number, which `client=` means, in the order of the first datagrams, from 1. It is the number
+    // of its address and port, whether connected or not.
+    [[nodiscard]] std::uint64_t number_of(const client& one) const {
+        return pipeline_.number_of(one.address);
+    }
+    // How many clients have been forgotten since the start, for whatever reason.
+    [[nodiscard]] std::uint64_t forgotten_clients() const noexcept { return service_.forgotten_clients(); }
     [[nodiscard]] const std::vector<device>& devices() const noexcept { return service_.devices(); }
     [[nodiscard]] const simulation_counters& counters() const noexcept { return counters_; }
     [[nodiscard]] const operation_counts& operations() const noexcept { return operations_; }
@@ -105,7 +112,7 @@ class simulation {
     // Hands on what waits between service and pipeline until all is quiet. The observer may call back.
     void settle();
     void deliver();
-    void note(std::span<const std::byte> datagram, communication::direction way);
+    void note(const peer& with, std::span<const std::byte> datagram, communication::direction way);
     void act(const std::vector<requested_action>& wanted);
     void carry_out_late_actions();
     void carry_out(const requested_action& what);

@@ -13,12 +13,12 @@
 namespace vantu::orvanta::simulator {
 namespace {
 
-std::string client_line(const client& one, std::int64_t now_ns) {
+std::string client_line(const client& one, std::uint64_t number, std::int64_t now_ns) {
     std::string devices;
     for (const open_device& opened : one.opened) {
         devices += formatted(" {}", opened.id);
     }
-    return formatted("  {} '{}' at {}, opened{}, heard {:.3f} s ago\n", one.id, one.name,
+    return formatted("  {} client {} '{}' at {}, opened{}, heard {:.3f} s ago\n", number, one.id, one.name,
                      address_text(one.address), devices.empty() ? " nothing" : devices,
                      seconds_of(now_ns - one.last_heard_ns));
 }
@@ -74,7 +74,7 @@ std::string status_text(const simulation& target) {
                       counters.restarts);
     text += formatted("clients {}\n", target.clients().size());
     for (const client& one : target.clients()) {
-        text += client_line(one, target.now_ns());
+        text += client_line(one, target.number_of(one), target.now_ns());
     }
     text += formatted("devices {}\n", target.devices().size());
     for (const device& one : target.devices()) {

@@ -143,15 +143,18 @@ verb_result run(simulation& target, const send_command& wanted) {
     if (all.empty()) {
         return bad("send: nobody is connected; a step after an event, as \"connect\", would be right");
     }
-    if (wanted.client > all.size()) {
-        return bad(formatted("send: there is no client {}; 1 to {} would be right, as 'status' lists them",
-                             wanted.client, all.size()));
-    }
     std::vector<peer> to;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        if (wanted.client == 0 || wanted.client == i + 1) {
-            to.push_back(all[i].address);
+    std::string known;
+    for (const client& one : all) {
+        const std::uint64_t number = target.number_of(one);
+        known += formatted("{}{}", known.empty() ? "" : " or ", number);
+        if (wanted.client == 0 || wanted.client == number) {
+            to.push_back(one.address);
         }
+    }
+    if (to.empty()) {
+        return bad(formatted("send: there is no client {}; {} would be right, as 'status' numbers them",
+                             wanted.client, known));
     }
     for (const peer& one : to) {
         target.send(one, wanted.datagram);

@@ -283,6 +283,20 @@ TEST(a_walk, meets_a_device_that_a_stranger_made_up) {
     desk.leave();
 }
 
+// A gap is too short to be looked at with a busy machine.
+TEST(a_walk, leads_over_the_gaps_of_a_client) {
+    walk desk("Gaps for each client");
+    desk.begin_asked();
+    desk.type({"0"});
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (desk.status().find("drop happened") == std::string::npos) {
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+        desk.type({"0"});
+    }
+    desk.see_after({"0", "2"}, {"Gravity Compensation: On", "Scaling Factor: 0.75"});
+    desk.leave();
+}
+
 TEST(a_walk, meets_one_error_by_one_line) {
     walk desk("One line");
     desk.begin_asked();

@@ -16,11 +16,10 @@ using namespace vantu::orvanta::simulator;
 
 namespace {
 
-simulation_settings settings_of(const scenario& script) {
-    simulation_settings settings;
-    settings.seed = script.seed.value_or(settings.seed);
-    settings.devices = script.devices.value_or(make_devices(1, 1));
-    return settings;
+prepared_settings settings_of(const std::string& scenario_path) {
+    service_simulator::settings wanted;
+    wanted.scenario_path = scenario_path;
+    return prepare(wanted);
 }
 
 std::string about(const std::string& what, unsigned device_id) {
@@ -51,13 +50,19 @@ reply_handler<Record> keep_in(const std::shared_ptr<std::optional<handled>>& res
 } // namespace
 
 scenario_fixture::scenario_fixture(const std::string& name)
-    : scenario_fixture(read_scenario(SCENARIOS_FOLDER "/" + name + ".json")) {}
+    : scenario_fixture(settings_of(SCENARIOS_FOLDER "/" + name + ".json")) {}
 
-scenario_fixture::scenario_fixture(scenario script)
-    : simulated(settings_of(script)), runner_(simulated, std::move(script.steps), [](std::string_view) {}),
+scenario_fixture::scenario_fixture(prepared_settings script)
+    : simulated(std::move(script.simulated)),
+      runner_(
+          simulated, std::move(script.steps), [](std::string_view) {}, script.for_each_client),
       server_(simulated, sockets_, [this] { return now_ns_; },
               {[this](std::int64_t until_ns) { runner_.advance_to(until_ns); }, [this] { runner_.attend(); },
-               [this] { return runner_.next_due_ns(); }}) {}
+               [this] { return runner_.next_due_ns(); }}) {
+    for (const fault_rule& rule : script.faults) {
+        simulated.add_fault(rule);
+    }
+}
 
 scenario_fixture::~scenario_fixture() {
     simulated.faults().heal();

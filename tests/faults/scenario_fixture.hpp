@@ -2,8 +2,8 @@
 // one process. The simulation's time is moved by hand, in steps of a millisecond.
 #pragma once
 
-#include "simulator/control/scenario.hpp"
 #include "simulator/control/scenario_runner.hpp"
+#include "simulator/library/prepared_settings.hpp"
 #include "simulator/sockets/server.hpp"
 #include "support/log_capture.hpp"
 #include "vantu/orvanta/client.hpp"
@@ -87,7 +87,7 @@ class scenario_fixture {
     vantu::orvanta::simulator::simulation simulated;
 
   private:
-    explicit scenario_fixture(vantu::orvanta::simulator::scenario script);
+    explicit scenario_fixture(vantu::orvanta::simulator::prepared_settings script);
     [[nodiscard]] library_client::config callbacks();
     void while_serving(const std::function<void()>& blocking);
     void poll();

@@ -178,6 +178,28 @@ TEST(shipped_scenario, stale_and_forged_has_answers_of_yesterday_believed_and_a_
     EXPECT_THAT(fixture.codes, IsEmpty());
 }
 
+TEST(shipped_scenario, gaps_for_each_client_stops_what_passes_for_the_last_of_every_three_seconds) {
+    scenario_fixture fixture("gaps_for_each_client");
+    for (int visit = 0; visit < 2; ++visit) {
+        fixture.enter(1);
+        for (int round = 0; round < 2; ++round) {
+            const std::uint64_t before = fixture.cursor_states;
+            fixture.pass(1980);
+            EXPECT_GE(fixture.cursor_states, before + 190);
+            EXPECT_EQ(fixture.ask_gravity(1).answer, as_made);
+            fixture.pass(20);
+            const std::uint64_t in_gap = fixture.cursor_states;
+            fixture.pass(960);
+            EXPECT_EQ(fixture.cursor_states, in_gap);
+            fixture.pass(40);
+        }
+        fixture.leave();
+        fixture.pass(700);
+    }
+    EXPECT_THAT(fixture.codes, IsEmpty());
+    EXPECT_THAT(logged(fixture), IsEmpty());
+}
+
 TEST(shipped_scenarios, have_a_test_and_a_walk_each) {
     std::set<std::string> files;
     for (const auto& entry : std::filesystem::directory_iterator(SCENARIOS_FOLDER)) {

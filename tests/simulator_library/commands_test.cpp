@@ -17,6 +17,7 @@ using namespace std::chrono_literals;
 using testing::HasSubstr;
 using testing::StartsWith;
 using vantu::orvanta::service_simulator;
+using direction = service_simulator::direction;
 
 // The exception of the function, as text; empty, and the test fails, when it throws nothing.
 template <typename Wrong, typename Function> std::string refusal_of(Function function) {
@@ -232,6 +233,34 @@ TEST_F(in_a_folder, a_scenario_is_played_as_time_is_moved) {
     EXPECT_TRUE(service.has_quit());
 }
 
+TEST_F(in_a_folder, a_scenario_for_each_client_has_rules_of_each_client) {
+    service_simulator::settings wanted = by_hand();
+    wanted.scenario_path =
+        file("scenario.json", R"({"version": 1, "for_each_client": true, "rate": 0, "steps": [
+        {"at": 0, "do": "drop 0@client=this,as=loss-this"},
+        {"at": 1000, "do": "heal loss-this"}]})");
+    service_simulator service(wanted);
+    const auto names = [&service] {
+        std::vector<std::string> all;
+        for (const auto& rule : service.rules()) {
+            all.push_back(rule.name + ": " + rule.text);
+        }
+        return all;
+    };
+    simulated_client first(service);
+    ASSERT_EQ(first.connect(), 0);
+    service.advance(500ms);
+    simulated_client second(service);
+    ASSERT_EQ(second.connect(), 0);
+    EXPECT_THAT(names(), testing::ElementsAre("loss-1: drop 0@client=1,as=loss-1",
+                                              "loss-2: drop 0@client=2,as=loss-2"));
+    service.advance(500ms);
+    EXPECT_THAT(names(), testing::ElementsAre("loss-2: drop 0@client=2,as=loss-2"));
+    service.advance(500ms);
+    EXPECT_THAT(names(), testing::IsEmpty());
+    EXPECT_EQ(service.failed_steps(), 0U);
+}
+
 TEST_F(in_a_folder, what_a_scenario_shows_and_what_has_failed_are_told_apart) {
     std::vector<std::string> shown;
     std::vector<std::string> warned;
@@ -262,6 +291,85 @@ TEST_F(in_a_folder, a_number_of_devices_is_refused_beside_a_scenario_that_names_
     wanted.palmetron_count = 1;
     EXPECT_THAT(refusal_of<std::invalid_argument>([&] { const service_simulator tested(wanted); }),
                 HasSubstr("the scenario names its devices"));
+}
+
+TEST_F(in_a_folder, a_scenario_says_what_the_settings_leave_out) {
+    const auto path = [this](const char* name) {
+        return std::filesystem::path(folder.file(name)).generic_string();
+    };
+    service_simulator::settings wanted = by_hand();
+    wanted.seed.reset();
+    wanted.scenario_path = file("scenario.json",
+                                R"({"version": 1, "orvanta3": 3, "palmetron": 0, "announce": "after",
+        "single_client": true, "rate": 10, "seed": 7, "state": ")" +
+                                    path("state.json") + R"(", "capture": ")" + path("traffic.pcap") +
+                                    R"(", "faults": ["delay 1@op=keep_alive"]})");
+    {
+        service_simulator service(wanted);
+        EXPECT_EQ(service.seed(), 7U);
+        EXPECT_EQ(service.devices().size(), 3U);
+        EXPECT_THAT(service.status(), HasSubstr("\n  1 delay 1@op=1: fits 0"));
+        simulated_client client(service);
+        ASSERT_EQ(client.connect(), 0);
+        EXPECT_EQ(service.operations(direction::out, "device_added"), 3U);
+        simulated_client second(service);
+        EXPECT_EQ(second.connect(), 178);
+        client.open(1);
+        client.forget();
+        service.advance(1s);
+        client.poll();
+        EXPECT_EQ(client.counts[vantu_orvanta_event_cursor_state], 11U);
+        ASSERT_EQ(vantu_orvanta_config_save_request(client.context(), 1, 6), 0);
+        client.poll_until(vantu_orvanta_event_config_save);
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.file("state.json")));
+    EXPECT_GT(std::filesystem::file_size(folder.file("traffic.pcap")), 1000U);
+}
+
+TEST_F(in_a_folder, a_scenario_says_the_port) {
+    const service_simulator holder(by_hand());
+    service_simulator::settings wanted = by_hand();
+    wanted.scenario_path = file("scenario.json", R"({"version": 1, "port": )" + holder.port() + "}");
+    EXPECT_THAT(refusal_of<std::runtime_error>([&] { const service_simulator tested(wanted); }),
+                HasSubstr(holder.port()));
+    wanted.port = "0";
+    EXPECT_NE(service_simulator(wanted).port(), holder.port());
+}
+
+TEST_F(in_a_folder, settings_go_before_the_scenario) {
+    service_simulator::settings wanted = by_hand();
+    wanted.port = "0";
+    wanted.orvanta3_count = 2;
+    wanted.palmetron_count = 1;
+    wanted.rate_hz = 0;
+    wanted.seed = 3;
+    wanted.devices = service_simulator::announce::before;
+    wanted.single_client = false;
+    wanted.state_path = folder.file("mine.json");
+    wanted.capture_path = folder.file("mine.pcap");
+    wanted.faults = {"drop @op=keep_alive"};
+    wanted.scenario_path =
+        file("scenario.json",
+             R"({"version": 1, "port": 1, "orvanta3": 3, "palmetron": 0, "announce": "after",
+        "single_client": true, "rate": 10, "seed": 7, "state": "no/such/folder/state.json",
+        "capture": "no/such/folder/traffic.pcap", "faults": ["delay 1@op=keep_alive"]})");
+    service_simulator service(wanted);
+    EXPECT_EQ(service.seed(), 3U);
+    EXPECT_EQ(service.devices().size(), 3U);
+    EXPECT_EQ(service.devices().at(2).id, 1001U);
+    const auto rules = service.rules();
+    ASSERT_EQ(rules.size(), 2U);
+    EXPECT_EQ(rules[0].text, "drop @op=1");
+    EXPECT_EQ(rules[1].text, "delay 1@op=1") << "faults of both act, the settings' first";
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    simulated_client second(service);
+    EXPECT_EQ(second.connect(), 0);
+    client.open(1);
+    client.forget();
+    service.advance(1s);
+    client.poll();
+    EXPECT_EQ(client.counts[vantu_orvanta_event_cursor_state], 0U);
 }
 
 TEST_F(in_a_folder, a_file_that_is_wrong_is_refused_with_its_path) {

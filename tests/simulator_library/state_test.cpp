@@ -29,6 +29,7 @@ TEST(the_clients, are_told_with_name_address_devices_and_times) {
     const auto clients = service.clients();
     ASSERT_EQ(clients.size(), 1U);
     EXPECT_NE(clients[0].id, 0U);
+    EXPECT_EQ(clients[0].number, 1U);
     EXPECT_EQ(clients[0].name, "a user's test");
     EXPECT_THAT(clients[0].address, StartsWith("127.0.0.1:"));
     EXPECT_THAT(clients[0].opened, ElementsAre(1001, 1));

@@ -5,7 +5,10 @@
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/configuration_json.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
+#include "support/scratch_folder.hpp"
 
+#include <algorithm>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <regex>
 #include <set>
@@ -33,12 +36,13 @@ TEST(options, have_defaults) {
     const parse_outcome outcome = parse({});
     EXPECT_EQ(outcome.verdict, parse_verdict::run);
     const service_simulator::settings& simulated = outcome.chosen.simulated;
-    EXPECT_EQ(simulated.port, "54320");
+    EXPECT_FALSE(simulated.port);
+    EXPECT_EQ(with_scenario(outcome.chosen).simulated.port, "54320");
     EXPECT_EQ(simulated.orvanta3_count, std::nullopt);
     EXPECT_EQ(simulated.palmetron_count, std::nullopt);
-    EXPECT_EQ(simulated.devices, service_simulator::announce::before);
+    EXPECT_FALSE(simulated.devices);
     EXPECT_FALSE(simulated.single_client);
-    EXPECT_EQ(simulated.rate_hz, 100);
+    EXPECT_FALSE(simulated.rate_hz);
     EXPECT_EQ(simulated.state_path, "");
     EXPECT_FALSE(simulated.seed);
     EXPECT_EQ(simulated.scenario_path, "");
@@ -60,7 +64,7 @@ const option_of_a_setting options_of_settings[]{
     {"--palmetron", "0", [](const auto& set) { return set.palmetron_count == 0U; }},
     {"--announce", "after",
      [](const auto& set) { return set.devices == service_simulator::announce::after; }},
-    {"--single-client", nullptr, [](const auto& set) { return set.single_client; }},
+    {"--single-client", nullptr, [](const auto& set) { return set.single_client == true; }},
     {"--rate", "0.5", [](const auto& set) { return set.rate_hz == 0.5; }},
     {"--state", "a file", [](const auto& set) { return set.state_path == "a file"; }},
     {"--seed", "18446744073709551615", [](const auto& set) { return set.seed == 18446744073709551615U; }},
@@ -86,19 +90,77 @@ TEST(options, become_settings_of_the_library) {
     EXPECT_TRUE(parse({"--interactive"}).chosen.interactive);
 }
 
+std::set<std::string> options_of_the_help() {
+    const std::string help = parse({"--help"}).text;
+    const std::regex entry("\n  (?:-h,)?--([a-z0-9-]+)");
+    std::set<std::string> names;
+    for (std::sregex_iterator found(help.begin(), help.end(), entry), end; found != end; ++found) {
+        names.insert((*found)[1]);
+    }
+    return names;
+}
+
 TEST(options, are_settings_of_the_library_but_for_those_of_the_program_alone) {
     // The library has functions in the place of --verbose and --trace.
     std::set<std::string> known{"--help", "--version", "--interactive", "--verbose", "--trace"};
     for (const option_of_a_setting& one : options_of_settings) {
         known.insert(one.name);
     }
-    const std::string help = parse({"--help"}).text;
-    const std::regex entry("\n  (?:-h,)?(--[a-z0-9-]+)");
-    std::size_t count = 0;
-    for (std::sregex_iterator found(help.begin(), help.end(), entry), end; found != end; ++found, ++count) {
-        EXPECT_TRUE(known.contains((*found)[1])) << (*found)[1] << " is no setting";
+    const auto names = options_of_the_help();
+    for (const std::string& name : names) {
+        EXPECT_TRUE(known.contains("--" + name)) << name << " is no setting";
     }
-    EXPECT_EQ(count, known.size() - 1); // the faults are in a topic of their own
+    EXPECT_EQ(names.size(), known.size() - 1); // the faults are in a topic of their own
+}
+
+TEST(options, but_for_those_that_say_what_to_run_are_members_of_scenarios) {
+    std::set<std::string> expected = options_of_the_help();
+    for (const char* const program_alone : {"help", "version", "interactive", "scenario"}) {
+        EXPECT_EQ(expected.erase(program_alone), 1U) << program_alone;
+    }
+    std::set<std::string> members;
+    for (const std::string_view name : scenario_members::scenario) {
+        std::string member(name);
+        std::replace(member.begin(), member.end(), '_', '-');
+        members.insert(member);
+    }
+    for (const char* const no_option :
+         {"version", "about", "devices", "for-each-client", "steps", "faults"}) {
+        EXPECT_EQ(members.erase(no_option), 1U) << no_option;
+    }
+    EXPECT_EQ(members, expected);
+}
+
+class options_with_a_scenario : public testing::Test {
+  protected:
+    options chosen(const std::string& text, std::vector<const char*> arguments) {
+        std::ofstream(path) << text;
+        arguments.insert(arguments.end(), {"--scenario", path.c_str()});
+        const parse_outcome outcome = parse(std::move(arguments));
+        EXPECT_EQ(outcome.verdict, parse_verdict::run) << outcome.text;
+        return with_scenario(outcome.chosen);
+    }
+    const scratch_folder folder;
+    const std::string path = folder.file("scenario.json");
+};
+
+TEST_F(options_with_a_scenario, take_what_is_for_the_program_from_it) {
+    const options said = chosen(R"({"version": 1, "port": 7, "trace": "a file", "verbose": true})", {});
+    EXPECT_FALSE(said.simulated.port) << "the library takes the scenario's";
+    EXPECT_EQ(said.trace_path, "a file");
+    EXPECT_TRUE(said.verbose);
+    const options unsaid = chosen(R"({"version": 1})", {});
+    EXPECT_EQ(unsaid.simulated.port, "54320");
+    EXPECT_EQ(unsaid.trace_path, "");
+    EXPECT_FALSE(unsaid.verbose);
+}
+
+TEST_F(options_with_a_scenario, go_before_it) {
+    const options both = chosen(R"({"version": 1, "port": 7, "trace": "a file"})",
+                                {"--port", "8", "--trace", "-", "--verbose"});
+    EXPECT_EQ(both.simulated.port, "8");
+    EXPECT_EQ(both.trace_path, "-");
+    EXPECT_TRUE(both.verbose);
 }
 
 TEST(options, take_a_seed_as_decimal) {

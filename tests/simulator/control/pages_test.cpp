@@ -139,12 +139,23 @@ TEST(the_pages, show_scenarios_that_are_right) {
         ASSERT_NE(at, std::string::npos);
         const auto begin = at + opening.size();
         const scenario shown = read_scenario_text(text.substr(begin, text.find(closing, begin) - begin));
-        EXPECT_EQ(shown.seed, 7U);
+        EXPECT_EQ(shown.settings.seed, 7U);
         EXPECT_EQ(shown.devices.value().size(), 2U);
         EXPECT_EQ(shown.steps.size(), 3U);
     };
     read_between(scenario_page, "\n.Bd -literal\n", "\n.Ed\n");
     read_between(document.substr(document.find("\n## Scenarios\n")), "\n```json\n", "\n```\n");
+}
+
+TEST(the_pages, show_steps_for_each_client_that_are_right) {
+    const std::string opening = "\n```json\n";
+    const auto section = document.find("\n### Steps for each client\n");
+    ASSERT_NE(section, std::string::npos);
+    const auto begin = document.find(opening, section) + opening.size();
+    const scenario shown =
+        read_scenario_text(document.substr(begin, document.find("\n```\n", begin) - begin));
+    EXPECT_TRUE(shown.for_each_client);
+    EXPECT_EQ(shown.steps.size(), 3U);
 }
 
 } // namespace

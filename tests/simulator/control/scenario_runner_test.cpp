@@ -24,7 +24,9 @@ class a_scenario_runner : public testing::Test {
         made.rate_hz = 0;
         return made;
     }
-    void receive(const bytes& content) { target.receive(peer_of(1), std::as_bytes(std::span(content))); }
+    void receive(const bytes& content, unsigned from = 1) {
+        target.receive(peer_of(from), std::as_bytes(std::span(content)));
+    }
 
     simulation target;
     std::vector<std::string> shown;
@@ -79,6 +81,107 @@ TEST_F(a_scenario_runner, sees_events_on_the_way_of_a_jump) {
     tested.advance_to(10 * ns_per_second);
     ASSERT_EQ(shown.size(), 1U);
     EXPECT_THAT(shown[0], HasSubstr(", 0.800 s\n"));
+}
+
+TEST_F(a_scenario_runner, repeats_a_step_at_its_times_however_far_the_clock_jumps) {
+    scenario_step step = timed_step(10, {"plug palmetron"});
+    step.every_ns = 20 * ns_per_millisecond;
+    step.times = 3;
+    scenario_runner tested(target, {step, timed_step(49, {"status"})}, print);
+    tested.advance_to(ns_per_second);
+    EXPECT_THAT(shown, ElementsAre("plugged in 1002\n", "plugged in 1003\n", HasSubstr(", 0.049 s\n"),
+                                   "plugged in 1004\n"));
+    EXPECT_EQ(tested.next_due_ns(), never_ns);
+}
+
+// The step answers its own event; time passes between.
+TEST_F(a_scenario_runner, does_not_stand_still_with_a_step_that_brings_its_own_event) {
+    scenario_runner tested(
+        target, {{scenario_trigger{scenario_event::connect, 0, 1, true}, 0, {"send connected"}}}, print);
+    receive(datagram({connect_operation(0)}));
+    tested.attend();
+    const std::uint64_t sent = target.counters().sent;
+    tested.advance_to(10 * simulation_tick_ns);
+    EXPECT_EQ(target.counters().sent, sent + 10);
+}
+
+TEST_F(a_scenario_runner, takes_what_a_step_brings_for_an_event_of_the_next_tick) {
+    scenario_runner tested(
+        target,
+        {timed_step(5, {"send connected"}), {scenario_trigger{scenario_event::connect, 0, 2}, 0, {"status"}}},
+        print);
+    receive(datagram({connect_operation(0)}));
+    tested.advance_to(ns_per_second);
+    EXPECT_THAT(shown, ElementsAre(HasSubstr("tick 51, ")));
+}
+
+class a_runner_for_each_client : public a_scenario_runner {
+  protected:
+    void connect(unsigned from, std::uint64_t keep_alive_ns = 0) {
+        receive(datagram({connect_operation(0, keep_alive_ns)}), from);
+        tested.attend();
+    }
+    scenario_runner tested{target,
+                           {timed_step(10, {"send 01 client=this"}),
+                            {scenario_trigger{scenario_event::goodbye}, 0, {"plug palmetron"}},
+                            {scenario_trigger{scenario_event::goodbye}, ns_per_millisecond, {"status"}}},
+                           print,
+                           true};
+};
+
+TEST_F(a_runner_for_each_client, plays_the_steps_from_each_acceptance_on) {
+    tested.advance_to(100 * ns_per_millisecond);
+    connect(5);
+    tested.advance_to(103 * ns_per_millisecond);
+    connect(3);
+    (void)target.take_outgoing();
+    tested.advance_to(110 * ns_per_millisecond);
+    ASSERT_EQ(target.take_outgoing().size(), 1U);
+    tested.advance_to(112 * ns_per_millisecond);
+    EXPECT_EQ(target.take_outgoing().size(), 0U);
+    tested.advance_to(113 * ns_per_millisecond);
+    const auto last = target.take_outgoing();
+    ASSERT_EQ(last.size(), 1U);
+    EXPECT_TRUE(same_peer(last[0].to, peer_of(3)));
+    EXPECT_THAT(shown, IsEmpty());
+}
+
+TEST_F(a_runner_for_each_client, drops_the_steps_of_a_client_that_has_said_goodbye_after_that_event) {
+    connect(5);
+    receive(datagram({{0xFF, 0x05, 0x00, 0x00, 0x00}}), 5);
+    tested.attend();
+    EXPECT_THAT(shown, ElementsAre("plugged in 1002\n"));
+    tested.advance_to(ns_per_second);
+    EXPECT_EQ(shown.size(), 1U) << "neither its step at 10 ms, which would fail, nor the later one";
+    EXPECT_EQ(tested.failures(), 0U);
+}
+
+TEST_F(a_runner_for_each_client, drops_the_steps_of_clients_that_are_silent_or_forgotten_by_a_restart) {
+    connect(5, 2 * ns_per_millisecond);
+    connect(3);
+    tested.advance_to(5 * ns_per_millisecond);
+    ASSERT_EQ(target.clients().size(), 1U);
+    connect(4);
+    target.restart();
+    (void)target.take_outgoing();
+    connect(6);
+    (void)target.take_outgoing();
+    tested.advance_to(ns_per_second);
+    EXPECT_EQ(target.take_outgoing().size(), 1U);
+    EXPECT_EQ(tested.failures(), 0U);
+}
+
+TEST_F(a_runner_for_each_client, starts_over_for_a_client_that_is_accepted_again) {
+    connect(5);
+    tested.advance_to(7 * ns_per_millisecond);
+    connect(5);
+    (void)target.take_outgoing();
+    tested.advance_to(16 * ns_per_millisecond);
+    EXPECT_EQ(target.take_outgoing().size(), 0U);
+    tested.advance_to(17 * ns_per_millisecond);
+    EXPECT_EQ(target.take_outgoing().size(), 1U);
+    tested.advance_to(ns_per_second);
+    EXPECT_EQ(target.take_outgoing().size(), 0U);
 }
 
 TEST_F(a_scenario_runner, stops_at_quit) {

@@ -100,7 +100,25 @@ TEST(send, goes_to_all_clients_or_to_one) {
     EXPECT_THAT(sent_by(fixture, "send 01"), ElementsAre(sent{5, {0x01}}, sent{3, {0x01}}));
     EXPECT_THAT(sent_by(fixture, "send 01 client=1"), ElementsAre(sent{5, {0x01}}));
     EXPECT_THAT(sent_by(fixture, "send ack client=2 tag=1").at(0).to, 3U);
-    EXPECT_THAT(complaint_of(fixture, "send 01 client=3"), HasSubstr("1 to 2 would be right"));
+    EXPECT_THAT(complaint_of(fixture, "send 01 client=3"),
+                HasSubstr("there is no client 3; 1 or 2 would be right"));
+}
+
+TEST(send, means_by_client_the_number_that_a_fault_means) {
+    simulation_fixture fixture;
+    for (const unsigned from : {5U, 3U, 4U}) {
+        fixture.enter(from);
+    }
+    fixture.send(5, datagram({{0xFF, 0x05, 0x00, 0x00, 0x00}}));
+    EXPECT_THAT(sent_by(fixture, "send 01 client=2"), ElementsAre(sent{3, {0x01}}));
+    EXPECT_THAT(sent_by(fixture, "send 01 client=3"), ElementsAre(sent{4, {0x01}}));
+    EXPECT_THAT(complaint_of(fixture, "send 01 client=1"),
+                HasSubstr("there is no client 1; 2 or 3 would be right"));
+    fixture.enter(5);
+    EXPECT_THAT(sent_by(fixture, "send 01 client=1"), ElementsAre(sent{5, {0x01}}));
+    EXPECT_TRUE(run_verb(fixture.tested, "drop @client=2").good);
+    EXPECT_THAT(sent_by(fixture, "send 01 client=2"), IsEmpty());
+    EXPECT_THAT(status_text(fixture.tested), HasSubstr("\n  3 client "));
 }
 
 TEST(send, meets_the_faults) {

@@ -217,7 +217,7 @@ TEST(verbs, show_the_state) {
                   sent_count +
                   "; restarts 0\n"
                   "clients 1\n"
-                  "  " +
+                  "  1 client " +
                   id +
                   " 'tester' at 127.0.0.1:54321, opened 1, heard 1.500 s ago\n"
                   "devices 1\n"

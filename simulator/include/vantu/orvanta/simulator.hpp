@@ -31,28 +31,31 @@ class service_simulator {
     // Where a client hears of the devices: in the datagram of its acceptance, before it, or after it.
     enum class announce : std::uint8_t { before, after };
 
+    // A setting that is left out, empty as it is here, is that of the scenario; what the scenario leaves out
+    // too is as told beside the setting.
     struct settings {
-        std::string port{"0"}; // decimal; "0" takes a free one
-        // 0 to 256 devices of a type; empty: those of the scenario, else one. A number is refused beside a
-        // scenario that names its devices.
+        std::optional<std::string> port; // decimal; "0", which takes a free one
+        // 0 to 256 devices of a type; one. A number is refused beside a scenario that names its devices.
         std::optional<std::size_t> orvanta3_count;
         std::optional<std::size_t> palmetron_count;
-        double rate_hz{100};               // states of each opened device a second, 0 to 10000
-        std::optional<std::uint64_t> seed; // empty: that of the scenario, else one by chance
-        std::string state_path;            // file of saved configurations; empty: kept until the end
-        std::string scenario_path;         // file of a scenario, which begins at time 0; empty: none
-        announce devices{announce::before};
-        bool single_client{false};
-        // Faults from the start on, in their order, as in "drop 0.05" or "truncate 17@op=66". One that would
-        // happen at once waits for the first datagram that it fits.
+        std::optional<double> rate_hz;     // states of each opened device a second, 0 to 10000; 100
+        std::optional<std::uint64_t> seed; // one by chance
+        std::string state_path;            // file of saved configurations; they are kept until the end
+        std::string scenario_path;         // file of a scenario, which begins at time 0; none
+        std::optional<announce> devices;   // before
+        std::optional<bool> single_client; // false
+        // Faults from the start on, in their order, as in "drop 0.05" or "truncate 17@op=66", before those of
+        // the scenario, which act as well. One that would happen at once waits for the first datagram that it
+        // fits.
         std::vector<std::string> faults;
         // With it nothing moves but by advance and serve_waiting; without it by a thread of its own, between
         // start and stop.
         bool manual_clock{false};
-        std::string capture_path; // pcap file of all that the sockets receive and send; empty: none
+        std::string capture_path; // pcap file of all that the sockets receive and send; none
         // Told in lines what the service does, what has failed (a configuration that could not be saved), and
         // what verbs of the scenario show. Called with the simulator's lock held, on its thread or the
-        // caller's: they must not call the simulator. Each may be empty.
+        // caller's: they must not call the simulator. Each may be empty. `trace` and `verbose` of a scenario,
+        // for which these stand, are for the program.
         std::function<void(std::string_view line)> narrate;
         std::function<void(std::string_view line)> warn;
         std::function<void(std::string_view text)> show;
@@ -89,6 +92,9 @@ class service_simulator {
 
     struct client {
         std::uint64_t id{0};
+        // Its address and port in the order of the first datagrams, from 1: what client=N of a fault and of
+        // `send` means.
+        std::uint64_t number{0};
         std::string name;
         std::string address;                   // "127.0.0.1:54321"
         std::vector<std::uint32_t> opened;     // devices, in the order of opening
