@@ -98,6 +98,16 @@ TEST(the_pages, have_every_verb) {
     }
 }
 
+TEST(the_pages, have_every_condition) {
+    for (const condition_row& row : conditions) {
+        const std::string name(row.name);
+        const std::string counted(row.counted);
+        EXPECT_THAT(program_page, contains_regex("\n[.]It Cm " + name + "( Ar [a-z]+)?\nCounts " + counted));
+        EXPECT_THAT(document, contains_regex("\n[|] `" + name + "( [A-Z]+)?` [|] " + counted + " [|] `" +
+                                             std::string(row.example) + "` [|]\n"));
+    }
+}
+
 TEST(the_pages, have_every_topic_of_the_help) {
     for (const std::string_view topic : help_topics) {
         EXPECT_THAT(program_page, HasSubstr("\n.Cm " + std::string(topic)));
