@@ -46,7 +46,7 @@ class input_console {
   public:
     explicit input_console(service_simulator& service)
         : service_(service),
-          console_([this](std::string_view line) { return run(line); }, print, standard_input_is_terminal()) {
+          console_([this](std::string_view line) { return run(line); }, text_answer, print, standard_input_is_terminal()) {
     }
 
     void attend() {

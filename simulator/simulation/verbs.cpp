@@ -173,7 +173,7 @@ verb_result run(simulation& /*unused*/, const quit_command& /*unused*/) {
 
 verb_result run(simulation& target, const expect_command& asked) {
     const std::string missing = unmet(asked.wanted, target);
-    return missing.empty() ? verb_result{} : bad(formatted("expected {}", missing));
+    return missing.empty() ? verb_result{} : bad(formatted("{}{}", unmet_begin, missing));
 }
 
 // The reader of the lines waits.
