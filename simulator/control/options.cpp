@@ -7,6 +7,7 @@
 #include "simulator/faults/old_words.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
+#include "simulator/simulation/conditions.hpp"
 #include "vantu/orvanta/common/version.hpp"
 
 #include <CLI/CLI.hpp>
@@ -36,6 +37,18 @@ CLI::Validator rate_range() {
 
 CLI::Validator file_name() {
     return {[](std::string& text) -> std::string { return text.empty() ? "the file has no name" : ""; }, ""};
+}
+
+CLI::Validator right_condition() {
+    return {[](std::string& text) -> std::string {
+                try {
+                    (void)parse_condition("--expect", text);
+                    return {};
+                } catch (const std::invalid_argument& wrong) {
+                    return wrong.what();
+                }
+            },
+            ""};
 }
 
 // The help's texts state the ranges.
@@ -180,6 +193,18 @@ void add_service_options(CLI::App& app, options& chosen, std::size_t& port, std:
     app.add_flag("--verbose", chosen.verbose, "Tell on standard error what the service does");
 }
 
+void add_script_options(CLI::App& app, options& chosen) {
+    app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");
+    app.add_option("--control", chosen.control_path, "Socket, or file of a port, that takes such lines")
+        ->check(file_name())
+        ->type_name("FILE");
+    app.add_flag("--json", chosen.json, "Answer lines with a JSON document each");
+    app.add_option("--expect", chosen.expected, "End with 1 unless this holds at the end; repeatable")
+        ->check(right_condition())
+        ->allow_extra_args(false)
+        ->type_name("CONDITION");
+}
+
 } // namespace
 
 parse_outcome parse_options(int argument_count, const char* const* arguments) {
@@ -204,7 +229,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
     app.add_option("--scenario", chosen.simulated.scenario_path, "File of what happens when, name, or 'list'")
         ->check(file_name())
         ->type_name("FILE");
-    app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");
+    add_script_options(app, chosen);
     const fault_options of_faults(app);
 
     try {
