@@ -25,7 +25,7 @@ class control_connection {
     [[nodiscard]] std::size_t send(std::string_view bytes);
 
     // Whether the other side sends nothing more, and whether it also hears nothing more, as far as the system
-    // tells: Windows does after a failed send alone.
+    // tells: Windows does after an answer that did not arrive.
     [[nodiscard]] bool has_ended() const noexcept { return ended_; }
     [[nodiscard]] bool is_gone() noexcept;
 

@@ -174,6 +174,8 @@ std::size_t control_connection::send(std::string_view bytes) {
 }
 
 bool control_connection::is_gone() noexcept {
+    char next = 0;
+    gone_ = gone_ || (::recv(socket_, &next, 1, MSG_PEEK) < 0 && WSAGetLastError() != WSAEWOULDBLOCK);
     return gone_;
 }
 

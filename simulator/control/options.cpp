@@ -108,12 +108,21 @@ class fault_options {
     std::map<const CLI::Option*, const fault_row*> rows_;
 };
 
+// Without blank lines all options fit on a screen.
+std::string help_on_options(const CLI::App& app) {
+    std::string text = app.help();
+    for (auto at = text.find("\n\n"); at != std::string::npos; at = text.find("\n\n")) {
+        text.erase(at, 1);
+    }
+    return text;
+}
+
 // The topic's help, or what is wrong with it.
 parse_outcome help_outcome(const CLI::App& app, const std::string& topic) {
     parse_outcome outcome;
     outcome.verdict = parse_verdict::show;
     if (topic.empty()) {
-        outcome.text = app.help();
+        outcome.text = help_on_options(app);
     } else if (auto text = help_on(topic)) {
         outcome.text = std::move(*text);
     } else {

@@ -2,6 +2,7 @@
 
 #include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
+#include "simulator/simulation/simulation.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // them.
 #pragma once
 
-#include "simulator/simulation/simulation.hpp"
+#include "simulator/faults/faults.hpp"
 
 #include <array>
 #include <cstdint>
@@ -11,6 +11,8 @@
 #include <string_view>
 
 namespace vantu::orvanta::simulator {
+
+class simulation;
 
 enum class condition_kind : std::uint8_t { in, out, happened, clients, devices };
 
