@@ -11,9 +11,7 @@
 #include "vantu/orvanta/common/log.hpp"
 #include "vantu/orvanta/simulator.hpp"
 
-#include <algorithm>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -106,16 +104,17 @@ class open_consoles {
     std::optional<control_scripts> scripts_;
 };
 
-// How many of the conditions do not hold, with a line about each.
-std::size_t count_unmet(service_simulator& service, const std::vector<std::string>& expected) {
-    return static_cast<std::size_t>(
-        std::count_if(expected.begin(), expected.end(), [&service](const std::string& wanted) {
-            const verb_result asked = run(service, "expect " + wanted);
-            if (!asked.good) {
-                say(asked.text);
-            }
-            return !asked.good;
-        }));
+// With a line about each that does not.
+bool all_hold(service_simulator& service, const std::vector<std::string>& expected) {
+    bool hold = true;
+    for (const std::string& wanted : expected) {
+        const verb_result asked = run(service, "expect " + wanted);
+        if (!asked.good) {
+            say(asked.text);
+            hold = false;
+        }
+    }
+    return hold;
 }
 
 int simulate(options chosen) {
@@ -155,8 +154,8 @@ int simulate(options chosen) {
             return shutdown_was_requested() || consoles.have_quit();
         },
         longest_sleep);
-    const bool unmet = count_unmet(service, chosen.expected) != 0;
-    return unmet || service.failed_steps() != 0 || consoles.have_failed() ? status_failed : 0;
+    const bool held = all_hold(service, chosen.expected);
+    return held && service.failed_steps() == 0 && !consoles.have_failed() ? 0 : status_failed;
 }
 
 } // namespace

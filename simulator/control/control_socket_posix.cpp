@@ -24,8 +24,8 @@ constexpr int most_that_wait = 16;
     throw std::runtime_error(formatted("{}: {}", path, why));
 }
 
-[[noreturn]] void refuse_for(const std::string& path, int error) {
-    refuse(path, std::generic_category().message(error));
+std::string error_text(int error) {
+    return std::generic_category().message(error);
 }
 
 bool would_wait(int error) {
@@ -36,33 +36,33 @@ int descriptor_of(socket_handle socket) {
     return static_cast<int>(socket);
 }
 
-class control_address {
-  public:
-    explicit control_address(const std::string& path) {
-        name_.sun_family = AF_UNIX;
-        if (path.size() >= sizeof name_.sun_path) {
-            refuse(path, formatted("is too long for a socket; a path of {} bytes or fewer would be right",
-                                   sizeof name_.sun_path - 1));
-        }
-        std::copy(path.begin(), path.end(), name_.sun_path);
+sockaddr_un address_of(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        refuse(path, formatted("is too long for a socket; a path of {} bytes or fewer would be right",
+                               sizeof address.sun_path - 1));
     }
-    [[nodiscard]] const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&name_); }
-    [[nodiscard]] static socklen_t size() { return sizeof(sockaddr_un); }
+    std::copy(path.begin(), path.end(), address.sun_path);
+    return address;
+}
 
-  private:
-    sockaddr_un name_{};
-};
+// Binds or connects; 0 or the number of an error.
+int error_of(int (*call)(int, const sockaddr*, socklen_t), socket_handle socket, const sockaddr_un& address) {
+    const auto* const name = reinterpret_cast<const sockaddr*>(&address);
+    return call(descriptor_of(socket), name, sizeof address) == 0 ? 0 : errno;
+}
 
 socket_handle new_socket(const std::string& path) {
     const int made = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (made < 0) {
-        refuse_for(path, errno);
+        refuse(path, error_text(errno));
     }
     return static_cast<socket_handle>(made);
 }
 
 // Nobody answers at the socket of a simulator that was killed.
-void remove_stale(const std::string& path, const control_address& address) {
+void remove_stale(const std::string& path, const sockaddr_un& address) {
     struct stat found {};
     if (::lstat(path.c_str(), &found) != 0) {
         return;
@@ -71,34 +71,33 @@ void remove_stale(const std::string& path, const control_address& address) {
         refuse(path, "is there and no socket; another name would be right");
     }
     socket_handle probe = new_socket(path);
-    const int error =
-        ::connect(descriptor_of(probe), address.get(), control_address::size()) == 0 ? 0 : errno;
+    const int error = error_of(&::connect, probe, address);
     close_socket(probe);
     if (error == 0 || would_wait(error)) {
         refuse(path, "a program that runs listens there; another name would be right");
     }
-    if (error != ECONNREFUSED || ::unlink(path.c_str()) != 0) {
-        refuse_for(path, error != ECONNREFUSED ? error : errno);
+    if (error != ECONNREFUSED) {
+        refuse(path, error_text(error));
     }
+    ::unlink(path.c_str()); // where it fails, so does the bind
 }
 
 } // namespace
 
 control_socket::control_socket(std::string path) : path_(std::move(path)) {
-    const control_address address(path_);
+    const sockaddr_un address = address_of(path_);
     remove_stale(path_, address);
-    socket_handle made = new_socket(path_);
-    const int descriptor = descriptor_of(made);
-    struct stat file {};
+    listener_ = new_socket(path_);
     // The file has the rights of the socket from the moment it is there.
-    if (::fchmod(descriptor, S_IRUSR | S_IWUSR) != 0 ||
-        ::bind(descriptor, address.get(), control_address::size()) != 0 ||
-        ::listen(descriptor, most_that_wait) != 0 || ::lstat(path_.c_str(), &file) != 0) {
-        const int error = errno;
-        close_socket(made);
-        refuse_for(path_, error);
+    const bool is_private = ::fchmod(descriptor_of(listener_), S_IRUSR | S_IWUSR) == 0;
+    const int error = is_private ? error_of(&::bind, listener_, address) : errno;
+    struct stat file {};
+    if (error != 0 || ::listen(descriptor_of(listener_), most_that_wait) != 0 ||
+        ::lstat(path_.c_str(), &file) != 0) {
+        const std::string why = error_text(error != 0 ? error : errno);
+        close_socket(listener_);
+        refuse(path_, why);
     }
-    listener_ = made;
     file_ = file.st_ino;
 }
 

@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <bcrypt.h>
-#include <cctype>
 #include <limits>
+#include <regex>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -50,13 +50,7 @@ bool is_of_a_simulator(HANDLE file) {
     if (ReadFile(file, bytes.data(), bytes.size(), &count, nullptr) == 0) {
         return false;
     }
-    const std::string_view text(bytes.data(), count);
-    const auto port_end = text.find_first_not_of("0123456789");
-    const std::string_view rest = text.substr(std::min(port_end, text.size()));
-    return port_end != 0 && rest.size() == letters_of_token + 2 && rest.front() == ' ' &&
-           rest.back() == '\n' && std::all_of(rest.begin() + 1, rest.end() - 1, [](unsigned char letter) {
-               return std::isxdigit(letter) != 0;
-           });
+    return std::regex_match(std::string(bytes.data(), count), std::regex("[0-9]+ [0-9a-f]{32}\r?\n"));
 }
 
 HANDLE open_file(const std::string& path) {

@@ -7,67 +7,57 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 
-namespace vantu::orvanta::simulator {
-namespace {
+namespace vantu::orvanta {
 
 using json = nlohmann::ordered_json;
+
+// The JSON library finds these by the types' namespace.
+static void to_json(json& document, const service_simulator::client& one) {
+    const auto milliseconds = [](std::chrono::nanoseconds time) {
+        return std::chrono::duration<double, std::milli>(time).count();
+    };
+    document = {{"id", one.id},
+                {"name", one.name},
+                {"address", one.address},
+                {"opened", one.opened},
+                {"keep_alive_ms", milliseconds(one.keep_alive)},
+                {"silent_for_ms", milliseconds(one.silent_for)}};
+}
+
+static void to_json(json& document, const service_simulator::configuration& one) {
+    // 0.3 in place of the 0.30000001192092896 that it is.
+    const json factor = json::parse(formatted("{}", one.scaling_factor));
+    document = {{"gravity_compensation", {{"enabled", one.gravity_compensation}, {"scaling_factor", factor}}},
+                {"torque_scaling", {{"enabled", one.torque_scaling}}},
+                {"handedness", one.left_handed ? "left" : "right"}};
+}
+
+static void to_json(json& document, const service_simulator::device& one) {
+    const bool configured = one.type == service_simulator::device_type::orvanta3;
+    document = {{"id", one.id},
+                {"type", configured ? "orvanta3" : "palmetron"},
+                {"short_id", formatted("{:04X}", one.short_id)},
+                {"uuid", one.uuid},
+                {"configuration", configured ? json(one.configured) : json(nullptr)},
+                {"opened_by", one.opened_by},
+                {"requests", one.requests},
+                {"states", one.states}};
+}
+
+static void to_json(json& document, const service_simulator::rule& one) {
+    document = {{"number", one.number},
+                {"name", one.name},
+                {"text", one.text},
+                {"fitted", one.fitted},
+                {"happened", one.happened}};
+}
+
+namespace simulator {
+namespace {
 
 std::string_view without_last_line_feed(std::string_view text) {
     text.remove_suffix(text.ends_with('\n') ? 1 : 0);
     return text;
-}
-
-double milliseconds(std::chrono::nanoseconds time) {
-    return std::chrono::duration<double, std::milli>(time).count();
-}
-
-// 0.3 in place of the 0.30000001192092896 that it is.
-json shortest(float number) {
-    return json::parse(formatted("{}", number));
-}
-
-json document_of(const service_simulator::client& one) {
-    return {{"id", one.id},
-            {"name", one.name},
-            {"address", one.address},
-            {"opened", one.opened},
-            {"keep_alive_ms", milliseconds(one.keep_alive)},
-            {"silent_for_ms", milliseconds(one.silent_for)}};
-}
-
-json document_of(const service_simulator::configuration& one) {
-    return {{"gravity_compensation",
-             {{"enabled", one.gravity_compensation}, {"scaling_factor", shortest(one.scaling_factor)}}},
-            {"torque_scaling", {{"enabled", one.torque_scaling}}},
-            {"handedness", one.left_handed ? "left" : "right"}};
-}
-
-json document_of(const service_simulator::device& one) {
-    const bool configured = one.type == service_simulator::device_type::orvanta3;
-    return {{"id", one.id},
-            {"type", configured ? "orvanta3" : "palmetron"},
-            {"short_id", formatted("{:04X}", one.short_id)},
-            {"uuid", one.uuid},
-            {"configuration", configured ? document_of(one.configured) : json(nullptr)},
-            {"opened_by", one.opened_by},
-            {"requests", one.requests},
-            {"states", one.states}};
-}
-
-json document_of(const service_simulator::rule& one) {
-    return {{"number", one.number},
-            {"name", one.name},
-            {"text", one.text},
-            {"fitted", one.fitted},
-            {"happened", one.happened}};
-}
-
-template <typename Item> json documents_of(const std::vector<Item>& all) {
-    json made = json::array();
-    for (const Item& one : all) {
-        made.push_back(document_of(one));
-    }
-    return made;
 }
 
 json state_of(const service_simulator& service) {
@@ -78,14 +68,10 @@ json state_of(const service_simulator& service) {
             happened[std::string(row.name)] = times;
         }
     }
-    return {{"seed", service.seed()},
-            {"ticks", service.now().count() / simulation_tick_ns},
-            {"received", counted.received},
-            {"sent", counted.sent},
-            {"restarts", counted.restarts},
-            {"clients", documents_of(service.clients())},
-            {"devices", documents_of(service.devices())},
-            {"rules", documents_of(service.rules())},
+    return {{"seed", service.seed()},         {"ticks", service.now().count() / simulation_tick_ns},
+            {"received", counted.received},   {"sent", counted.sent},
+            {"restarts", counted.restarts},   {"clients", service.clients()},
+            {"devices", service.devices()},   {"rules", service.rules()},
             {"happened", std::move(happened)}};
 }
 
@@ -112,4 +98,5 @@ std::string json_shown(std::string_view text) {
     return line_of({{"shown", without_last_line_feed(text)}});
 }
 
-} // namespace vantu::orvanta::simulator
+} // namespace simulator
+} // namespace vantu::orvanta

@@ -40,20 +40,6 @@ std::string_view take_subject(const condition_row& row, std::string_view& rest) 
     return subject;
 }
 
-void count_operations(condition& made, direction way, std::string_view name) {
-    const communication::operation& row = operation_named(way, name);
-    made.text += formatted(" {}", row.name);
-    made.count = [way, code = row.code](const simulation& target) {
-        return target.operations().of(way, code);
-    };
-}
-
-void count_fault(condition& made, std::string_view name) {
-    const fault_row& row = fault_named(name);
-    made.text += formatted(" {}", row.name);
-    made.count = [kind = row.kind](const simulation& target) { return target.faults().happened(kind); };
-}
-
 void read_comparison(condition& made, std::string_view rest) {
     const std::string_view whole = rest.empty() ? ">= 1" : rest;
     rest = whole;
@@ -72,17 +58,23 @@ void read_comparison(condition& made, std::string_view rest) {
 
 condition read(std::string_view rest) {
     const condition_row& row = row_named(take_word(rest));
-    condition made{std::string(row.name), {}, {}};
-    const std::string_view subject = take_subject(row, rest);
+    std::string_view subject = take_subject(row, rest);
+    condition made;
     switch (row.kind) {
     case condition_kind::in:
-        count_operations(made, direction::to_service, subject);
+    case condition_kind::out: {
+        const auto way = row.kind == condition_kind::in ? direction::to_service : direction::to_client;
+        const communication::operation& counted = operation_named(way, subject);
+        subject = counted.name;
+        made.count = [way, code = counted.code](const simulation& target) {
+            return target.operations().of(way, code);
+        };
         break;
-    case condition_kind::out:
-        count_operations(made, direction::to_client, subject);
-        break;
+    }
     case condition_kind::happened:
-        count_fault(made, subject);
+        made.count = [kind = fault_named(subject).kind](const simulation& target) {
+            return target.faults().happened(kind);
+        };
         break;
     case condition_kind::clients:
         made.count = [](const simulation& target) { return target.clients().size(); };
@@ -91,6 +83,7 @@ condition read(std::string_view rest) {
         made.count = [](const simulation& target) { return target.devices().size(); };
         break;
     }
+    made.text = formatted("{}{}{}", row.name, subject.empty() ? "" : " ", subject);
     read_comparison(made, rest);
     return made;
 }

@@ -80,6 +80,26 @@ TEST_F(the_control_socket, answers_all_lines_of_a_script_that_sends_no_more) {
     quit_and_expect(0);
 }
 
+TEST_F(the_control_socket, answers_them_all_also_where_they_are_more_than_the_system_holds) {
+    start();
+    control_client script(path);
+    std::string lines;
+    constexpr int count = 700;
+    for (int i = 0; i < count; ++i) {
+        lines += "help\n";
+    }
+    EXPECT_TRUE(script.send(lines + "expect devices = 2"));
+    script.end_sending();
+    control_client other(path);
+    EXPECT_TRUE(other.send("wait 100\nheal\n"));
+    EXPECT_EQ(other.line(), "ok\n");
+    EXPECT_EQ(other.line(), "ok\n") << "the script has not read a byte so far";
+    const std::string answers = script.rest();
+    EXPECT_GT(answers.size(), 500'000U);
+    EXPECT_THAT(answers, testing::EndsWith("\nok\n"));
+    quit_and_expect(0);
+}
+
 TEST_F(the_control_socket, does_the_lines_of_a_script_that_has_left_but_none_after_a_wait) {
     start();
     {
