@@ -3,14 +3,12 @@
 #include "support/control_client.hpp"
 #include "support/scratch_folder.hpp"
 
-#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
-#include <thread>
 
 namespace orvanta_tests {
 namespace {
@@ -149,32 +147,6 @@ TEST_F(the_control_socket, shuts_out_a_script_that_does_not_read_its_answers) {
         EXPECT_TRUE(other.send("heal\n"));
         EXPECT_EQ(other.line(), "ok\n");
     }
-    quit_and_expect(0);
-}
-
-TEST_F(the_control_socket, reads_no_further_lines_of_a_script_that_waits) {
-    start();
-    control_client waiting(path);
-    EXPECT_TRUE(waiting.send("wait 60000 happened restart\n"));
-    std::atomic<bool> sent{false};
-    std::thread sender([&] {
-        std::string remarks;
-        while (remarks.size() < 4'000'000) {
-            remarks += "# a remark, which has no answer\n";
-        }
-        EXPECT_TRUE(waiting.send(remarks + "plug orvanta3\n"));
-        sent = true;
-    });
-    control_client other(path);
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_TRUE(other.send("heal\n"));
-        EXPECT_EQ(other.line(), "ok\n");
-    }
-    EXPECT_FALSE(sent);
-    EXPECT_TRUE(other.send("restart\n"));
-    EXPECT_EQ(waiting.line(), "ok\n");
-    EXPECT_EQ(waiting.line(), "plugged in 2\n");
-    sender.join();
     quit_and_expect(0);
 }
 

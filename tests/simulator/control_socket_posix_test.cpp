@@ -3,9 +3,11 @@
 #include "support/control_client.hpp"
 #include "support/scratch_folder.hpp"
 
+#include <atomic>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace orvanta_tests {
 namespace {
@@ -65,6 +67,55 @@ TEST(the_file_of_the_control_socket, is_refused_where_its_path_is_too_long_or_ha
     const std::string nowhere = folder.file("none/control");
     running_simulator lost({"--port", "0", "--control", nowhere});
     EXPECT_EQ(lost.wait_for_end().errors, "orvanta-simulator: " + nowhere + ": No such file or directory\n");
+}
+
+// Elsewhere the system may hold more than a test would send.
+TEST(a_script_that_waits, is_not_read_from_until_it_goes_on) {
+    const scratch_folder folder;
+    const std::string path = folder.file("control");
+    running_simulator tested({"--port", "0", "--control", path});
+    EXPECT_NE(tested.port(), "");
+    control_client waiting(path);
+    EXPECT_TRUE(waiting.send("wait 60000 happened restart\n"));
+    std::atomic<bool> sent{false};
+    std::thread sender([&] {
+        std::string remarks;
+        while (remarks.size() < 1'000'000) {
+            remarks += "# a remark, which has no answer\n";
+        }
+        EXPECT_TRUE(waiting.send(remarks + "plug orvanta3\n"));
+        sent = true;
+    });
+    control_client other(path);
+    constexpr int turns_that_would_read_it_all = 40;
+    for (int i = 0; i < turns_that_would_read_it_all; ++i) {
+        EXPECT_TRUE(other.send("heal\n"));
+        EXPECT_EQ(other.line(), "ok\n");
+    }
+    EXPECT_FALSE(sent);
+    EXPECT_TRUE(other.send("restart\n"));
+    EXPECT_EQ(waiting.line(), "ok\n");
+    EXPECT_EQ(waiting.line(), "plugged in 2\n");
+    sender.join();
+    tested.terminate();
+    EXPECT_EQ(tested.wait_for_end().status, 0);
+}
+
+// Windows does not tell.
+TEST(a_script_that_is_gone, is_known_to_be_although_nothing_was_sent_to_it_since) {
+    const scratch_folder folder;
+    const std::string path = folder.file("control");
+    running_simulator tested({"--port", "0", "--control", path});
+    EXPECT_NE(tested.port(), "");
+    {
+        control_client hasty(path);
+        EXPECT_TRUE(hasty.send("wait 200\nplug palmetron\n"));
+        EXPECT_EQ(hasty.line(), "ok\n");
+    }
+    control_client script(path);
+    EXPECT_TRUE(script.send("wait 400\nexpect devices = 2\nquit\n"));
+    EXPECT_EQ(script.rest(), "ok\nok\nok\n");
+    EXPECT_EQ(tested.wait_for_end().status, 0);
 }
 
 } // namespace
