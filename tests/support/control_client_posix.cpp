@@ -61,9 +61,9 @@ bool control_client::receive() {
     if (::poll(&asked, 1, longest_ms) <= 0) {
         throw std::runtime_error("no answer after: " + received_);
     }
-    std::array<char, 4096> bytes{};
-    const ssize_t count = ::recv(descriptor_of(socket_), bytes.data(), bytes.size(), 0);
-    received_.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    std::array<char, 4096> piece{};
+    const ssize_t count = ::recv(descriptor_of(socket_), piece.data(), piece.size(), 0);
+    received_.append(piece.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     return count > 0;
 }
 

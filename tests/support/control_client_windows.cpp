@@ -61,7 +61,7 @@ bool control_client::has_more() const {
     fd_set asked;
     FD_ZERO(&asked);
     FD_SET(socket_, &asked);
-    const timeval at_once{};
+    timeval at_once{};
     return select(0, &asked, nullptr, nullptr, &at_once) > 0;
 }
 
@@ -69,12 +69,12 @@ bool control_client::receive() {
     constexpr DWORD longest_ms = 60'000;
     setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&longest_ms),
                sizeof longest_ms);
-    std::array<char, 4096> bytes{};
-    const int count = recv(socket_, bytes.data(), bytes.size(), 0);
+    std::array<char, 4096> piece{};
+    const int count = recv(socket_, piece.data(), piece.size(), 0);
     if (count < 0 && WSAGetLastError() == WSAETIMEDOUT) {
         throw std::runtime_error("no answer after: " + received_);
     }
-    received_.append(bytes.data(), static_cast<std::size_t>(std::max(count, 0)));
+    received_.append(piece.data(), static_cast<std::size_t>(std::max(count, 0)));
     return count > 0;
 }
 
