@@ -19,7 +19,7 @@ class console {
     using answer_function = std::function<std::string(std::string_view line, const verb_result& result)>;
     using print_function = std::function<void(std::string_view text)>;
 
-    // What a line has come to is printed as `answer` words it. With prompts somebody types: "> " shows that a
+    // The result of a line is printed as `answer` words it. With prompts somebody types: "> " shows that a
     // line is awaited, and the end of the input means quit. Without, the lines are a script, and its end
     // means nothing.
     console(run_function run, answer_function answer, print_function print, bool prompts);

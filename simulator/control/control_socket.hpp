@@ -46,7 +46,7 @@ class control_socket {
     control_socket(const control_socket&) = delete;
     control_socket& operator=(const control_socket&) = delete;
 
-    // What the first line of each connection must be; empty: no such line, as the file's rights decide.
+    // The first line of each connection must be this; empty: any, as the file's rights decide.
     [[nodiscard]] const std::string& token() const noexcept { return token_; }
 
     // The next connection, to be closed by the caller; invalid_socket where there is none.

@@ -41,8 +41,8 @@ struct condition {
     std::function<bool(std::uint64_t counted)> holds;
 };
 
-// What stands after NAME [SUBJECT] may be a comparison and a whole number; without them it is ">= 1". Throws
-// std::invalid_argument with one line, which begins with who asks: what is wrong, what would be right.
+// NAME [SUBJECT] [COMPARISON NUMBER]; without a comparison it is ">= 1". Throws std::invalid_argument with
+// one line, which begins with who asks: what is wrong, what would be right.
 [[nodiscard]] condition parse_condition(std::string_view asking, std::string_view text);
 
 // The row of that name, or for an operation of that code. Throw std::invalid_argument with one line, with the
