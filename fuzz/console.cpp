@@ -1,6 +1,8 @@
 // The simulator's console: any lines, with a little time after each. Each line is answered once.
 #include "simulator/control/console.hpp"
 #include "script.hpp"
+#include "simulator/simulation/verb_syntax.hpp"
+#include "vantu/orvanta/common/nanoseconds.hpp"
 #include "verb_runner.hpp"
 
 #include <cstdint>
@@ -25,10 +27,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     settings.devices = make_devices(2, 1);
     orvanta_fuzz::verb_runner target(std::move(settings));
     const bool prompts = input.byte() % 2 != 0;
-    std::size_t ran = 0;
+    std::size_t answered = 0;
     std::size_t asked = 0;
     std::string printed;
-    console lines([&](std::string_view line) { return ++ran, target.run(line); },
+    console lines([&](std::string_view line) { return target.run(line); },
+                  [&](std::string_view line, const verb_result& result) {
+                      return ++answered, text_answer(line, result);
+                  },
                   [&](std::string_view text) { printed += text; }, prompts);
     std::int64_t now_ns = 0;
     std::size_t taken = 0;
@@ -37,15 +42,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         asked += asks(line) ? 1 : 0;
         lines.take(line);
         lines.attend(now_ns);
-        require(lines.next_due_ns() == never_ns || lines.next_due_ns() >= now_ns,
-                "a wait that is over waits on");
-        if (lines.next_due_ns() != never_ns) {
-            now_ns = lines.next_due_ns();
+        if (lines.is_waiting()) {
+            now_ns += static_cast<std::int64_t>(longest_wait_ms) * vantu::orvanta::ns_per_millisecond;
             lines.attend(now_ns);
+            require(!lines.is_waiting(), "a wait that is over waits on");
         }
         target.advance(a_while_ns);
         now_ns += a_while_ns;
-        require(ran == asked, "a line was not run, or ran twice");
+        require(answered == asked, "a line was not answered, or twice");
     }
     lines.end_of_input();
     lines.attend(now_ns);

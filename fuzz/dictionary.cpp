@@ -5,6 +5,7 @@
 #include "simulator/control/scenario.hpp"
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/configuration_json.hpp"
+#include "simulator/simulation/conditions.hpp"
 #include "vantu/orvanta/communication/fields.hpp"
 #include "vantu/orvanta/communication/header.hpp"
 #include "vantu/orvanta/communication/operations.hpp"
@@ -55,6 +56,9 @@ void print_text(std::ostream& out) {
     }
     for (const simulator::selector_row& row : simulator::fault_selectors) {
         print(out, row.key);
+    }
+    for (const simulator::condition_row& row : simulator::conditions) {
+        print(out, row.example);
     }
     for (const body_layout& layout : body_layouts) {
         for (const field& one : layout.fields) {

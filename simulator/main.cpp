@@ -1,6 +1,8 @@
 // The service simulator as a program: options, signals and console around the simulator of the library.
 #include "simulator/control/console.hpp"
 #include "simulator/control/console_input.hpp"
+#include "simulator/control/control_scripts.hpp"
+#include "simulator/control/json_answers.hpp"
 #include "simulator/control/options.hpp"
 #include "simulator/control/shutdown_signal.hpp"
 #include "simulator/control/trace_file.hpp"
@@ -10,6 +12,7 @@
 #include "vantu/orvanta/simulator.hpp"
 
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <optional>
@@ -17,6 +20,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -41,41 +45,77 @@ void print(std::string_view text) {
     std::fflush(stdout);
 }
 
-// The lines of standard input and the console that does them.
-class input_console {
+verb_result run(service_simulator& service, std::string_view line) {
+    try {
+        std::string text = service.command(line);
+        return {true, service.has_quit(), std::move(text)};
+    } catch (const std::invalid_argument& wrong) {
+        return {false, false, wrong.what()};
+    }
+}
+
+// The consoles, at standard input and at the control socket, as far as there are any.
+class open_consoles {
   public:
-    explicit input_console(service_simulator& service)
-        : service_(service),
-          console_([this](std::string_view line) { return run(line); }, print, standard_input_is_terminal()) {
+    open_consoles(service_simulator& service, const options& chosen) : service_(service), json_(chosen.json) {
+        if (chosen.interactive) {
+            typed_.emplace(made(print, !json_ && standard_input_is_terminal()));
+        }
+        if (!chosen.control_path.empty()) {
+            scripts_.emplace(chosen.control_path, [this](console::print_function answers) {
+                return made(std::move(answers), false);
+            });
+        }
     }
 
     void attend() {
-        for (std::string& line : input_.take_lines()) {
-            console_.take(std::move(line));
+        const std::int64_t now_ns = std::chrono::nanoseconds(service_.now()).count();
+        if (typed_) {
+            for (std::string& line : input_.take_lines()) {
+                typed_->take(std::move(line));
+            }
+            if (input_.has_ended()) {
+                typed_->end_of_input();
+            }
+            typed_->attend(now_ns);
         }
-        if (input_.has_ended()) {
-            console_.end_of_input();
+        if (scripts_) {
+            scripts_->attend(now_ns);
         }
-        console_.attend(std::chrono::nanoseconds(service_.now()).count());
     }
 
-    [[nodiscard]] bool has_quit() const { return console_.has_quit(); }
-    [[nodiscard]] bool has_failed() const { return console_.has_failed(); }
+    [[nodiscard]] bool are_there() const { return typed_ || scripts_; }
+    [[nodiscard]] bool have_quit() const { return typed_ && typed_->has_quit(); }
+    [[nodiscard]] bool have_failed() const { return typed_ && typed_->has_failed(); }
 
   private:
-    verb_result run(std::string_view line) {
-        try {
-            std::string text = service_.command(line);
-            return {true, service_.has_quit(), std::move(text)};
-        } catch (const std::invalid_argument& wrong) {
-            return {false, false, wrong.what()};
-        }
+    [[nodiscard]] console made(console::print_function answers, bool prompts) {
+        return {[this](std::string_view line) { return run(service_, line); },
+                [this](std::string_view line, const verb_result& result) {
+                    return json_ ? json_answer(service_, line, result) : text_answer(line, result);
+                },
+                std::move(answers), prompts};
     }
 
     service_simulator& service_;
+    bool json_;
     console_input input_;
-    console console_;
+    std::optional<console> typed_;
+    std::optional<control_scripts> scripts_;
 };
+
+// With a line about each that does not.
+bool all_hold(service_simulator& service, const std::vector<std::string>& expected) {
+    bool hold = true;
+    for (const std::string& wanted : expected) {
+        const verb_result asked = run(service, "expect " + wanted);
+        if (!asked.good) {
+            say(asked.text);
+            hold = false;
+        }
+    }
+    return hold;
+}
 
 int simulate(options chosen) {
     // The socket layer's warnings are no news where a port is probed.
@@ -85,8 +125,11 @@ int simulate(options chosen) {
             say(message);
         }
     });
+    const auto show = [json = chosen.json](std::string_view text) {
+        print(json ? json_shown(text) : std::string(text));
+    };
     chosen.simulated.warn = say;
-    chosen.simulated.show = print;
+    chosen.simulated.show = show;
     if (chosen.verbose) {
         chosen.simulated.narrate = say;
     }
@@ -97,24 +140,22 @@ int simulate(options chosen) {
     }
     service_simulator service(chosen.simulated);
     watch_for_shutdown();
-    print(formatted("listening on port {}\nseed {}\n{}{}", service.port(), service.seed(), service.about(),
-                    service.about().empty() ? "" : "\n"));
-
-    std::optional<input_console> input;
-    if (chosen.interactive) {
-        input.emplace(service);
+    open_consoles consoles(service, chosen);
+    print(formatted("listening on port {}\nseed {}\n", service.port(), service.seed()));
+    if (!service.about().empty()) {
+        show(service.about() + '\n');
     }
-    // Signals end a sleep, lines of standard input do not.
-    const std::chrono::milliseconds longest_sleep(input ? 10 : 200);
+
+    // Signals end a sleep, lines do not.
+    const std::chrono::milliseconds longest_sleep(consoles.are_there() ? 10 : 200);
     service.serve(
-        [&input] {
-            if (input) {
-                input->attend();
-            }
-            return shutdown_was_requested() || (input && input->has_quit());
+        [&consoles] {
+            consoles.attend();
+            return shutdown_was_requested() || consoles.have_quit();
         },
         longest_sleep);
-    return service.failed_steps() != 0 || (input && input->has_failed()) ? status_failed : 0;
+    const bool held = all_hold(service, chosen.expected);
+    return held && service.failed_steps() == 0 && !consoles.have_failed() ? 0 : status_failed;
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // Standard input as lines, without waiting for them. One source file a platform implements it.
 #pragma once
 
+#include "simulator/control/line_splitter.hpp"
+
 #include <string>
 #include <vector>
 
@@ -24,7 +26,7 @@ class console_input {
     [[nodiscard]] bool has_ended() const noexcept { return ended_; }
 
   private:
-    std::string begun_; // a line that has not ended yet
+    line_splitter splitter_;
     bool ended_{false};
 };
 

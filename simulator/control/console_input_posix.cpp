@@ -6,25 +6,14 @@
 #include <cerrno>
 #include <cstddef>
 #include <poll.h>
-#include <string_view>
 #include <unistd.h>
 
 namespace vantu::orvanta::simulator {
 namespace {
 
-// Longer lines come in pieces, so that a file without line ends does not fill the memory.
-constexpr std::size_t longest_line = 65536;
-
 bool has_something() {
     pollfd asked{STDIN_FILENO, POLLIN, 0};
     return ::poll(&asked, 1, 0) > 0;
-}
-
-std::string without_return(std::string_view line) {
-    if (line.ends_with('\r')) {
-        line.remove_suffix(1);
-    }
-    return std::string(line);
 }
 
 } // namespace
@@ -37,32 +26,17 @@ console_input::console_input() = default;
 console_input::~console_input() = default;
 
 std::vector<std::string> console_input::take_lines() {
-    std::vector<std::string> lines;
     if (ended_ || !has_something()) {
-        return lines;
+        return {};
     }
     std::array<char, 4096> piece{};
     const ssize_t count = ::read(STDIN_FILENO, piece.data(), piece.size());
-    if (count < 0) {
-        ended_ = errno != EINTR && errno != EAGAIN;
-        return lines;
-    }
-    for (const char letter : std::string_view(piece.data(), static_cast<std::size_t>(count))) {
-        if (letter == '\n' || begun_.size() == longest_line) {
-            lines.push_back(without_return(begun_));
-            begun_.clear();
-        }
-        if (letter != '\n') {
-            begun_ += letter;
-        }
+    if (count > 0) {
+        return splitter_.take({piece.data(), static_cast<std::size_t>(count)});
     }
     // On a terminal the end may be typed in the midst of things; it is the end all the same.
-    ended_ = count == 0;
-    if (ended_ && !begun_.empty()) {
-        lines.push_back(without_return(begun_));
-        begun_.clear();
-    }
-    return lines;
+    ended_ = count == 0 || (errno != EINTR && errno != EAGAIN);
+    return ended_ ? splitter_.end() : std::vector<std::string>{};
 }
 
 } // namespace vantu::orvanta::simulator

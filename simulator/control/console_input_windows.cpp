@@ -2,8 +2,10 @@
 // line is complete, so a thread of its own reads that, and a pipe that cannot be asked.
 #include "simulator/control/console_input.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -13,9 +15,6 @@
 
 namespace vantu::orvanta::simulator {
 namespace {
-
-// Longer lines come in pieces, so that a file without line ends does not fill the memory.
-constexpr std::size_t longest_line = 65536;
 
 // The outcome of a read: bytes, or nothing and the end.
 struct piece {
@@ -89,13 +88,6 @@ std::optional<piece> next_piece() {
     return read_piece();
 }
 
-std::string without_return(std::string_view line) {
-    if (line.ends_with('\r')) {
-        line.remove_suffix(1);
-    }
-    return std::string(line);
-}
-
 } // namespace
 
 bool standard_input_is_terminal() noexcept {
@@ -107,24 +99,14 @@ console_input::console_input() = default;
 console_input::~console_input() = default;
 
 std::vector<std::string> console_input::take_lines() {
-    std::vector<std::string> lines;
     const std::optional<piece> next = ended_ ? std::nullopt : next_piece();
     if (!next) {
-        return lines;
+        return {};
     }
-    for (const char letter : next->bytes) {
-        if (letter == '\n' || begun_.size() == longest_line) {
-            lines.push_back(without_return(begun_));
-            begun_.clear();
-        }
-        if (letter != '\n') {
-            begun_ += letter;
-        }
-    }
+    std::vector<std::string> lines = splitter_.take(next->bytes);
     ended_ = next->is_end;
-    if (ended_ && !begun_.empty()) {
-        lines.push_back(without_return(begun_));
-        begun_.clear();
+    if (ended_) {
+        std::ranges::move(splitter_.end(), std::back_inserter(lines));
     }
     return lines;
 }

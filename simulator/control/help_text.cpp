@@ -63,7 +63,8 @@ std::string console_help() {
            "standard output: with what it shows, with \"ok\" or with \"error: \" and why.\n"
            "On a terminal \"> \" asks for the next line and Ctrl-D quits. A script, as in\n"
            "  printf 'wait 2000\\nunplug 1\\n' | orvanta-simulator --interactive\n"
-           "may end; the service goes on. Lines that begin with # do nothing.\n" +
+           "may end; the service goes on. Lines that begin with # do nothing.\n"
+           "With --control scripts do the same at a socket; --json answers with documents.\n" +
            verb_help_text({});
 }
 

@@ -8,6 +8,7 @@
 #include "simulator/faults/old_words.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
+#include "simulator/simulation/conditions.hpp"
 #include "vantu/orvanta/common/version.hpp"
 
 #include <CLI/CLI.hpp>
@@ -38,6 +39,18 @@ CLI::Validator rate_range() {
 
 CLI::Validator file_name() {
     return {[](std::string& text) -> std::string { return text.empty() ? "the file has no name" : ""; }, ""};
+}
+
+CLI::Validator right_condition() {
+    return {[](std::string& text) -> std::string {
+                try {
+                    (void)parse_condition("--expect", text);
+                    return {};
+                } catch (const std::invalid_argument& wrong) {
+                    return wrong.what();
+                }
+            },
+            ""};
 }
 
 // The help's texts state the ranges.
@@ -97,12 +110,21 @@ class fault_options {
     std::map<const CLI::Option*, const fault_row*> rows_;
 };
 
+// Without blank lines all options fit on a screen.
+std::string help_on_options(const CLI::App& app) {
+    std::string text = app.help();
+    for (auto at = text.find("\n\n"); at != std::string::npos; at = text.find("\n\n")) {
+        text.erase(at, 1);
+    }
+    return text;
+}
+
 // The topic's help, or what is wrong with it.
 parse_outcome help_outcome(const CLI::App& app, const std::string& topic) {
     parse_outcome outcome;
     outcome.verdict = parse_verdict::show;
     if (topic.empty()) {
-        outcome.text = app.help();
+        outcome.text = help_on_options(app);
     } else if (auto text = help_on(topic)) {
         outcome.text = std::move(*text);
     } else {
@@ -185,6 +207,18 @@ void add_service_options(CLI::App& app, options& chosen, std::optional<std::size
     app.add_flag("--verbose", chosen.verbose, "Tell on standard error what the service does");
 }
 
+void add_script_options(CLI::App& app, options& chosen) {
+    app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");
+    app.add_option("--control", chosen.control_path, "Socket, or file of a port, that takes such lines")
+        ->check(file_name())
+        ->type_name("FILE");
+    app.add_flag("--json", chosen.json, "Answer lines with a JSON document each");
+    app.add_option("--expect", chosen.expected, "End with 1 unless this holds at the end; repeatable")
+        ->check(right_condition())
+        ->allow_extra_args(false)
+        ->type_name("CONDITION");
+}
+
 } // namespace
 
 parse_outcome parse_options(int argument_count, const char* const* arguments) {
@@ -209,7 +243,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
     app.add_option("--scenario", chosen.simulated.scenario_path, "File of what happens when, name, or 'list'")
         ->check(file_name())
         ->type_name("FILE");
-    app.add_flag("--interactive", chosen.interactive, "Do what lines of standard input say");
+    add_script_options(app, chosen);
     const fault_options of_faults(app);
 
     try {

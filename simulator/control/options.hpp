@@ -8,12 +8,16 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantu::orvanta::simulator {
 
 struct options {
     service_simulator::settings simulated; // without its functions
     std::string trace_path;                // "-": standard output; empty: no trace
+    std::string control_path;              // empty: no control socket
+    std::vector<std::string> expected;     // conditions that are to hold at the end
+    bool json{false};
     bool interactive{false};
     bool verbose{false};
 };

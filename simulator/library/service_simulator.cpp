@@ -3,14 +3,21 @@
 
 #include "simulator/library/implementation.hpp"
 #include "simulator/library/snapshots.hpp"
+#include "simulator/simulation/conditions.hpp"
 #include "simulator/simulation/verbs.hpp"
-#include "vantu/orvanta/common/format.hpp"
-
-#include <stdexcept>
 
 namespace vantu::orvanta {
 
 using namespace simulator;
+
+namespace {
+
+communication::direction travels(service_simulator::direction way) {
+    return way == service_simulator::direction::in ? communication::direction::to_service
+                                                   : communication::direction::to_client;
+}
+
+} // namespace
 
 service_simulator::service_simulator(const settings& wanted)
     : implementation_(std::make_unique<implementation>(wanted)) {}
@@ -62,29 +69,26 @@ std::vector<service_simulator::rule> service_simulator::rules() const {
 }
 
 std::uint64_t service_simulator::operations(direction way, std::string_view operation) const {
-    const operation_name wanted = operation_named(way, operation);
-    return implementation_->look(
-        [wanted](const simulation& simulated) { return simulated.operations().of(wanted.way, wanted.code); });
+    const communication::operation& wanted = operation_named(travels(way), operation);
+    return implementation_->look([&wanted](const simulation& simulated) {
+        return simulated.operations().of(wanted.way, wanted.code);
+    });
 }
 
 bool service_simulator::wait_for(direction way, std::string_view operation, std::chrono::nanoseconds longest,
                                  std::uint64_t count) const {
-    const operation_name wanted = operation_named(way, operation);
+    const communication::operation& wanted = operation_named(travels(way), operation);
     return implementation_->wait_until(
-        [wanted, count](const simulation& simulated) {
+        [&wanted, count](const simulation& simulated) {
             return simulated.operations().of(wanted.way, wanted.code) >= count;
         },
         longest);
 }
 
 std::uint64_t service_simulator::happened(std::string_view fault) const {
-    const fault_row* const row = find_fault(fault);
-    if (row == nullptr) {
-        throw std::invalid_argument(
-            formatted("'{}' is no fault; one of those that 'help' lists would be right", fault));
-    }
+    const fault_row& row = fault_named(fault);
     return implementation_->look(
-        [row](const simulation& simulated) { return simulated.faults().happened(row->kind); });
+        [&row](const simulation& simulated) { return simulated.faults().happened(row.kind); });
 }
 
 std::chrono::nanoseconds service_simulator::now() const {

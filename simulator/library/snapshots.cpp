@@ -1,12 +1,8 @@
 #include "simulator/library/snapshots.hpp"
 
-#include "shared/near_word.hpp"
-#include "shared/text_lines.hpp"
 #include "simulator/simulation/verbs.hpp"
-#include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace vantu::orvanta::simulator {
 namespace {
@@ -73,25 +69,6 @@ std::vector<service_simulator::rule> rules_of(const simulation& simulated) {
         all.push_back({one.number, one.rule.name, text_of(one.rule), one.fitted, one.happened});
     }
     return all;
-}
-
-operation_name operation_named(service_simulator::direction way, std::string_view text) {
-    const auto travels = way == service_simulator::direction::in ? communication::direction::to_service
-                                                                 : communication::direction::to_client;
-    const auto code = whole_number(text);
-    std::vector<std::string_view> names;
-    for (const communication::operation& row : communication::operations) {
-        if (row.way != travels) {
-            continue;
-        }
-        if (row.name == text || code == row.code) {
-            return {row.way, row.code};
-        }
-        names.push_back(row.name);
-    }
-    throw std::invalid_argument(formatted(
-        "'{}' is no operation that goes {}{}", without_control_characters(text),
-        way == service_simulator::direction::in ? "to the service" : "to clients", hint_for(text, names)));
 }
 
 } // namespace vantu::orvanta::simulator

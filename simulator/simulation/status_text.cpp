@@ -35,6 +35,15 @@ std::string device_line(const device& one) {
                      settings.handedness == vantu_orvanta_handedness_left ? "left" : "right");
 }
 
+std::string conditions_text() {
+    std::string text = "Conditions, each with = N, >= N or <= N, else it is >= 1:\n";
+    for (const condition_row& row : conditions) {
+        text += formatted("  {:<16}{:<42}{}\n", formatted("{} {}", row.name, row.subject), row.counted,
+                          row.example);
+    }
+    return text;
+}
+
 std::string overview() {
     std::string text = "Faults, each with ARGUMENT@SELECTOR=VALUE,... ('help FAULT'):\n";
     std::string line;
@@ -131,6 +140,10 @@ std::string verb_help_text(std::string_view verb) {
     text += formatted("  {} {}", row->name, row->example);
     text.erase(text.find_last_not_of(' ') + 1);
     text += row->name == "set" ? "\n  set 1 torque off\n  set 1 handedness left\n" : "\n";
+    if (row->name == "expect" || row->name == "wait") {
+        text += row->name == "wait" ? "  wait 500 out config_save = 2\n" : "";
+        text += conditions_text();
+    }
     return text;
 }
 

@@ -122,8 +122,10 @@ wait_command read_wait(std::string_view rest) {
         refuse(formatted("wait: '{}' is no time; it takes milliseconds from 0 to {}, as in 'wait 250'", text,
                          longest_wait_ms));
     }
-    expect_end("wait", rest);
-    return {*milliseconds};
+    if (rest.empty()) {
+        return {*milliseconds, {}};
+    }
+    return {*milliseconds, parse_condition("wait", rest)};
 }
 
 help_command read_help(std::string_view rest) {
@@ -183,6 +185,9 @@ command parse_verb(std::string_view line) {
     }
     if (verb == "send") {
         return read_send(rest);
+    }
+    if (verb == "expect") {
+        return expect_command{parse_condition(verb, rest)};
     }
     if (verb == "wait") {
         return read_wait(rest);

@@ -3,6 +3,7 @@
 
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/device.hpp"
+#include "simulator/simulation/conditions.hpp"
 #include "simulator/simulation/send_syntax.hpp"
 
 #include <array>
@@ -27,7 +28,8 @@ inline constexpr std::array verbs{
     verb_row{"heal",   "[FAULT|RULE]",                   "takes away all rules, a fault's, or one",               "drop"},
     verb_row{"send",   "OPERATION|HEX FIELD=VALUE...",   "sends it to all clients, or to client=N",              "device_block_reply device_id=1"},
     verb_row{"status", "",                               "shows clients, devices, faults and counters",          ""},
-    verb_row{"wait",   "MS",                             "puts a script's next line off by so long",             "250"},
+    verb_row{"expect", "CONDITION",                      "is an error unless the condition holds now",           "in config_save >= 1"},
+    verb_row{"wait",   "MS [CONDITION]",                 "puts the next line off, at most so long",              "250"},
     verb_row{"help",   "[VERB]",                         "lists the verbs, or explains one",                     "truncate"},
     verb_row{"quit",   "",                               "says goodbye to all clients and ends",                 ""},
 };
@@ -55,8 +57,12 @@ struct heal_command {
     std::string rule;               // a name or a number; empty: all, or those of the kind
 };
 struct status_command {};
+struct expect_command {
+    condition wanted;
+};
 struct wait_command {
     std::uint64_t milliseconds{0};
+    std::optional<condition> wanted; // ends the wait early
 };
 struct help_command {
     std::string_view verb; // empty: all; else one of verbs or faults
@@ -65,7 +71,7 @@ struct quit_command {};
 
 // A fault stands for itself; monostate is a line that says nothing.
 using command = std::variant<std::monostate, fault_rule, set_command, heal_command, send_command,
-                             status_command, wait_command, help_command, quit_command>;
+                             status_command, expect_command, wait_command, help_command, quit_command>;
 
 // Throws std::invalid_argument with one line: what is wrong, what would be right.
 [[nodiscard]] command parse_verb(std::string_view line);

@@ -174,6 +174,11 @@ verb_result run(simulation& /*unused*/, const quit_command& /*unused*/) {
     return {true, true, {}};
 }
 
+verb_result run(simulation& target, const expect_command& asked) {
+    const std::string missing = unmet(asked.wanted, target);
+    return missing.empty() ? verb_result{} : bad(formatted("{}{}", unmet_begin, missing));
+}
+
 // The reader of the lines waits.
 verb_result run(simulation& /*unused*/, const wait_command& /*unused*/) {
     return {};

@@ -16,6 +16,9 @@ struct verb_result {
     std::string text; // the output; empty, or lines that end in line feeds
 };
 
+// The text of the verb expect where its condition does not hold: "expected clients = 2; it is 0".
+inline constexpr std::string_view unmet_begin = "expected ";
+
 // Does what a line says, as in "plug orvanta3", "unplug 2", "drop 0.3", "set 1 handedness left", "heal",
 // "status", "help", "quit". An empty line, and one that begins with '#', does nothing.
 [[nodiscard]] verb_result run_verb(simulation& target, std::string_view line);

@@ -27,6 +27,16 @@ TEST(the_console, answers_verbs_at_a_terminal_and_ends_with_quit) {
     EXPECT_EQ(succeeded, program.wait());
 }
 
+TEST(the_console, has_no_prompt_beside_json_at_a_terminal_either) {
+    child_process program(interactive_command({"--seed", "42", "--json"}), attachment::pseudo_terminal);
+    (void)program.read_until("seed 42\r\n");
+    program.type("heal\n");
+    EXPECT_EQ(program.read_until("}\r\n"), "heal\r\n{\"ok\":true,\"text\":\"\"}\r\n");
+    program.type("quit\n");
+    EXPECT_EQ(succeeded, program.wait());
+    EXPECT_EQ(program.rest().find('>'), std::string::npos);
+}
+
 TEST(the_console, ends_at_the_end_of_what_is_typed) {
     child_process program(interactive_command({}), attachment::pseudo_terminal);
     (void)program.read_until("> ");

@@ -119,6 +119,16 @@ TEST(counters, tell_of_datagrams_and_faults) {
                 HasSubstr("'dorp' is no fault"));
 }
 
+TEST(commands, expect_a_condition_and_are_refused_where_it_does_not_hold) {
+    service_simulator service(by_hand());
+    EXPECT_THAT(refusal_of<std::invalid_argument>([&] { service.command("expect in connect"); }),
+                StartsWith("expected in connect >= 1; it is 0"));
+    simulated_client client(service);
+    ASSERT_EQ(client.connect(), 0);
+    EXPECT_EQ(service.command("expect in connect = 1"), "");
+    EXPECT_EQ(service.command("wait 500 in connect = 2"), "") << "a wait is for scripts";
+}
+
 TEST(settings, out_of_range_are_refused) {
     const auto refused = [](auto change) {
         service_simulator::settings wrong = by_hand();

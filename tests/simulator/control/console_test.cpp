@@ -23,15 +23,20 @@ class a_console : public testing::Test {
                     if (line == "bad") {
                         return verb_result{false, false, "no verb 'bad'; 'heal' would be right"};
                     }
+                    if (line == "expect clients = 2" && clients != 2) {
+                        return verb_result{false, false,
+                                           "expected clients = 2; it is " + std::to_string(clients)};
+                    }
                     return verb_result{true, false, line == "status" ? "seed 1\nticks 2\n" : ""};
                 },
-                [this](std::string_view text) { shown += text; }, prompts};
+                text_answer, [this](std::string_view text) { shown += text; }, prompts};
     }
     // The output since the last call.
     std::string take_shown() { return std::exchange(shown, {}); }
 
     std::vector<std::string> done;
     std::string shown;
+    int clients{0};
 };
 
 TEST_F(a_console, answers_every_line_in_turn) {
@@ -71,18 +76,49 @@ TEST_F(a_console, lets_a_script_wait_by_the_clock_that_it_is_given) {
     tested.take("heal");
     tested.take(" wait\t5");
     tested.take("status");
-    EXPECT_EQ(tested.next_due_ns(), never_ns);
+    EXPECT_FALSE(tested.is_waiting());
     tested.attend(7 * ns_per_millisecond);
-    EXPECT_EQ(tested.next_due_ns(), 27 * ns_per_millisecond);
+    EXPECT_TRUE(tested.is_waiting());
     EXPECT_EQ(take_shown(), "ok\n");
     tested.attend(27 * ns_per_millisecond - 1);
     EXPECT_EQ(take_shown(), "");
     tested.attend(27 * ns_per_millisecond);
     EXPECT_EQ(take_shown(), "ok\nok\n");
-    EXPECT_EQ(tested.next_due_ns(), 32 * ns_per_millisecond);
+    tested.attend(32 * ns_per_millisecond - 1);
+    EXPECT_TRUE(tested.is_waiting());
     tested.attend(40 * ns_per_millisecond);
     EXPECT_EQ(take_shown(), "seed 1\nticks 2\n");
-    EXPECT_EQ(tested.next_due_ns(), never_ns);
+    EXPECT_FALSE(tested.is_waiting());
+}
+
+TEST_F(a_console, goes_on_as_soon_as_the_condition_of_a_wait_holds) {
+    console tested = made(false);
+    tested.take("wait 500 clients = 2");
+    tested.take("status");
+    tested.attend(0);
+    EXPECT_TRUE(tested.is_waiting());
+    EXPECT_EQ(take_shown(), "");
+    clients = 2;
+    tested.attend(ns_per_millisecond);
+    EXPECT_EQ(take_shown(), "ok\nseed 1\nticks 2\n");
+    EXPECT_FALSE(tested.has_failed());
+    tested.take("wait 0 clients = 2");
+    tested.attend(ns_per_millisecond);
+    EXPECT_EQ(take_shown(), "ok\n");
+}
+
+TEST_F(a_console, says_what_a_wait_has_missed_when_its_time_is_over_and_goes_on) {
+    console tested = made(false);
+    tested.take("wait 500 clients = 2");
+    tested.take("heal");
+    tested.attend(0);
+    clients = 1;
+    tested.attend(500 * ns_per_millisecond - 1);
+    EXPECT_EQ(take_shown(), "");
+    EXPECT_FALSE(tested.has_failed());
+    tested.attend(500 * ns_per_millisecond);
+    EXPECT_EQ(take_shown(), "error: waited 500 ms for clients = 2; it is 1\nok\n");
+    EXPECT_TRUE(tested.has_failed());
 }
 
 TEST_F(a_console, takes_no_other_word_for_a_wait) {
@@ -90,7 +126,7 @@ TEST_F(a_console, takes_no_other_word_for_a_wait) {
     tested.take("waiting 20");
     tested.take("wait");
     tested.attend(0);
-    EXPECT_EQ(tested.next_due_ns(), never_ns);
+    EXPECT_FALSE(tested.is_waiting());
     EXPECT_THAT(done, ElementsAre("waiting 20", "wait"));
 }
 

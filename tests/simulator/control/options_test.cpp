@@ -101,8 +101,9 @@ std::set<std::string> options_of_the_help() {
 }
 
 TEST(options, are_settings_of_the_library_but_for_those_of_the_program_alone) {
-    // The library has functions in the place of --verbose and --trace.
-    std::set<std::string> known{"--help", "--version", "--interactive", "--verbose", "--trace"};
+    // The library has functions in the place of those for consoles, and of --verbose and --trace.
+    std::set<std::string> known{"--help", "--version", "--interactive", "--control",
+                                "--json", "--expect",  "--verbose",     "--trace"};
     for (const option_of_a_setting& one : options_of_settings) {
         known.insert(one.name);
     }
@@ -219,6 +220,9 @@ TEST(options, that_are_wrong_are_told_in_one_line_that_names_them) {
         {"--capture", ""},
         {"--scenario", ""},
         {"--scenario"},
+        {"--expect", "in config_svae"},
+        {"--expect", ""},
+        {"--control", ""},
         {"--seed", "-1"},
         {"--seed", "0x10"},
         {"--seed", "18446744073709551616"},
@@ -262,6 +266,18 @@ std::string shown(const std::vector<const char*>& arguments) {
     return outcome.text;
 }
 
+TEST(options, of_scripts_are_for_the_program) {
+    const options chosen =
+        parse({"--control", "desk.sock", "--json", "--expect", "in 64 >= 2", "--expect=clients = 0"}).chosen;
+    EXPECT_EQ(chosen.control_path, "desk.sock");
+    EXPECT_TRUE(chosen.json);
+    EXPECT_THAT(chosen.expected, ElementsAre("in 64 >= 2", "clients = 0"));
+    const options none = parse({}).chosen;
+    EXPECT_EQ(none.control_path, "");
+    EXPECT_FALSE(none.json);
+    EXPECT_THAT(none.expected, IsEmpty());
+}
+
 TEST(options, show_the_version) {
     EXPECT_EQ(shown({"--version"}), "orvanta-simulator 2.0.0\n");
 }
@@ -269,8 +285,9 @@ TEST(options, show_the_version) {
 TEST(options, show_their_help_whatever_else_is_said) {
     const std::string help = shown({"--help"});
     for (const char* name :
-         {"--port", "--orvanta3", "--palmetron", "--announce", "--single-client", "--rate", "--state",
-          "--trace", "--capture", "--verbose", "--seed", "--scenario", "--interactive", "--help", "--version",
+         {"--port",        "--orvanta3",      "--palmetron",   "--announce", "--single-client", "--rate",
+          "--state",       "--trace",         "--capture",     "--verbose",  "--seed",          "--scenario",
+          "--interactive", "--control",       "--json",        "--expect",   "--help",          "--version",
           "--help faults", "--help scenario", "--help console"}) {
         EXPECT_THAT(help, HasSubstr(name));
     }

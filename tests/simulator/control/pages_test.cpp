@@ -57,7 +57,7 @@ std::string sentence(std::string_view effect) {
 
 TEST(the_pages, have_every_option) {
     const auto names = option_names();
-    EXPECT_EQ(names.size(), 15U);
+    EXPECT_EQ(names.size(), 18U);
     for (const std::string& name : names) {
         EXPECT_THAT(program_page, contains_regex("\n[.]It Fl -" + name + "[ \n]"));
         EXPECT_THAT(document, contains_regex("\n[|] `--" + name + "[ `]"));
@@ -95,6 +95,16 @@ TEST(the_pages, have_every_verb) {
     for (const std::string setting : {"gravity", "torque", "handedness"}) {
         EXPECT_THAT(program_page, HasSubstr("\n.It Ic set Ar id Cm " + setting + ' '));
         EXPECT_THAT(document, HasSubstr("\n| `set DEVICE " + setting + ' '));
+    }
+}
+
+TEST(the_pages, have_every_condition) {
+    for (const condition_row& row : conditions) {
+        const std::string name(row.name);
+        const std::string counted(row.counted);
+        EXPECT_THAT(program_page, contains_regex("\n[.]It Cm " + name + "( Ar [a-z]+)?\nCounts " + counted));
+        EXPECT_THAT(document, contains_regex("\n[|] `" + name + "( [A-Z]+)?` [|] " + counted + " [|] `" +
+                                             std::string(row.example) + "` [|]\n"));
     }
 }
 
