@@ -16,7 +16,8 @@ static void to_json(json& document, const service_simulator::client& one) {
     const auto milliseconds = [](std::chrono::nanoseconds time) {
         return std::chrono::duration<double, std::milli>(time).count();
     };
-    document = {{"id", one.id},
+    document = {{"number", one.number},
+                {"id", one.id},
                 {"name", one.name},
                 {"address", one.address},
                 {"opened", one.opened},

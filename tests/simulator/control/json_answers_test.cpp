@@ -71,6 +71,7 @@ TEST(json_answers, have_the_state_as_data_where_it_is_asked_for) {
     EXPECT_EQ(state.at("happened"), json({{"drop", 1}}));
     ASSERT_EQ(state.at("clients").size(), 1U);
     const json& connected = state.at("clients")[0];
+    EXPECT_EQ(connected.at("number"), 1);
     EXPECT_EQ(connected.at("id"), service.clients()[0].id);
     EXPECT_EQ(connected.at("name"), service.clients()[0].name);
     EXPECT_EQ(connected.at("address"), service.clients()[0].address);

@@ -116,7 +116,8 @@ TEST(options, are_settings_of_the_library_but_for_those_of_the_program_alone) {
 
 TEST(options, but_for_those_that_say_what_to_run_are_members_of_scenarios) {
     std::set<std::string> expected = options_of_the_help();
-    for (const char* const program_alone : {"help", "version", "interactive", "scenario"}) {
+    for (const char* const program_alone :
+         {"help", "version", "interactive", "control", "json", "expect", "scenario"}) {
         EXPECT_EQ(expected.erase(program_alone), 1U) << program_alone;
     }
     std::set<std::string> members;

@@ -31,19 +31,19 @@ class service_simulator {
     // Where a client hears of the devices: in the datagram of its acceptance, before it, or after it.
     enum class announce : std::uint8_t { before, after };
 
-    // A setting that is left out, empty as it is here, is that of the scenario; what the scenario leaves out
-    // too is as told beside the setting.
+    // A setting that is left empty, as it is here, is that of the scenario. Where the scenario leaves it out
+    // too, the value after "else" counts.
     struct settings {
-        std::optional<std::string> port; // decimal; "0", which takes a free one
-        // 0 to 256 devices of a type; one. A number is refused beside a scenario that names its devices.
+        std::optional<std::string> port; // decimal, "0" takes a free one; else "0"
+        // 0 to 256 devices of a type; else 1. Refused beside a scenario that names its devices.
         std::optional<std::size_t> orvanta3_count;
         std::optional<std::size_t> palmetron_count;
-        std::optional<double> rate_hz;     // states of each opened device a second, 0 to 10000; 100
-        std::optional<std::uint64_t> seed; // one by chance
-        std::string state_path;            // file of saved configurations; they are kept until the end
-        std::string scenario_path;         // file of a scenario, which begins at time 0; none
-        std::optional<announce> devices;   // before
-        std::optional<bool> single_client; // false
+        std::optional<double> rate_hz;     // states of each opened device a second, 0 to 10000; else 100
+        std::optional<std::uint64_t> seed; // else one by chance
+        std::string state_path;            // file of saved configurations; else they are kept until the end
+        std::string scenario_path;         // file of a scenario, which begins at time 0; empty: none
+        std::optional<announce> devices;   // else before
+        std::optional<bool> single_client; // else false
         // Faults from the start on, in their order, as in "drop 0.05" or "truncate 17@op=66", before those of
         // the scenario, which act as well. One that would happen at once waits for the first datagram that it
         // fits.
@@ -51,7 +51,7 @@ class service_simulator {
         // With it nothing moves but by advance and serve_waiting; without it by a thread of its own, between
         // start and stop.
         bool manual_clock{false};
-        std::string capture_path; // pcap file of all that the sockets receive and send; none
+        std::string capture_path; // pcap file of all that the sockets receive and send; else none
         // Told in lines what the service does, what has failed (a configuration that could not be saved), and
         // what verbs of the scenario show. Called with the simulator's lock held, on its thread or the
         // caller's: they must not call the simulator. Each may be empty. `trace` and `verbose` of a scenario,
