@@ -6,7 +6,7 @@
 set -euo pipefail
 
 [ $# -gt 0 ] || { echo "usage: $0 FILE..." >&2; exit 2; }
-of_windows='^(kernel32|msvcrt|ucrtbase|api-ms-win-crt-[-a-z0-9]+|ws2_32|winmm|iphlpapi|advapi32)\.dll$'
+of_windows='^(kernel32|msvcrt|ucrtbase|api-ms-win-crt-[-a-z0-9]+|ws2_32|winmm|iphlpapi|advapi32|bcrypt)\.dll$'
 broken=0
 for file in "$@"; do
     needed=$("${OBJDUMP:-x86_64-w64-mingw32-objdump}" -p "$file" | sed -n 's/^[[:space:]]*DLL Name: //p' | tr '[:upper:]' '[:lower:]')
