@@ -62,9 +62,7 @@ void fault_pipeline::send_changed(live_rule& rule, piped_datagram&& what, std::s
 void fault_pipeline::hold(live_rule& rule, piped_datagram&& what, std::int64_t for_ns,
                           std::optional<std::uint32_t> to_pass) {
     count(rule, what);
-    if (held_.size() < most_waiting) {
-        held_.hold({std::move(what), rule.ordinal}, now_ns_ + for_ns, to_pass);
-    }
+    held_.hold({std::move(what), rule.ordinal}, now_ns_ + for_ns, to_pass);
 }
 
 void fault_pipeline::hold_for_a_while(live_rule& rule, piped_datagram&& what, std::size_t next_rule) {
@@ -84,7 +82,7 @@ void fault_pipeline::send_with_copies(live_rule& rule, const piped_datagram& wha
         copy.answer.reset();
     }
     run(what, next_rule);
-    for (std::uint32_t i = 0; i < rule.state.rule.first.value_or(0); ++i) {
+    for (std::uint32_t i = 0; i < rule.state.rule.first.value_or(0) && has_room(); ++i) {
         run(copy, next_rule);
     }
 }
@@ -140,8 +138,8 @@ void fault_pipeline::fall_silent(const fault_rule& rule, fault_random& chance) {
 }
 
 void fault_pipeline::forge(const peer& to, std::uint32_t how_many) {
-    for (std::uint32_t i = 0; i < how_many && departures_.size() < most_waiting; ++i) {
-        departures_.push_back({to, forged_datagram(i), true});
+    for (std::uint32_t i = 0; i < how_many && has_room(); ++i) {
+        departures_.add({to, forged_datagram(i), true});
     }
 }
 
@@ -167,7 +165,7 @@ void fault_pipeline::act_at_once_on(const fault_rule& rule, const peer& client) 
     const auto number = rule.first.value_or(0);
     switch (rule.kind) {
     case fault_kind::flood:
-        for (std::uint32_t i = 0; i < number; ++i) {
+        for (std::uint32_t i = 0; i < number && has_room(); ++i) {
             deliver({direction::to_client, client, idle_acknowledgement(), std::nullopt});
         }
         break;

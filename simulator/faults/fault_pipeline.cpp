@@ -132,10 +132,10 @@ void fault_pipeline::deliver(piped_datagram&& what) {
     if (is_silent()) {
         return;
     }
-    if (what.way == direction::to_service && arrivals_.size() < most_waiting) {
-        arrivals_.push_back({what.with, std::move(what.bytes)});
-    } else if (what.way == direction::to_client && departures_.size() < most_waiting) {
-        departures_.push_back({what.with, std::move(what.bytes), false});
+    if (what.way == direction::to_service) {
+        arrivals_.add({what.with, std::move(what.bytes)});
+    } else {
+        departures_.add({what.with, std::move(what.bytes), false});
     }
 }
 

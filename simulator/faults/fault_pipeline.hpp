@@ -9,6 +9,7 @@
 #include "simulator/faults/fault_random.hpp"
 #include "simulator/faults/faults.hpp"
 #include "simulator/faults/held_datagrams.hpp"
+#include "simulator/faults/waiting_line.hpp"
 #include "simulator/service/outbox.hpp"
 #include "simulator/service/peer.hpp"
 
@@ -108,8 +109,8 @@ class fault_pipeline {
 
     // The datagrams that the service is to receive, those that the sockets are to send, and the actions to
     // carry out, in order, each handed out once.
-    [[nodiscard]] std::vector<arrival> take_arrivals() { return std::exchange(arrivals_, {}); }
-    [[nodiscard]] std::vector<departure> take_departures() { return std::exchange(departures_, {}); }
+    [[nodiscard]] std::vector<arrival> take_arrivals() { return arrivals_.take(); }
+    [[nodiscard]] std::vector<departure> take_departures() { return departures_.take(); }
     [[nodiscard]] std::vector<requested_action> take_actions() { return std::exchange(actions_, {}); }
 
     // While an action is carried out, the rules that ask for actions fit none of the datagrams that it sets
@@ -118,8 +119,6 @@ class fault_pipeline {
     void end_action() noexcept { in_action_ = false; }
 
   private:
-    // More than these wait nowhere: what comes beyond is lost, as where a system's buffers are full.
-    static constexpr std::size_t most_waiting = 300'000;
     // Before all times: no silence.
     static constexpr std::int64_t long_over_ns = std::numeric_limits<std::int64_t>::min();
 
@@ -156,6 +155,9 @@ class fault_pipeline {
     void fall_silent(const fault_rule& rule, fault_random& chance);
     void forge(const peer& to, std::uint32_t how_many);
 
+    [[nodiscard]] bool has_room() const noexcept {
+        return !arrivals_.is_full() && !departures_.is_full() && !held_.is_full();
+    }
     [[nodiscard]] bool is_silent() const noexcept { return now_ns_ < silent_until_ns_; }
 
     std::uint64_t seed_;
@@ -169,8 +171,8 @@ class fault_pipeline {
     held_datagrams held_;
     conversations conversations_;
     std::array<std::uint64_t, faults.size()> happened_{};
-    std::vector<arrival> arrivals_;
-    std::vector<departure> departures_;
+    waiting_line<arrival> arrivals_;
+    waiting_line<departure> departures_;
     std::vector<requested_action> actions_;
 };
 

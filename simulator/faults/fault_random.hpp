@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <limits>
 #include <span>
@@ -40,11 +41,11 @@ class fault_random {
 
     // Fills bytes with chance, eight from each draw: faults add megabytes a second.
     void fill(std::span<std::byte> bytes) {
-        std::uint64_t drawn = 0;
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            drawn = i % sizeof drawn == 0 ? next() : drawn >> 8U;
-            bytes[i] = static_cast<std::byte>(drawn);
+        std::uint64_t drawn = next();
+        for (; bytes.size() >= sizeof drawn; bytes = bytes.subspan(sizeof drawn), drawn = next()) {
+            std::memcpy(bytes.data(), &drawn, sizeof drawn);
         }
+        std::memcpy(bytes.data(), &drawn, bytes.size());
     }
 
     // Draws only where there is a choice.

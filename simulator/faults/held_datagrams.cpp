@@ -16,11 +16,21 @@ constexpr std::int64_t at_once_ns = std::numeric_limits<std::int64_t>::min();
 } // namespace
 
 void held_datagrams::hold(entry&& one, std::int64_t due_ns, std::optional<std::uint32_t> to_pass) {
+    if (is_full()) {
+        return;
+    }
     const place where{due_ns, numbers_++};
     if (to_pass) {
         overtaken_.push_back({where, one.by, one.what.way, one.what.with, *to_pass});
     }
+    bytes_ += one.what.bytes.size();
     by_due_.emplace(where, std::move(one));
+}
+
+held_datagrams::entry held_datagrams::taken(const place& where) {
+    auto node = by_due_.extract(where);
+    bytes_ -= node.mapped().what.bytes.size();
+    return std::move(node.mapped());
 }
 
 std::vector<held_datagrams::overtaken>::const_iterator held_datagrams::find(std::uint64_t by, direction way,
@@ -40,9 +50,9 @@ std::optional<held_datagrams::entry> held_datagrams::let_one_pass(std::uint64_t 
     if (--one.to_pass != 0) {
         return std::nullopt;
     }
-    auto node = by_due_.extract(one.where);
+    const place where = one.where;
     overtaken_.erase(found);
-    return std::move(node.mapped());
+    return taken(where);
 }
 
 void held_datagrams::release(const std::function<bool(std::uint64_t by)>& is_chosen) {
@@ -63,9 +73,9 @@ void held_datagrams::release(const std::function<bool(std::uint64_t by)>& is_cho
 std::vector<held_datagrams::entry> held_datagrams::take_due(std::int64_t now_ns) {
     std::vector<entry> due;
     while (!by_due_.empty() && by_due_.begin()->first.due_ns <= now_ns) {
-        std::erase_if(overtaken_,
-                      [where = by_due_.begin()->first](const overtaken& one) { return one.where == where; });
-        due.push_back(std::move(by_due_.extract(by_due_.begin()).mapped()));
+        const place where = by_due_.begin()->first;
+        std::erase_if(overtaken_, [&where](const overtaken& one) { return one.where == where; });
+        due.push_back(taken(where));
     }
     return due;
 }

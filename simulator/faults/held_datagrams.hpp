@@ -3,6 +3,7 @@
 #pragma once
 
 #include "simulator/faults/fault_datagrams.hpp"
+#include "simulator/faults/waiting_line.hpp"
 #include "simulator/service/clients.hpp"
 #include "vantu/orvanta/communication/operations.hpp"
 
@@ -32,9 +33,12 @@ class held_datagrams {
         std::uint64_t by; // the ordinal of the rule that holds it
     };
 
-    [[nodiscard]] std::size_t size() const noexcept { return by_due_.size(); }
+    [[nodiscard]] bool is_full() const noexcept {
+        return by_due_.size() >= most_datagrams_waiting || bytes_ >= most_bytes_waiting;
+    }
 
-    // Holds a datagram until its time comes or so many others have passed it.
+    // Holds a datagram until its time comes or so many others have passed it. It is lost where no more are
+    // held.
     void hold(entry&& one, std::int64_t due_ns, std::optional<std::uint32_t> to_pass);
 
     // Whether the rule holds one that waits to be passed by others of this client and way.
@@ -75,7 +79,10 @@ class held_datagrams {
     [[nodiscard]] std::vector<overtaken>::const_iterator find(std::uint64_t by, communication::direction way,
                                                               const peer& with) const;
 
+    [[nodiscard]] entry taken(const place& where);
+
     std::map<place, entry> by_due_;
+    std::size_t bytes_{0};
     std::vector<overtaken> overtaken_; // one a rule, client and way at most
     std::uint64_t numbers_{0};
 };

@@ -204,12 +204,15 @@ void simulation::deliver() {
             quiet = false;
         }
         for (departure& one : pipeline_.take_departures()) {
-            ++counters_.sent;
             quiet = false;
+            if (outgoing_.is_full()) {
+                continue;
+            }
+            ++counters_.sent;
             if (!one.forged) {
                 note(one.to, one.bytes, direction::to_client);
             }
-            outgoing_.push_back(std::move(one));
+            outgoing_.add(std::move(one));
         }
     }
 }

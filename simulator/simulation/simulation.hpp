@@ -56,7 +56,7 @@ class simulation {
     [[nodiscard]] std::int64_t next_due_ns() const;
 
     // The datagrams to send now, in order.
-    [[nodiscard]] std::vector<departure> take_outgoing() { return std::exchange(outgoing_, {}); }
+    [[nodiscard]] std::vector<departure> take_outgoing() { return outgoing_.take(); }
 
     // Adds a rule, or does at once what it asks for.
     void add_fault(const fault_rule& rule);
@@ -124,7 +124,7 @@ class simulation {
     narrate_function warn_;
     std::uint64_t seed_;
     std::int64_t now_ns_{0};
-    std::vector<departure> outgoing_;
+    waiting_line<departure> outgoing_;
     std::vector<requested_action> late_actions_;
     observe_function observer_;
     simulation_counters counters_;

@@ -301,4 +301,30 @@ TEST(fault_selection, lets_no_flood_of_floods_fill_the_memory) {
     EXPECT_LE(fixture.out(gravity).size(), 300'000U);
 }
 
+// How many bytes come out of a flood of the longest datagrams, after a last rule.
+std::size_t bytes_of_a_long_flood(const char* last_rule) {
+    pipeline_fixture fixture;
+    fixture.add("flood 20000@nth=1");
+    fixture.add("extend 65507");
+    fixture.add(last_rule);
+    std::size_t bytes = 0;
+    for (const auto& sent : fixture.out(gravity)) {
+        bytes += sent.size();
+    }
+    for (const auto& sent : fixture.wait(5'000'000)) {
+        bytes += sent.content.size();
+    }
+    return bytes;
+}
+
+TEST(fault_selection, lets_no_flood_of_long_datagrams_fill_the_memory) {
+    constexpr std::size_t most_bytes = 64U << 20U;
+    constexpr std::size_t greatest_datagram = 65'507;
+    for (const char* const last_rule : {"truncate 65507", "delay 5"}) {
+        const std::size_t bytes = bytes_of_a_long_flood(last_rule);
+        EXPECT_GT(bytes, most_bytes - greatest_datagram) << last_rule;
+        EXPECT_LE(bytes, most_bytes + greatest_datagram) << last_rule;
+    }
+}
+
 } // namespace
