@@ -4,11 +4,9 @@
 #include <cstring>
 
 namespace vantu::orvanta {
-namespace {
 
 using namespace communication;
 
-// The operation whose record begins at a place; empty where there is none.
 std::optional<operation_place> operation_at(std::span<const std::byte> datagram, std::size_t place) {
     if (place > datagram.size() || datagram.size() - place < sizeof(proto::op)) {
         return std::nullopt;
@@ -23,24 +21,14 @@ std::optional<operation_place> operation_at(std::span<const std::byte> datagram,
                            std::min<std::size_t>(record.length, left)};
 }
 
-} // namespace
-
-std::vector<operation_place> operations_in(std::span<const std::byte> datagram) {
-    std::vector<operation_place> found;
-    for (auto next = operation_at(datagram, sizeof(proto::header)); next.has_value();
-         next = operation_at(datagram, next->end())) {
-        found.push_back(*next);
-    }
-    return found;
-}
-
 std::optional<operation_place> find_operation_in(std::span<const std::byte> datagram,
                                                  std::optional<std::uint8_t> code) {
-    auto next = operation_at(datagram, sizeof(proto::header));
-    while (next.has_value() && code.has_value() && next->code != *code) {
-        next = operation_at(datagram, next->end());
+    for (const operation_place& place : operations_in(datagram)) {
+        if (place.code == code.value_or(place.code)) {
+            return place;
+        }
     }
-    return next;
+    return std::nullopt;
 }
 
 } // namespace vantu::orvanta

@@ -98,11 +98,11 @@ std::string datagram_text(std::span<const std::byte> datagram, direction way) {
         return formatted("[header cut short: {} of {} bytes]", datagram.size(), sizeof(proto::header));
     }
     std::string text = header_damage(datagram);
-    const std::vector<operation_place> places = operations_in(datagram);
-    for (const operation_place& place : places) {
+    std::size_t end = sizeof(proto::header);
+    for (const operation_place& place : operations_in(datagram)) {
         text += operation_text(datagram, place, way) + "; ";
+        end = place.end();
     }
-    const std::size_t end = places.empty() ? sizeof(proto::header) : places.back().end();
     text += remainder_text(datagram.subspan(end));
     if (text.empty()) {
         return "[no operation]";
