@@ -2,8 +2,10 @@
 
 #include "simulator/faults/faults.hpp"
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
+#include <string_view>
 
 namespace orvanta_tests {
 namespace {
@@ -99,6 +101,17 @@ bool can_be_read(const fault_row& row, const std::string& text) {
     }
 }
 
+// A flood of the longest datagrams is gigabytes a second; where there is a flood they are shorter.
+void bound_floods(std::vector<fault_text>& faults) {
+    const bool floods =
+        std::any_of(faults.begin(), faults.end(), [](const fault_text& one) { return one.first == "flood"; });
+    for (auto& [name, value] : faults) {
+        if (floods && name == "extend" && value.starts_with("65507")) {
+            value.replace(0, std::string_view("65507").size(), "4095");
+        }
+    }
+}
+
 } // namespace
 
 std::vector<fault_text> random_faults(chance& choose) {
@@ -111,6 +124,7 @@ std::vector<fault_text> random_faults(chance& choose) {
         } while (!can_be_read(row, value));
         one = {std::string(row.name), std::move(value)};
     }
+    bound_floods(chosen);
     return chosen;
 }
 
