@@ -29,6 +29,7 @@ one='1     orvanta3  3001 6e2b8410-5f3c-4d71-9a03-c53800000001'
 two='1001  palmetron 5001 b1470d29-e862-4a15-8c90-7ed400000001'
 ! port_is_held || fail "there is a service already"
 prints 0 "$one"$'\n'"$two" ctl list
+! grep -q building "$work/errors" || fail "what is built is built again"
 ! port_is_held || fail "the simulator goes on after its tool"
 prints 4 '' ctl info --device none
 prints 2 '' ctl lst
