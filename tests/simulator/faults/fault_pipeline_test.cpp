@@ -181,6 +181,26 @@ TEST(fault_pipeline, sends_an_answer_of_anothers_earlier_session_where_a_client_
     EXPECT_THAT(fixture.out(other, 2), ElementsAre(gravity, other));
 }
 
+TEST(fault_pipeline, sends_an_old_goodbye_once_256_answers_have_replaced_those_of_the_same_kind) {
+    const bytes goodbye_asked{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0x05, 0x00, 0x00, 0x07};
+    const bytes goodbye{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0x06, 0x00, 0x00, 0x07};
+    constexpr int kept = 256; // the acceptance, gravity and goodbye of the first session among them
+    pipeline_fixture fixture;
+    fixture.connect();
+    (void)fixture.in(ask_gravity);
+    (void)fixture.out(gravity);
+    (void)fixture.in(goodbye_asked);
+    (void)fixture.out(goodbye);
+    fixture.connect();
+    fixture.add("stale @op=66");
+    for (int answers = 1; answers <= kept - 3; ++answers) {
+        (void)fixture.in(ask_gravity);
+        EXPECT_THAT(fixture.out(gravity), ElementsAre(gravity, gravity)) << answers;
+    }
+    (void)fixture.in(ask_gravity);
+    EXPECT_THAT(fixture.out(gravity), ElementsAre(goodbye, gravity));
+}
+
 TEST(fault_pipeline, is_silent_both_ways_from_a_datagram_on) {
     pipeline_fixture fixture;
     fixture.add("silence 50@nth=2,dir=in");
