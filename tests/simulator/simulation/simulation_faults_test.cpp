@@ -51,6 +51,24 @@ TEST(a_fault, that_unplugs_takes_the_device_that_it_names_or_else_the_first) {
     EXPECT_THAT(fixture.tested.devices(), IsEmpty());
 }
 
+TEST(a_fault, that_sends_more_than_is_taken_loses_what_a_full_system_would) {
+    constexpr std::size_t most_bytes = 64U << 20U;
+    constexpr std::size_t greatest_datagram = 65'507;
+    simulation_fixture fixture;
+    fixture.enter(1, {1});
+    fail(fixture, fault_kind::flood, "30@p=1");
+    fail(fixture, fault_kind::extend, "65507");
+    std::size_t bytes = 0;
+    const std::uint64_t sent_before = fixture.tested.counters().sent;
+    const sent_list taken = fixture.wait(ns_per_second); // a hundred states
+    for (const sent& one : taken) {
+        bytes += one.content.size();
+    }
+    EXPECT_GE(bytes, most_bytes);
+    EXPECT_LT(bytes, most_bytes + greatest_datagram);
+    EXPECT_EQ(fixture.tested.counters().sent - sent_before, taken.size());
+}
+
 const bytes first_opened = datagram({{0xFF, 0x13, 0x04, 0x00, 0x05, 0x01, 0x00, 0x00, 0x00}});
 
 TEST(the_end_of_the_service, sends_what_is_delayed_and_then_the_goodbye) {
