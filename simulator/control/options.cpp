@@ -5,7 +5,6 @@
 #include "simulator/control/scenario.hpp"
 #include "simulator/control/shipped_scenarios.hpp"
 #include "simulator/faults/faults.hpp"
-#include "simulator/faults/old_words.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
 #include "simulator/simulation/conditions.hpp"
@@ -152,9 +151,6 @@ void expect_no_surplus(const CLI::App& app) {
     }
     const std::vector<std::string_view> words(names.begin(), names.end());
     const std::string name = wrong->substr(0, wrong->find('='));
-    if (const old_word* const old = find_old_word(name.substr(std::min(name.size(), std::size_t{2})))) {
-        throw CLI::ValidationError(name, "it is now '--" + std::string(old->now) + "'");
-    }
     throw CLI::ValidationError(name,
                                "there is no such option" + hint_for(name, words) + "; --help lists them all");
 }

@@ -2,7 +2,6 @@
 
 #include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
-#include "simulator/faults/old_words.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -173,9 +172,6 @@ command parse_verb(std::string_view line) {
     }
     if (const fault_row* const row = find_fault(verb); row != nullptr) {
         return parse_fault(row->kind, rest);
-    }
-    if (const old_word* const old = find_old_word(verb); old != nullptr) {
-        refuse(formatted("'{}' is now '{}'", old->name, old->now));
     }
     if (verb == "set") {
         return read_set(rest);

@@ -251,7 +251,6 @@ TEST(options, that_are_unknown_are_told_with_the_one_that_was_probably_meant) {
               "--dorp: there is no such option; --drop would be right; --help lists them all");
     EXPECT_EQ(parse({"--scenari=desk.json"}).text,
               "--scenari: there is no such option; --scenario would be right; --help lists them all");
-    EXPECT_EQ(parse({"--retag", "9"}).text, "--retag: it is now '--patch tag=other@dir=answer'");
     EXPECT_EQ(parse({"desk.json"}).text, "'desk.json' belongs to no option; --help lists them all");
 }
 

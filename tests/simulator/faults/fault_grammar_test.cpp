@@ -1,6 +1,5 @@
 // How faults are written, and what is said about one that is written wrong.
 #include "simulator/faults/faults.hpp"
-#include "simulator/faults/old_words.hpp"
 #include "vantu/orvanta/communication/fields.hpp"
 
 #include <gmock/gmock.h>
@@ -172,7 +171,6 @@ TEST(fault_grammar, says_what_is_wrong_and_a_line_that_is_right) {
         {fault_kind::drop, "@port=3",
          "drop: 'port=3' is no selector, one of op= dir= device= client= p= burst= nth= every= as=; 'drop "
          "0.05' would be right"},
-        {fault_kind::drop, "@n=3", "drop: 'n=' is now 'nth='"},
         {fault_kind::drop, "@op=1,op=2", "drop: op= is given twice; 'drop 0.05' would be right"},
         {fault_kind::drop, "@op=cursor_stat",
          "drop: there is no operation 'cursor_stat'; 'drop @op=33' would be right"},
@@ -261,17 +259,6 @@ TEST(fault_grammar, takes_every_field_of_every_operation) {
                 const std::string text = std::string(one.name) + "=other@op=" + std::to_string(layout.code);
                 EXPECT_EQ(complaint_about(fault_kind::patch, text), "none") << text;
             }
-        }
-    }
-}
-
-TEST(old_words, have_a_spelling_that_is_right) {
-    for (const old_word& old : old_words) {
-        EXPECT_EQ(find_fault(old.name), nullptr) << old.name;
-        if (!old.name.ends_with('=')) {
-            const fault_row* const row = find_fault(old.now.substr(0, old.now.find(' ')));
-            ASSERT_NE(row, nullptr) << old.now;
-            EXPECT_EQ(complaint_about(row->kind, old.now.substr(row->name.size())), "none") << old.now;
         }
     }
 }
