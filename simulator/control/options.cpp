@@ -73,41 +73,30 @@ std::uint64_t seed_of(const std::string& text) {
     return seed;
 }
 
-// The options of the table of faults. Their values are read in the order of the command line, from which the
-// order of the rules follows.
-class fault_options {
-  public:
-    explicit fault_options(CLI::App& app) {
-        for (const fault_row& row : faults) {
-            CLI::Option* option = app.add_option("--" + std::string(row.name));
-            option->expected(0, 1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->group("");
-            rows_.emplace(option, &row);
-        }
+void add_fault_options(CLI::App& app) {
+    for (const fault_row& row : faults) {
+        CLI::Option* option = app.add_option("--" + std::string(row.name));
+        option->expected(0, 1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->group("");
     }
+}
 
-    // As the settings take them.
-    [[nodiscard]] std::vector<std::string> texts(const CLI::App& app) const {
-        std::vector<std::string> read;
-        std::map<const CLI::Option*, std::size_t> taken;
-        for (const CLI::Option* option : app.parse_order()) {
-            if (const auto found = rows_.find(option); found != rows_.end()) {
-                read.push_back(text_of(rule_of(*found->second, option->results().at(taken[option]++))));
-            }
+// As the settings take them, in the order of the command line, from which that of the rules follows.
+std::vector<std::string> faults_in(const CLI::App& app) {
+    std::vector<std::string> read;
+    std::map<const CLI::Option*, std::size_t> taken;
+    for (const CLI::Option* option : app.parse_order()) {
+        const std::string& name = option->get_lnames().front();
+        if (find_fault(name) == nullptr) {
+            continue;
         }
-        return read;
-    }
-
-  private:
-    static fault_rule rule_of(const fault_row& row, const std::string& text) {
         try {
-            return parse_initial_fault(row.kind, text);
+            read.push_back(text_of(initial_fault(name + ' ' + option->results().at(taken[option]++))));
         } catch (const std::invalid_argument& wrong) {
             throw CLI::ValidationError("--" + std::string(wrong.what()));
         }
     }
-
-    std::map<const CLI::Option*, const fault_row*> rows_;
-};
+    return read;
+}
 
 // Without blank lines all options fit on a screen.
 std::string help_on_options(const CLI::App& app) {
@@ -240,7 +229,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
         ->check(file_name())
         ->type_name("FILE");
     add_script_options(app, chosen);
-    const fault_options of_faults(app);
+    add_fault_options(app);
 
     try {
         app.parse(argument_count, arguments);
@@ -261,7 +250,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
         if (app.count("--seed") != 0) {
             chosen.simulated.seed = seed_of(seed);
         }
-        chosen.simulated.faults = of_faults.texts(app);
+        chosen.simulated.faults = faults_in(app);
     } catch (const CLI::CallForVersion& asked) {
         outcome.verdict = parse_verdict::show;
         outcome.text = std::string(asked.what()) + '\n';

@@ -193,7 +193,7 @@ TEST(options, take_the_example_of_every_fault) {
         const parse_outcome outcome = parse({name.c_str(), row.example.data()});
         EXPECT_EQ(outcome.verdict, parse_verdict::run) << outcome.text;
         EXPECT_THAT(outcome.chosen.simulated.faults,
-                    ElementsAre(text_of(parse_initial_fault(row.kind, row.example))));
+                    ElementsAre(text_of(initial_fault(name.substr(2) + ' ' + std::string(row.example)))));
     }
 }
 

@@ -81,11 +81,11 @@ TEST(fault_grammar, takes_only_what_can_be_at_once_and_has_no_selector_for_at_on
 }
 
 TEST(fault_grammar, lets_what_would_be_at_once_wait_for_its_first_datagram_at_the_start) {
-    const fault_rule rule = parse_initial_fault(fault_kind::restart, "");
+    const fault_rule rule = initial_fault("restart");
     EXPECT_FALSE(rule.now);
     EXPECT_EQ(rule.nth, 1U);
-    EXPECT_EQ(parse_initial_fault(fault_kind::drop, "").nth, 0U);
-    EXPECT_EQ(parse_initial_fault(fault_kind::goodbye, "@op=4").nth, 0U);
+    EXPECT_EQ(initial_fault("drop").nth, 0U);
+    EXPECT_EQ(initial_fault("goodbye @op=4").nth, 0U);
 }
 
 TEST(fault_grammar, reads_the_example_of_every_row_and_its_own_text_of_it) {
