@@ -37,20 +37,13 @@ inline constexpr std::array verbs{
 
 inline constexpr std::uint64_t longest_wait_ms = 86'400'000;
 
-struct gravity_setting {
-    bool enabled{true};
-    std::optional<float> factor; // empty: stays as it is
-};
-struct torque_setting {
-    bool enabled{true};
-};
-struct handedness_setting {
-    std::uint8_t handedness{vantu_orvanta_handedness_right};
-};
-
+// Members that are empty stay as they are.
 struct set_command {
     std::uint32_t device_id{0};
-    std::variant<gravity_setting, torque_setting, handedness_setting> setting;
+    std::optional<bool> gravity_compensation;
+    std::optional<float> scaling_factor;
+    std::optional<bool> torque_scaling;
+    std::optional<std::uint8_t> handedness;
 };
 struct heal_command {
     std::optional<fault_kind> kind; // empty: all, or the rule
