@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <span>
+#include <stdexcept>
 #include <utility>
 
 namespace vantu::orvanta::simulator {
@@ -75,13 +76,24 @@ std::size_t server::receive_waiting(std::size_t listener) {
 // A datagram that the system has no room for is lost, as any datagram may be.
 void server::send_outgoing() {
     for (const departure& one : target_.take_outgoing()) {
-        const socket_handle socket =
-            one.forged ? forger_.socket_to(one.to) : sockets_.sockets()[one.to.listener];
+        const socket_handle socket = socket_for(one);
         if (socket != invalid_socket && send_bytes(socket, one.bytes, one.to.address) == socket_status::ok &&
             told_) {
             told_({communication::direction::to_client, one.to, socket, one.bytes});
         }
     }
+}
+
+socket_handle server::socket_for(const departure& one) {
+    try {
+        if (one.forged && !forgers_) {
+            forgers_.emplace("0");
+        }
+    } catch (const std::runtime_error&) {
+        return invalid_socket;
+    }
+    const auto sockets = (one.forged ? *forgers_ : sockets_).sockets();
+    return one.to.listener < sockets.size() ? sockets[one.to.listener] : invalid_socket;
 }
 
 } // namespace vantu::orvanta::simulator

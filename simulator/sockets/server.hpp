@@ -2,13 +2,13 @@
 #pragma once
 
 #include "simulator/simulation/simulation.hpp"
-#include "simulator/sockets/forged_sender.hpp"
 #include "simulator/sockets/listeners.hpp"
 #include "vantu/orvanta/common/platform.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -57,13 +57,15 @@ class server {
 
   private:
     std::size_t receive_waiting(std::size_t listener);
+    // Invalid where a forged datagram can have none.
+    [[nodiscard]] socket_handle socket_for(const departure& one);
 
     simulation& target_;
     const listeners& sockets_;
     clock_function clock_;
     simulation_drive drive_;
     wire_function told_;
-    forged_sender forger_;
+    std::optional<listeners> forgers_; // another address than the service's, taken when first used
     byte_buffer buffer_{constants::mode_read};
     receive_record record_{buffer_};
 };
