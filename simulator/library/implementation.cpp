@@ -34,7 +34,8 @@ service_simulator::implementation::implementation(const settings& wanted)
           simulated_, prepared_.steps, wanted.show ? wanted.show : [](std::string_view) {},
           prepared_.for_each_client),
       server_(
-          simulated_, sockets_, [this] { return time_ns(); }, drive()) {
+          simulated_, sockets_, [this] { return time_ns(); },
+          [this](std::int64_t since_start_ns) { runner_.advance_to(since_start_ns); }) {
     for (const fault_rule& rule : prepared_.faults) {
         simulated_.add_fault(rule);
     }
@@ -58,11 +59,6 @@ record_times service_simulator::implementation::times() {
 void service_simulator::implementation::tell_all() {
     record_.flush();
     happened_.notify_all();
-}
-
-simulation_drive service_simulator::implementation::drive() {
-    return {[this](std::int64_t since_start_ns) { runner_.advance_to(since_start_ns); },
-            [this] { runner_.attend(); }, [this] { return runner_.next_due_ns(); }};
 }
 
 // Stands still while nothing moves it.

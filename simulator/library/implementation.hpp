@@ -57,7 +57,6 @@ class service_simulator::implementation {
     std::size_t serve_waiting();
 
   private:
-    [[nodiscard]] simulator::simulation_drive drive();
     [[nodiscard]] simulator::record_times times();
     [[nodiscard]] std::int64_t time_ns() const;
 

@@ -56,9 +56,9 @@ scenario_fixture::scenario_fixture(prepared_settings script)
     : simulated(std::move(script.simulated)),
       runner_(
           simulated, std::move(script.steps), [](std::string_view) {}, script.for_each_client),
-      server_(simulated, sockets_, [this] { return now_ns_; },
-              {[this](std::int64_t until_ns) { runner_.advance_to(until_ns); }, [this] { runner_.attend(); },
-               [this] { return runner_.next_due_ns(); }}) {
+      server_(
+          simulated, sockets_, [this] { return now_ns_; },
+          [this](std::int64_t until_ns) { runner_.advance_to(until_ns); }) {
     for (const fault_rule& rule : script.faults) {
         simulated.add_fault(rule);
     }
