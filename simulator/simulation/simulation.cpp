@@ -66,7 +66,6 @@ void simulation::advance_to(std::int64_t target_ns) {
         settle();
     }
     now_ns_ = std::max(now_ns_, target);
-    counters_.ticks = static_cast<std::uint64_t>(now_ns_ / simulation_tick_ns);
 }
 
 std::int64_t simulation::next_due_ns() const {

@@ -33,7 +33,6 @@ struct simulation_settings {
 };
 
 struct simulation_counters {
-    std::uint64_t ticks{0};
     std::uint64_t received{0}; // datagrams from the sockets
     std::uint64_t sent{0};     // datagrams to the sockets
     std::uint64_t restarts{0};

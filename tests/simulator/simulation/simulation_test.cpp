@@ -70,11 +70,10 @@ TEST(time, moves_by_whole_ticks_and_never_back) {
     EXPECT_EQ(fixture.tested.now_ns(), 0);
     fixture.tested.advance_to(199'999);
     EXPECT_EQ(fixture.tested.now_ns(), 100'000);
-    EXPECT_EQ(fixture.tested.counters().ticks, 1U);
     fixture.tested.advance_to(50'000);
     EXPECT_EQ(fixture.tested.now_ns(), 100'000);
     fixture.tested.advance_to(3 * ns_per_second);
-    EXPECT_EQ(fixture.tested.counters().ticks, 30'000U);
+    EXPECT_EQ(fixture.tested.now_ns(), 3'000'000'000);
 }
 
 TEST(time, has_nothing_due_ever_without_clients) {
