@@ -96,17 +96,6 @@ std::uint32_t simulation::plug(std::uint8_t device_type) {
     return next->id;
 }
 
-bool simulation::plug(const device& which) {
-    const auto is_same = [&which](const device& one) { return one.id == which.id; };
-    if (std::any_of(devices().begin(), devices().end(), is_same)) {
-        return false;
-    }
-    operations_.know(which.id);
-    service_.plug(registry_.keep(which));
-    settle();
-    return true;
-}
-
 bool simulation::unplug(std::uint32_t device_id) {
     const bool done = service_.unplug(device_id);
     settle();
