@@ -67,7 +67,6 @@ class service_simulator::implementation {
     void end();
 
     void notice_quit();
-    void quit();
     void say_goodbye();
     // After datagrams have come or gone.
     void tell_all();
@@ -85,7 +84,6 @@ class service_simulator::implementation {
     std::int64_t manual_ns_{0};
     bool serving_{false};
     bool stopping_{false};
-    bool quit_{false};
     std::thread thread_;
 };
 
