@@ -160,16 +160,20 @@ void add_count(CLI::App& app, const std::string& name, std::optional<std::size_t
         ->type_name("N");
 }
 
-void add_service_options(CLI::App& app, options& chosen, std::optional<std::size_t>& port,
-                         std::string& announce) {
+void add_service_options(CLI::App& app, options& chosen) {
     service_simulator::settings& simulated = chosen.simulated;
-    app.add_option("--port", port, "UDP port on 127.0.0.1 and ::1; 0 takes a free one")
+    app.add_option_function<std::size_t>(
+           "--port", [&simulated](std::size_t port) { simulated.port = std::to_string(port); },
+           "UDP port on 127.0.0.1 and ::1; 0 takes a free one")
         ->check(whole_numbers_to(greatest_port))
         ->default_str(std::string(usual_port))
         ->type_name("N");
     add_count(app, "--orvanta3", simulated.orvanta3_count, "Number of Orvanta3 devices, 0 to 256");
     add_count(app, "--palmetron", simulated.palmetron_count, "Number of Palmetron devices, 0 to 256");
-    app.add_option("--announce", announce, "List devices 'before' or 'after' the acceptance")
+    app.add_option_function<std::string>(
+           "--announce",
+           [&simulated](const std::string& order) { simulated.devices = announce_orders.at(order); },
+           "List devices 'before' or 'after' the acceptance")
         ->check(CLI::IsMember(announce_orders).description(""))
         ->default_str("before")
         ->type_name("WHEN");
@@ -209,9 +213,6 @@ void add_script_options(CLI::App& app, options& chosen) {
 parse_outcome parse_options(int argument_count, const char* const* arguments) {
     parse_outcome outcome;
     options& chosen = outcome.chosen;
-    std::optional<std::size_t> port;
-    std::string announce;
-    std::string seed;
 
     CLI::App app("Simulates the device service with Orvanta3 and Palmetron devices.", "orvanta-simulator");
     describe(app);
@@ -223,8 +224,11 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
                                   ->type_name("[TOPIC]");
     app.set_version_flag("--version", std::string("orvanta-simulator ") + version_record::left_version,
                          "Print the version and end");
-    add_service_options(app, chosen, port, announce);
-    app.add_option("--seed", seed, "Source of all chances; random if left out")->type_name("N");
+    add_service_options(app, chosen);
+    app.add_option_function<std::string>(
+           "--seed", [&chosen](const std::string& text) { chosen.simulated.seed = seed_of(text); },
+           "Source of all chances; random if left out")
+        ->type_name("N");
     app.add_option("--scenario", chosen.simulated.scenario_path, "File of what happens when, name, or 'list'")
         ->check(file_name())
         ->type_name("FILE");
@@ -241,15 +245,6 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
             return {parse_verdict::show, {}, list_of_scenarios()};
         }
         chosen.simulated.scenario_path = scenario_path_of(chosen.simulated.scenario_path);
-        if (port) {
-            chosen.simulated.port = std::to_string(*port);
-        }
-        if (!announce.empty()) {
-            chosen.simulated.devices = announce_orders.at(announce);
-        }
-        if (app.count("--seed") != 0) {
-            chosen.simulated.seed = seed_of(seed);
-        }
         chosen.simulated.faults = faults_in(app);
     } catch (const CLI::CallForVersion& asked) {
         outcome.verdict = parse_verdict::show;
