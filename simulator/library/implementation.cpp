@@ -31,8 +31,8 @@ service_simulator::implementation::implementation(const settings& wanted)
       sockets_(with_sockets(prepared_.chosen.port.value_or("0"))),
       record_(prepared_.chosen, simulated_, times()),
       runner_(
-          simulated_, prepared_.steps, wanted.show ? wanted.show : [](std::string_view) {},
-          prepared_.for_each_client),
+          simulated_, prepared_.script.steps, wanted.show ? wanted.show : [](std::string_view) {},
+          prepared_.script.for_each_client),
       server_(
           simulated_, sockets_, [this] { return time_ns(); },
           [this](std::int64_t since_start_ns) { runner_.advance_to(since_start_ns); }) {

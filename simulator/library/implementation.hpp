@@ -30,7 +30,7 @@ class service_simulator::implementation {
 
     [[nodiscard]] const std::string& port() const noexcept { return sockets_.port(); }
     [[nodiscard]] std::uint64_t seed() const noexcept { return simulated_.seed(); }
-    [[nodiscard]] const std::string& about() const noexcept { return prepared_.about; }
+    [[nodiscard]] const std::string& about() const noexcept { return prepared_.script.about; }
     [[nodiscard]] std::size_t failed_steps() const {
         const std::scoped_lock lock(mutex_);
         return runner_.failures();
