@@ -13,11 +13,6 @@ namespace vantu::orvanta::simulator {
 
 class console_input {
   public:
-    console_input();
-    ~console_input();
-    console_input(const console_input&) = delete;
-    console_input& operator=(const console_input&) = delete;
-
     // The lines that have come since the last call, without their ends; the last one counts at the end of
     // the input without an end of its own. Never waits.
     [[nodiscard]] std::vector<std::string> take_lines();

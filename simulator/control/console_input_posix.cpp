@@ -22,9 +22,6 @@ bool standard_input_is_terminal() noexcept {
     return ::isatty(STDIN_FILENO) == 1;
 }
 
-console_input::console_input() = default;
-console_input::~console_input() = default;
-
 std::vector<std::string> console_input::take_lines() {
     if (ended_ || !has_something()) {
         return {};

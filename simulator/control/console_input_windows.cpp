@@ -95,9 +95,6 @@ bool standard_input_is_terminal() noexcept {
     return GetConsoleMode(standard_input(), &mode) != 0;
 }
 
-console_input::console_input() = default;
-console_input::~console_input() = default;
-
 std::vector<std::string> console_input::take_lines() {
     const std::optional<piece> next = ended_ ? std::nullopt : next_piece();
     if (!next) {

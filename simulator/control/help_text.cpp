@@ -80,10 +80,7 @@ std::optional<std::string> help_on(std::string_view topic) {
     if (topic == "console") {
         return console_help();
     }
-    if (const fault_row* row = find_fault(topic)) {
-        return fault_help_text(*row);
-    }
-    if (find_verb(topic) != nullptr) {
+    if (find_fault(topic) != nullptr || find_verb(topic) != nullptr) {
         return verb_help_text(topic);
     }
     return std::nullopt;

@@ -5,7 +5,6 @@
 #include "simulator/control/scenario.hpp"
 #include "simulator/control/shipped_scenarios.hpp"
 #include "simulator/faults/faults.hpp"
-#include "simulator/faults/old_words.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/service/streams.hpp"
 #include "simulator/simulation/conditions.hpp"
@@ -74,41 +73,30 @@ std::uint64_t seed_of(const std::string& text) {
     return seed;
 }
 
-// The options of the table of faults. Their values are read in the order of the command line, from which the
-// order of the rules follows.
-class fault_options {
-  public:
-    explicit fault_options(CLI::App& app) {
-        for (const fault_row& row : faults) {
-            CLI::Option* option = app.add_option("--" + std::string(row.name));
-            option->expected(0, 1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->group("");
-            rows_.emplace(option, &row);
-        }
+void add_fault_options(CLI::App& app) {
+    for (const fault_row& row : faults) {
+        CLI::Option* option = app.add_option("--" + std::string(row.name));
+        option->expected(0, 1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)->group("");
     }
+}
 
-    // As the settings take them.
-    [[nodiscard]] std::vector<std::string> texts(const CLI::App& app) const {
-        std::vector<std::string> read;
-        std::map<const CLI::Option*, std::size_t> taken;
-        for (const CLI::Option* option : app.parse_order()) {
-            if (const auto found = rows_.find(option); found != rows_.end()) {
-                read.push_back(text_of(rule_of(*found->second, option->results().at(taken[option]++))));
-            }
+// As the settings take them, in the order of the command line, from which that of the rules follows.
+std::vector<std::string> faults_in(const CLI::App& app) {
+    std::vector<std::string> read;
+    std::map<const CLI::Option*, std::size_t> taken;
+    for (const CLI::Option* option : app.parse_order()) {
+        const std::string& name = option->get_lnames().front();
+        if (find_fault(name) == nullptr) {
+            continue;
         }
-        return read;
-    }
-
-  private:
-    static fault_rule rule_of(const fault_row& row, const std::string& text) {
         try {
-            return parse_initial_fault(row.kind, text);
+            read.push_back(text_of(initial_fault(name + ' ' + option->results().at(taken[option]++))));
         } catch (const std::invalid_argument& wrong) {
             throw CLI::ValidationError("--" + std::string(wrong.what()));
         }
     }
-
-    std::map<const CLI::Option*, const fault_row*> rows_;
-};
+    return read;
+}
 
 // Without blank lines all options fit on a screen.
 std::string help_on_options(const CLI::App& app) {
@@ -152,9 +140,6 @@ void expect_no_surplus(const CLI::App& app) {
     }
     const std::vector<std::string_view> words(names.begin(), names.end());
     const std::string name = wrong->substr(0, wrong->find('='));
-    if (const old_word* const old = find_old_word(name.substr(std::min(name.size(), std::size_t{2})))) {
-        throw CLI::ValidationError(name, "it is now '--" + std::string(old->now) + "'");
-    }
     throw CLI::ValidationError(name,
                                "there is no such option" + hint_for(name, words) + "; --help lists them all");
 }
@@ -175,16 +160,20 @@ void add_count(CLI::App& app, const std::string& name, std::optional<std::size_t
         ->type_name("N");
 }
 
-void add_service_options(CLI::App& app, options& chosen, std::optional<std::size_t>& port,
-                         std::string& announce) {
+void add_service_options(CLI::App& app, options& chosen) {
     service_simulator::settings& simulated = chosen.simulated;
-    app.add_option("--port", port, "UDP port on 127.0.0.1 and ::1; 0 takes a free one")
+    app.add_option_function<std::size_t>(
+           "--port", [&simulated](std::size_t port) { simulated.port = std::to_string(port); },
+           "UDP port on 127.0.0.1 and ::1; 0 takes a free one")
         ->check(whole_numbers_to(greatest_port))
         ->default_str(std::string(usual_port))
         ->type_name("N");
     add_count(app, "--orvanta3", simulated.orvanta3_count, "Number of Orvanta3 devices, 0 to 256");
     add_count(app, "--palmetron", simulated.palmetron_count, "Number of Palmetron devices, 0 to 256");
-    app.add_option("--announce", announce, "List devices 'before' or 'after' the acceptance")
+    app.add_option_function<std::string>(
+           "--announce",
+           [&simulated](const std::string& order) { simulated.devices = announce_orders.at(order); },
+           "List devices 'before' or 'after' the acceptance")
         ->check(CLI::IsMember(announce_orders).description(""))
         ->default_str("before")
         ->type_name("WHEN");
@@ -224,9 +213,6 @@ void add_script_options(CLI::App& app, options& chosen) {
 parse_outcome parse_options(int argument_count, const char* const* arguments) {
     parse_outcome outcome;
     options& chosen = outcome.chosen;
-    std::optional<std::size_t> port;
-    std::string announce;
-    std::string seed;
 
     CLI::App app("Simulates the device service with Orvanta3 and Palmetron devices.", "orvanta-simulator");
     describe(app);
@@ -238,13 +224,16 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
                                   ->type_name("[TOPIC]");
     app.set_version_flag("--version", std::string("orvanta-simulator ") + version_record::left_version,
                          "Print the version and end");
-    add_service_options(app, chosen, port, announce);
-    app.add_option("--seed", seed, "Source of all chances; random if left out")->type_name("N");
+    add_service_options(app, chosen);
+    app.add_option_function<std::string>(
+           "--seed", [&chosen](const std::string& text) { chosen.simulated.seed = seed_of(text); },
+           "Source of all chances; random if left out")
+        ->type_name("N");
     app.add_option("--scenario", chosen.simulated.scenario_path, "File of what happens when, name, or 'list'")
         ->check(file_name())
         ->type_name("FILE");
     add_script_options(app, chosen);
-    const fault_options of_faults(app);
+    add_fault_options(app);
 
     try {
         app.parse(argument_count, arguments);
@@ -256,16 +245,7 @@ parse_outcome parse_options(int argument_count, const char* const* arguments) {
             return {parse_verdict::show, {}, list_of_scenarios()};
         }
         chosen.simulated.scenario_path = scenario_path_of(chosen.simulated.scenario_path);
-        if (port) {
-            chosen.simulated.port = std::to_string(*port);
-        }
-        if (!announce.empty()) {
-            chosen.simulated.devices = announce_orders.at(announce);
-        }
-        if (app.count("--seed") != 0) {
-            chosen.simulated.seed = seed_of(seed);
-        }
-        chosen.simulated.faults = of_faults.texts(app);
+        chosen.simulated.faults = faults_in(app);
     } catch (const CLI::CallForVersion& asked) {
         outcome.verdict = parse_verdict::show;
         outcome.text = std::string(asked.what()) + '\n';

@@ -1,7 +1,6 @@
 #include "simulator/control/scenario.hpp"
 
 #include "shared/located_json.hpp"
-#include "shared/text_lines.hpp"
 #include "simulator/service/streams.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
@@ -98,17 +97,6 @@ std::string text_of_file(const std::string& path) {
 }
 
 } // namespace
-
-fault_rule initial_fault(std::string_view text) {
-    const std::string_view name = take_word(text);
-    const fault_row* const row = find_fault(name);
-    if (row == nullptr) {
-        throw std::invalid_argument(
-            formatted("'{}' is no fault; one of those that 'help' lists would be right",
-                      without_control_characters(name)));
-    }
-    return parse_initial_fault(row->kind, text);
-}
 
 scenario read_scenario_text(const std::string& text) {
     const located_value whole = read_located_json(text);

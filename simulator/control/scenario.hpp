@@ -96,7 +96,4 @@ struct scenario {
 // "client=" and at the end of a name, as in "drop 0.3@client=this,as=loss-this" and "heal loss-this".
 [[nodiscard]] std::string verb_for_client(std::string verb, std::uint64_t number);
 
-// Reads a fault that stands from the start on, as in "drop 0.05". Throws std::invalid_argument with one line.
-[[nodiscard]] fault_rule initial_fault(std::string_view text);
-
 } // namespace vantu::orvanta::simulator

@@ -1,12 +1,14 @@
 // Reading the devices of a scenario.
+#include "shared/field_text.hpp"
 #include "shared/located_json.hpp"
+#include "shared/text_lines.hpp"
 #include "simulator/control/scenario.hpp"
 #include "simulator/service/configuration_json.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -14,9 +16,6 @@
 
 namespace vantu::orvanta::simulator {
 namespace {
-
-constexpr std::size_t uuid_digits = 32;
-constexpr int hexadecimal = 16;
 
 // A device and the lines of what can clash with another's.
 struct placed_device {
@@ -27,37 +26,28 @@ struct placed_device {
     std::size_t uuid_line;
 };
 
-// Reads digits that fill the text.
-template <typename Number> bool read_hexadecimal(std::string_view digits, Number& value) {
-    const char* const end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, value, hexadecimal);
-    return error == std::errc{} && stop == end;
-}
-
 void read_short_id(const located_value& value, const std::string& place, device& made) {
     constexpr std::size_t short_id_digits = 4;
     constexpr std::string_view right = "four hexadecimal digits as the tool shows them, as in \"3001\",";
     const std::string& text = require_string(value, place + " short_id", right);
-    std::uint16_t number = 0;
-    if (text.size() != short_id_digits || !read_hexadecimal(text, number)) {
+    const auto number = whole_number("0x" + text);
+    if (text.size() != short_id_digits || !number) {
         throw located_error(value.line,
                             formatted("{} short_id is \"{}\"; {} would be right", place, text, right));
     }
-    made.description.short_id = number;
+    made.description.short_id = static_cast<std::uint16_t>(*number);
 }
 
 void read_uuid(const located_value& value, const std::string& place, device& made) {
     constexpr std::string_view right = "32 hexadecimal digits, with or without dashes between them,";
     std::string digits = require_string(value, place + " uuid", right);
     digits.erase(std::remove(digits.begin(), digits.end(), '-'), digits.end());
-    bool good = digits.size() == uuid_digits;
-    for (std::size_t i = 0; good && i < uuid_digits / 2; ++i) {
-        good = read_hexadecimal(std::string_view(digits).substr(2 * i, 2), made.description.uuid[i]);
-    }
-    if (!good) {
+    const auto bytes = bytes_of_hexadecimal(digits);
+    if (!bytes || bytes->size() != sizeof made.description.uuid) {
         throw located_error(value.line,
                             formatted("{} uuid is \"{}\"; {} would be right", place, value.string, right));
     }
+    std::memcpy(made.description.uuid, bytes->data(), bytes->size());
 }
 
 // Reads devices one after the other, each with the identity of its place among those of its type where the

@@ -1,7 +1,5 @@
 #include "simulator/control/scenario_runner.hpp"
 
-#include "simulator/simulation/verbs.hpp"
-
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -38,7 +36,7 @@ void scenario_runner::attend() {
     while (!quit_ && schedule_.next_due_ns() <= target_.now_ns()) {
         for (const std::string& verb : schedule_.take_due(target_.now_ns())) {
             doing_ = true;
-            const verb_result result = run_verb(target_, verb);
+            const verb_result result = run(verb);
             doing_ = false;
             if (!result.good) {
                 ++failures_;
@@ -46,7 +44,6 @@ void scenario_runner::attend() {
             } else if (!result.text.empty()) {
                 print_(result.text);
             }
-            quit_ = result.quit;
             if (quit_) {
                 break;
             }
@@ -55,6 +52,12 @@ void scenario_runner::attend() {
     if (target_.forgotten_clients() != forgotten_clients_) {
         drop_forgotten_clients();
     }
+}
+
+verb_result scenario_runner::run(std::string_view verb) {
+    verb_result result = run_verb(target_, verb);
+    quit_ = quit_ || result.quit;
+    return result;
 }
 
 // After what their last events have made due: a goodbye is one.

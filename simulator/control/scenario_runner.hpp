@@ -2,7 +2,7 @@
 #pragma once
 
 #include "simulator/control/scenario_schedule.hpp"
-#include "simulator/simulation/simulation.hpp"
+#include "simulator/simulation/verbs.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,10 +30,13 @@ class scenario_runner {
     // Does what has become due at the present tick, as by a datagram that came.
     void attend();
 
+    // Does a verb that is none of the scenario's.
+    verb_result run(std::string_view verb);
+
     // When the simulation or the scenario has something to do next; never_ns when neither has.
     [[nodiscard]] std::int64_t next_due_ns() const;
 
-    // Whether the scenario has ended the simulation.
+    // Whether a verb has ended the simulation.
     [[nodiscard]] bool has_quit() const noexcept { return quit_; }
     // Verbs that could not be done: each is shown in a line that begins with "error: ".
     [[nodiscard]] std::size_t failures() const noexcept { return failures_; }

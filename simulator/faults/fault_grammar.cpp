@@ -4,7 +4,6 @@
 #include "shared/text_lines.hpp"
 #include "simulator/faults/fault_fit.hpp"
 #include "simulator/faults/fault_patch.hpp"
-#include "simulator/faults/old_words.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -172,10 +171,6 @@ class fault_reader {
         const auto* const row = std::find_if(fault_selectors.begin(), fault_selectors.end(),
                                              [key = key](const selector_row& one) { return one.key == key; });
         if (row == fault_selectors.end()) {
-            if (const auto* const old = find_old_word(formatted("{}=", key)); old != nullptr) {
-                throw std::invalid_argument(
-                    formatted("{}: '{}' is now '{}'", row_.name, old->name, old->now));
-            }
             refuse(formatted("'{}' is no selector, one of {}", text, known_selectors()));
         }
         const auto place = static_cast<std::size_t>(row - fault_selectors.begin());

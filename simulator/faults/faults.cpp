@@ -1,8 +1,10 @@
 #include "simulator/faults/faults.hpp"
 
+#include "shared/text_lines.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 namespace vantu::orvanta::simulator {
@@ -69,6 +71,16 @@ const fault_row* find_fault(std::string_view name) noexcept {
     return found != faults.end() ? found : nullptr;
 }
 
+const fault_row& fault_named(std::string_view text) {
+    const fault_row* const row = find_fault(text);
+    if (row == nullptr) {
+        throw std::invalid_argument(
+            formatted("'{}' is no fault; one of those that 'help' lists would be right",
+                      without_control_characters(text)));
+    }
+    return *row;
+}
+
 std::string text_of(const fault_rule& rule) {
     std::string text(row_of(rule.kind).name);
     const std::string value = argument_text(rule) + selector_text(rule);
@@ -78,8 +90,9 @@ std::string text_of(const fault_rule& rule) {
     return text;
 }
 
-fault_rule parse_initial_fault(fault_kind kind, std::string_view text) {
-    fault_rule rule = parse_fault(kind, text);
+fault_rule initial_fault(std::string_view text) {
+    const fault_row& row = fault_named(take_word(text));
+    fault_rule rule = parse_fault(row.kind, text);
     rule.nth = rule.now ? 1 : rule.nth;
     rule.now = false;
     return rule;

@@ -205,12 +205,15 @@ inline constexpr std::uint32_t greatest_datagram = 65'507;
 // wrong, and in quotes a line that would be right.
 [[nodiscard]] fault_rule parse_fault(fault_kind kind, std::string_view text);
 
-// The same for a rule that stands from the start, where there is no client yet: a fault that
-// would be asked for at once waits for the first datagram that it fits.
-[[nodiscard]] fault_rule parse_initial_fault(fault_kind kind, std::string_view text);
+// Reads a rule that stands from the start on, name and all, as in "drop 0.05". There is no client yet: a
+// fault that would be asked for at once waits for the first datagram that it fits. Throws as parse_fault.
+[[nodiscard]] fault_rule initial_fault(std::string_view text);
 
 // The row of that name, or null.
 [[nodiscard]] const fault_row* find_fault(std::string_view name) noexcept;
+
+// The row of that name. Throws std::invalid_argument with one line where there is none.
+[[nodiscard]] const fault_row& fault_named(std::string_view text);
 
 // The rule as parse_fault reads it, after its name: "truncate 17@op=66".
 [[nodiscard]] std::string text_of(const fault_rule& rule);

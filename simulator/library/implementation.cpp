@@ -31,10 +31,11 @@ service_simulator::implementation::implementation(const settings& wanted)
       sockets_(with_sockets(prepared_.chosen.port.value_or("0"))),
       record_(prepared_.chosen, simulated_, times()),
       runner_(
-          simulated_, prepared_.steps, wanted.show ? wanted.show : [](std::string_view) {},
-          prepared_.for_each_client),
+          simulated_, prepared_.script.steps, wanted.show ? wanted.show : [](std::string_view) {},
+          prepared_.script.for_each_client),
       server_(
-          simulated_, sockets_, [this] { return time_ns(); }, drive()) {
+          simulated_, sockets_, [this] { return time_ns(); },
+          [this](std::int64_t since_start_ns) { runner_.advance_to(since_start_ns); }) {
     for (const fault_rule& rule : prepared_.faults) {
         simulated_.add_fault(rule);
     }
@@ -60,11 +61,6 @@ void service_simulator::implementation::tell_all() {
     happened_.notify_all();
 }
 
-simulation_drive service_simulator::implementation::drive() {
-    return {[this](std::int64_t since_start_ns) { runner_.advance_to(since_start_ns); },
-            [this] { runner_.attend(); }, [this] { return runner_.next_due_ns(); }};
-}
-
 // Stands still while nothing moves it.
 std::int64_t service_simulator::implementation::time_ns() const {
     if (manual_clock_) {
@@ -84,17 +80,12 @@ bool service_simulator::implementation::wait_until(const std::function<bool(cons
 
 std::string service_simulator::implementation::command(std::string_view line) {
     const std::scoped_lock lock(mutex_);
-    if (!quit_) {
-        runner_.advance_to(time_ns());
-    }
-    const verb_result result = run_verb(simulated_, line);
+    runner_.advance_to(time_ns());
+    const verb_result result = runner_.run(line);
     if (!result.good) {
         throw std::invalid_argument(result.text);
     }
     runner_.attend();
-    if (result.quit) {
-        quit();
-    }
     notice_quit();
     server_.send_outgoing();
     tell_all();
@@ -103,7 +94,7 @@ std::string service_simulator::implementation::command(std::string_view line) {
 
 bool service_simulator::implementation::has_quit() const {
     const std::scoped_lock lock(mutex_);
-    return quit_;
+    return runner_.has_quit();
 }
 
 void service_simulator::implementation::serve(const std::function<bool()>& ends,
@@ -149,10 +140,7 @@ void service_simulator::implementation::begin() {
     refuse_if(serving_, "the simulator serves already");
     serving_ = true;
     stopping_ = false;
-    if (quit_) {
-        quit_ = false;
-        runner_.go_on();
-    }
+    runner_.go_on();
     clock_ = [base = simulated_.now_ns(), steady = make_steady_clock()] { return base + steady(); };
 }
 
@@ -172,13 +160,13 @@ void service_simulator::implementation::serve_until(const std::function<bool()>&
 
 std::optional<std::int64_t> service_simulator::implementation::turn() {
     const std::scoped_lock lock(mutex_);
-    if (stopping_ || quit_) {
+    if (stopping_ || runner_.has_quit()) {
         return std::nullopt;
     }
     server_.serve_waiting();
     tell_all();
     notice_quit();
-    return quit_ ? std::nullopt : std::make_optional(runner_.next_due_ns() - time_ns());
+    return runner_.has_quit() ? std::nullopt : std::make_optional(runner_.next_due_ns() - time_ns());
 }
 
 void service_simulator::implementation::end() {
@@ -196,7 +184,7 @@ void service_simulator::implementation::advance(std::chrono::nanoseconds by) {
     // From one due time to the next, so that what is sent does not pile up, and each goes out at its time.
     const std::scoped_lock lock(mutex_);
     const std::int64_t end_ns = manual_ns_ + by.count();
-    while (manual_ns_ < end_ns && !quit_) {
+    while (manual_ns_ < end_ns && !runner_.has_quit()) {
         manual_ns_ = std::clamp(runner_.next_due_ns(), manual_ns_ + 1, end_ns);
         runner_.advance_to(manual_ns_);
         server_.send_outgoing();
@@ -210,7 +198,7 @@ std::size_t service_simulator::implementation::serve_waiting() {
     refuse_if(!manual_clock_, "serve_waiting needs a simulator with a manual clock");
     const std::scoped_lock lock(mutex_);
     std::size_t all = 0;
-    for (std::size_t taken = 1; taken > 0 && !quit_; all += taken) {
+    for (std::size_t taken = 1; taken > 0 && !runner_.has_quit(); all += taken) {
         taken = server_.serve_waiting();
         notice_quit();
     }
@@ -219,14 +207,9 @@ std::size_t service_simulator::implementation::serve_waiting() {
 }
 
 void service_simulator::implementation::notice_quit() {
-    if (runner_.has_quit() && !quit_) {
-        quit();
+    if (runner_.has_quit()) {
+        say_goodbye();
     }
-}
-
-void service_simulator::implementation::quit() {
-    quit_ = true;
-    say_goodbye();
 }
 
 void service_simulator::implementation::say_goodbye() {

@@ -30,7 +30,7 @@ class service_simulator::implementation {
 
     [[nodiscard]] const std::string& port() const noexcept { return sockets_.port(); }
     [[nodiscard]] std::uint64_t seed() const noexcept { return simulated_.seed(); }
-    [[nodiscard]] const std::string& about() const noexcept { return prepared_.about; }
+    [[nodiscard]] const std::string& about() const noexcept { return prepared_.script.about; }
     [[nodiscard]] std::size_t failed_steps() const {
         const std::scoped_lock lock(mutex_);
         return runner_.failures();
@@ -57,7 +57,6 @@ class service_simulator::implementation {
     std::size_t serve_waiting();
 
   private:
-    [[nodiscard]] simulator::simulation_drive drive();
     [[nodiscard]] simulator::record_times times();
     [[nodiscard]] std::int64_t time_ns() const;
 
@@ -68,7 +67,6 @@ class service_simulator::implementation {
     void end();
 
     void notice_quit();
-    void quit();
     void say_goodbye();
     // After datagrams have come or gone.
     void tell_all();
@@ -86,7 +84,6 @@ class service_simulator::implementation {
     std::int64_t manual_ns_{0};
     bool serving_{false};
     bool stopping_{false};
-    bool quit_{false};
     std::thread thread_;
 };
 

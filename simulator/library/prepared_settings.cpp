@@ -78,13 +78,14 @@ std::vector<device> devices_of(const service_simulator::settings& chosen, scenar
 
 prepared_settings prepare(const service_simulator::settings& wanted) {
     check(wanted);
-    scenario script = wanted.scenario_path.empty() ? scenario{} : read_scenario(wanted.scenario_path);
     prepared_settings made;
-    made.chosen = merged(wanted, script.settings);
+    made.script = wanted.scenario_path.empty() ? scenario{} : read_scenario(wanted.scenario_path);
+    made.script.about = without_control_characters(made.script.about);
+    made.chosen = merged(wanted, made.script.settings);
     for (const std::string& text : made.chosen.faults) {
         made.faults.push_back(initial_fault(text));
     }
-    made.simulated.devices = devices_of(made.chosen, script);
+    made.simulated.devices = devices_of(made.chosen, made.script);
     made.simulated.announce = made.chosen.devices == service_simulator::announce::after
                                   ? announce_order::after
                                   : announce_order::before;
@@ -93,9 +94,6 @@ prepared_settings prepare(const service_simulator::settings& wanted) {
     made.simulated.seed = made.chosen.seed ? *made.chosen.seed : random_seed();
     made.simulated.narrate = wanted.narrate;
     made.simulated.warn = wanted.warn;
-    made.steps = std::move(script.steps);
-    made.for_each_client = script.for_each_client;
-    made.about = without_control_characters(script.about);
     if (!made.chosen.state_path.empty()) {
         made.state = std::make_unique<saved_state>(made.chosen.state_path);
         made.simulated.state = made.state.get();

@@ -7,7 +7,6 @@
 #include "vantu/orvanta/simulator.hpp"
 
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace vantu::orvanta::simulator {
@@ -16,9 +15,7 @@ struct prepared_settings {
     service_simulator::settings chosen; // with those of the scenario
     simulation_settings simulated;
     std::vector<fault_rule> faults;
-    std::vector<scenario_step> steps;
-    bool for_each_client{false};        // as scenario::for_each_client
-    std::string about;                  // what the scenario shows
+    scenario script;                    // without its devices, which are those of the simulated
     std::unique_ptr<saved_state> state; // of the simulated; null where configurations are kept in no file
 };
 

@@ -1,8 +1,8 @@
-// The functions of the public class, each a look at the implementation or a call of it.
+// The functions of the public class, each a look at the implementation or a call of it; clients, devices and
+// rules are in snapshots.cpp.
 #include "vantu/orvanta/simulator.hpp"
 
 #include "simulator/library/implementation.hpp"
-#include "simulator/library/snapshots.hpp"
 #include "simulator/simulation/conditions.hpp"
 #include "simulator/simulation/verbs.hpp"
 
@@ -54,18 +54,6 @@ service_simulator::counters service_simulator::count() const {
         return counters{counted.received, counted.sent, counted.restarts, simulated.clients().size(),
                         simulated.devices().size()};
     });
-}
-
-std::vector<service_simulator::client> service_simulator::clients() const {
-    return implementation_->look(&clients_of);
-}
-
-std::vector<service_simulator::device> service_simulator::devices() const {
-    return implementation_->look([](const simulation& simulated) { return devices_of(simulated); });
-}
-
-std::vector<service_simulator::rule> service_simulator::rules() const {
-    return implementation_->look(&rules_of);
 }
 
 std::uint64_t service_simulator::operations(direction way, std::string_view operation) const {

@@ -11,7 +11,7 @@ bool same_type(const device& left, const device& right) {
 
 } // namespace
 
-device device_registry::keep(device which) {
+void device_registry::keep(device which) {
     const auto is_taken = [this, &which](std::uint32_t place) {
         return std::any_of(known_.begin(), known_.end(), [&which, place](const auto& entry) {
             const device& other = entry.second;
@@ -25,7 +25,6 @@ device device_registry::keep(device which) {
         }
     }
     known_.insert_or_assign(which.id, which);
-    return which;
 }
 
 std::optional<device> device_registry::next_free(std::uint8_t device_type,

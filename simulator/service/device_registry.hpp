@@ -19,9 +19,9 @@ class device_registry {
     device_registry(const device_registry&) = delete;
     device_registry& operator=(const device_registry&) = delete;
 
-    // Keeps the device with the configuration that it has until it saves one, and returns it with a place
-    // that no other device of its type has: what a device measures depends on its place.
-    device keep(device which);
+    // Keeps the device with the configuration that it has until it saves one, at a place that no other device
+    // of its type has: what a device measures depends on its place.
+    void keep(device which);
 
     // The unplugged device of a type with the lowest id, as keep wants it; empty when there can be no more.
     [[nodiscard]] std::optional<device> next_free(std::uint8_t device_type,

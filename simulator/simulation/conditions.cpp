@@ -115,16 +115,6 @@ const communication::operation& operation_named(direction way, std::string_view 
                   way == direction::to_service ? "to the service" : "to clients", hint_for(text, names)));
 }
 
-const fault_row& fault_named(std::string_view text) {
-    const fault_row* const row = find_fault(text);
-    if (row == nullptr) {
-        throw std::invalid_argument(
-            formatted("'{}' is no fault; one of those that 'help' lists would be right",
-                      without_control_characters(text)));
-    }
-    return *row;
-}
-
 std::string unmet(const condition& wanted, const simulation& target) {
     const std::uint64_t counted = wanted.count(target);
     return wanted.holds(counted) ? std::string() : formatted("{}; it is {}", wanted.text, counted);

@@ -45,11 +45,10 @@ struct condition {
 // one line, which begins with who asks: what is wrong, what would be right.
 [[nodiscard]] condition parse_condition(std::string_view asking, std::string_view text);
 
-// The row of that name, or for an operation of that code. Throw std::invalid_argument with one line, with the
-// nearest name, where there is none.
+// The row of that name or code. Throws std::invalid_argument with one line, with the nearest name, where
+// there is none.
 [[nodiscard]] const communication::operation& operation_named(communication::direction way,
                                                               std::string_view text);
-[[nodiscard]] const fault_row& fault_named(std::string_view text);
 
 // Empty where it holds now, else "in config_save >= 1; it is 0".
 [[nodiscard]] std::string unmet(const condition& wanted, const simulation& target);

@@ -1,8 +1,8 @@
-#include "simulator/simulation/send_syntax.hpp"
-
+// Reading what the verb "send" says: a datagram of the service, by an operation's fields or by its bytes.
 #include "shared/field_text.hpp"
 #include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
+#include "simulator/simulation/verb_syntax.hpp"
 #include "vantu/orvanta/common/format.hpp"
 #include "vantu/orvanta/communication/fields.hpp"
 #include "vantu/orvanta/communication/header.hpp"

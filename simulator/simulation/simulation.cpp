@@ -66,7 +66,6 @@ void simulation::advance_to(std::int64_t target_ns) {
         settle();
     }
     now_ns_ = std::max(now_ns_, target);
-    counters_.ticks = static_cast<std::uint64_t>(now_ns_ / simulation_tick_ns);
 }
 
 std::int64_t simulation::next_due_ns() const {
@@ -95,17 +94,6 @@ std::uint32_t simulation::plug(std::uint8_t device_type) {
     service_.plug(registry_.as_saved(next->id));
     settle();
     return next->id;
-}
-
-bool simulation::plug(const device& which) {
-    const auto is_same = [&which](const device& one) { return one.id == which.id; };
-    if (std::any_of(devices().begin(), devices().end(), is_same)) {
-        return false;
-    }
-    operations_.know(which.id);
-    service_.plug(registry_.keep(which));
-    settle();
-    return true;
 }
 
 bool simulation::unplug(std::uint32_t device_id) {

@@ -33,7 +33,6 @@ struct simulation_settings {
 };
 
 struct simulation_counters {
-    std::uint64_t ticks{0};
     std::uint64_t received{0}; // datagrams from the sockets
     std::uint64_t sent{0};     // datagrams to the sockets
     std::uint64_t restarts{0};
@@ -66,8 +65,6 @@ class simulation {
     // Plugs in a device with the next free identity of its type and its saved configuration, and tells all
     // clients (op 16 and its details). 0 when there can be no more of them.
     std::uint32_t plug(std::uint8_t device_type);
-    // Plugs in this very device; false when its id is taken.
-    bool plug(const device& which);
     // Takes a device away and tells all clients (op 17); false when there is none of that id. A device that
     // is plugged in again keeps its identity: plug takes the lowest one that is free.
     bool unplug(std::uint32_t device_id);

@@ -66,6 +66,23 @@ std::string overview() {
     return text;
 }
 
+std::string fault_help_text(const fault_row& row) {
+    const argument_row& argument = row_of(row.argument);
+    const std::string_view ways = !row.to_client    ? "datagrams from clients"
+                                  : !row.to_service ? "datagrams to clients"
+                                                    : "datagrams both ways, where no dir= chooses one";
+    return formatted("{} {}\n  {}\n\n"
+                     "  {:<11} {}\n"
+                     "  {:<11} {}\n"
+                     "{}"
+                     "  {:<11} {} {}\n",
+                     row.name, argument.form, row.effect, "argument", argument.meaning, "happens to", ways,
+                     row.at_once ? "  at once     as a verb without a selector; as an option, to the first "
+                                   "datagram\n"
+                                 : "",
+                     "example", row.name, row.example);
+}
+
 } // namespace
 
 // Without the zero character that counts as part of it.
@@ -109,23 +126,6 @@ std::string note_text(const fault_note& note) {
     return formatted(
         "{}: {} {} {} client {}", note.rule, row_of(note.kind).did, datagram_text(note.bytes, note.way),
         note.way == communication::direction::to_client ? "to" : "from", address_text(note.with));
-}
-
-std::string fault_help_text(const fault_row& row) {
-    const argument_row& argument = row_of(row.argument);
-    const std::string_view ways = !row.to_client    ? "datagrams from clients"
-                                  : !row.to_service ? "datagrams to clients"
-                                                    : "datagrams both ways, where no dir= chooses one";
-    return formatted("{} {}\n  {}\n\n"
-                     "  {:<11} {}\n"
-                     "  {:<11} {}\n"
-                     "{}"
-                     "  {:<11} {} {}\n",
-                     row.name, argument.form, row.effect, "argument", argument.meaning, "happens to", ways,
-                     row.at_once ? "  at once     as a verb without a selector; as an option, to the first "
-                                   "datagram\n"
-                                 : "",
-                     "example", row.name, row.example);
 }
 
 std::string verb_help_text(std::string_view verb) {

@@ -2,7 +2,6 @@
 
 #include "shared/near_word.hpp"
 #include "shared/text_lines.hpp"
-#include "simulator/faults/old_words.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <algorithm>
@@ -47,9 +46,8 @@ bool read_switch(std::string_view verb, std::string_view text) {
     return text == "on";
 }
 
-gravity_setting read_gravity(std::string_view rest) {
-    gravity_setting setting;
-    setting.enabled = read_switch("gravity", take_word(rest));
+void read_gravity(std::string_view rest, set_command& made) {
+    made.gravity_compensation = read_switch("gravity", take_word(rest));
     if (const std::string_view text = take_word(rest); !text.empty()) {
         const auto value = real_number(text);
         const auto factor = static_cast<float>(value.value_or(-1));
@@ -59,20 +57,18 @@ gravity_setting read_gravity(std::string_view rest) {
                           "gravity on 0.5'",
                           text));
         }
-        setting.factor = factor;
+        made.scaling_factor = factor;
     }
     expect_end("gravity", rest);
-    return setting;
 }
 
-handedness_setting read_handedness(std::string_view rest) {
+std::uint8_t read_handedness(std::string_view rest) {
     const std::string_view side = take_word(rest);
     if (side != "left" && side != "right") {
         refuse(formatted("handedness: '{}' is neither left nor right, as in 'set 1 handedness left'", side));
     }
     expect_end("handedness", rest);
-    return {side == "left" ? std::uint8_t{vantu_orvanta_handedness_left}
-                           : std::uint8_t{vantu_orvanta_handedness_right}};
+    return side == "left" ? vantu_orvanta_handedness_left : vantu_orvanta_handedness_right;
 }
 
 set_command read_set(std::string_view rest) {
@@ -87,13 +83,12 @@ set_command read_set(std::string_view rest) {
     made.device_id = static_cast<std::uint32_t>(*number);
     const std::string_view setting = take_word(rest);
     if (setting == "gravity") {
-        made.setting = read_gravity(rest);
+        read_gravity(rest, made);
     } else if (setting == "torque") {
-        const bool enabled = read_switch("torque", take_word(rest));
+        made.torque_scaling = read_switch("torque", take_word(rest));
         expect_end("torque", rest);
-        made.setting = torque_setting{enabled};
     } else if (setting == "handedness") {
-        made.setting = read_handedness(rest);
+        made.handedness = read_handedness(rest);
     } else {
         refuse(
             formatted("set: '{}' is no setting; gravity, torque or handedness would be right, as in 'set 1 "
@@ -173,9 +168,6 @@ command parse_verb(std::string_view line) {
     }
     if (const fault_row* const row = find_fault(verb); row != nullptr) {
         return parse_fault(row->kind, rest);
-    }
-    if (const old_word* const old = find_old_word(verb); old != nullptr) {
-        refuse(formatted("'{}' is now '{}'", old->name, old->now));
     }
     if (verb == "set") {
         return read_set(rest);

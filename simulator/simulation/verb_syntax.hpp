@@ -4,14 +4,15 @@
 #include "simulator/faults/faults.hpp"
 #include "simulator/service/device.hpp"
 #include "simulator/simulation/conditions.hpp"
-#include "simulator/simulation/send_syntax.hpp"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace vantu::orvanta::simulator {
 
@@ -36,25 +37,23 @@ inline constexpr std::array verbs{
 // clang-format on
 
 inline constexpr std::uint64_t longest_wait_ms = 86'400'000;
+inline constexpr std::size_t longest_sent_datagram = 2048;
 
-struct gravity_setting {
-    bool enabled{true};
-    std::optional<float> factor; // empty: stays as it is
-};
-struct torque_setting {
-    bool enabled{true};
-};
-struct handedness_setting {
-    std::uint8_t handedness{vantu_orvanta_handedness_right};
-};
-
+// Members that are empty stay as they are.
 struct set_command {
     std::uint32_t device_id{0};
-    std::variant<gravity_setting, torque_setting, handedness_setting> setting;
+    std::optional<bool> gravity_compensation;
+    std::optional<float> scaling_factor;
+    std::optional<bool> torque_scaling;
+    std::optional<std::uint8_t> handedness;
 };
 struct heal_command {
     std::optional<fault_kind> kind; // empty: all, or the rule
     std::string rule;               // a name or a number; empty: all, or those of the kind
+};
+struct send_command {
+    std::vector<std::byte> datagram;
+    std::uint64_t client{0}; // 0: to all; else to that of this number
 };
 struct status_command {};
 struct expect_command {
@@ -75,6 +74,11 @@ using command = std::variant<std::monostate, fault_rule, set_command, heal_comma
 
 // Throws std::invalid_argument with one line: what is wrong, what would be right.
 [[nodiscard]] command parse_verb(std::string_view line);
+
+// Reads what follows "send": "OPERATION FIELD=VALUE ..." or "HEX", with "tag=N" and "client=N" among the
+// words where they are wanted; fields that are not named are 0, and a tail brings its count. Throws as
+// parse_verb.
+[[nodiscard]] send_command read_send(std::string_view rest);
 
 // The row of that name, or null.
 [[nodiscard]] const verb_row* find_verb(std::string_view name) noexcept;

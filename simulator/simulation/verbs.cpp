@@ -84,19 +84,6 @@ verb_result run(simulation& target, const fault_rule& rule) {
     return {};
 }
 
-void apply(const gravity_setting& wanted, configuration& settings) {
-    settings.gravity_compensation = wanted.enabled;
-    settings.scaling_factor = wanted.factor.value_or(settings.scaling_factor);
-}
-
-void apply(const torque_setting& wanted, configuration& settings) {
-    settings.torque_scaling = wanted.enabled;
-}
-
-void apply(const handedness_setting& wanted, configuration& settings) {
-    settings.handedness = wanted.handedness;
-}
-
 verb_result run(simulation& target, const set_command& wanted) {
     const device* const which = find(target, wanted.device_id);
     if (which == nullptr) {
@@ -106,9 +93,11 @@ verb_result run(simulation& target, const set_command& wanted) {
         return bad(formatted("device {} is a Palmetron, which has no settings; an Orvanta3 would be right",
                              which->id));
     }
-    configuration settings = which->settings;
-    std::visit([&settings](const auto& setting) { apply(setting, settings); }, wanted.setting);
-    (void)target.configure(wanted.device_id, settings);
+    const configuration& now = which->settings;
+    (void)target.configure(which->id, {wanted.gravity_compensation.value_or(now.gravity_compensation),
+                                       wanted.scaling_factor.value_or(now.scaling_factor),
+                                       wanted.torque_scaling.value_or(now.torque_scaling),
+                                       wanted.handedness.value_or(now.handedness)});
     return {};
 }
 

@@ -37,10 +37,7 @@ inline constexpr std::string_view unmet_begin = "expected ";
 // client 127.0.0.1:54321".
 [[nodiscard]] std::string note_text(const fault_note& note);
 
-// More about a fault, for the console and the options alike.
-[[nodiscard]] std::string fault_help_text(const fault_row& row);
-
-// All verbs, or more about one of them; a name that is no verb's is taken for none. Lines that end in line
+// All verbs, or more about one of them or a fault; another name is taken for none. Lines that end in line
 // feeds, none beyond 80 columns and no more than 24.
 [[nodiscard]] std::string verb_help_text(std::string_view verb);
 

@@ -1,5 +1,6 @@
 #include "simulator/sockets/listeners.hpp"
 
+#include "network/internet_address.hpp"
 #include "vantu/orvanta/common/format.hpp"
 
 #include <stdexcept>
@@ -15,13 +16,6 @@ bool system_has_ipv6() {
     const bool has = probe.status == socket_status::ok;
     close_socket(probe.socket);
     return has;
-}
-
-// The decimal port at the end of an address text.
-std::string port_of(socket_handle socket) {
-    const std::string address = stringify_socket(socket);
-    const auto colon = address.rfind(':');
-    return colon == std::string::npos ? "" : std::string(address.c_str() + colon + 1);
 }
 
 } // namespace
@@ -52,7 +46,7 @@ std::string listeners::try_open(const std::string& port) {
         return ipv4_host;
     }
     sockets_.push_back(ipv4.socket);
-    port_ = port_of(ipv4.socket);
+    port_ = std::to_string(local_address_of(ipv4.socket).port);
     const opened_socket ipv6 = open_bound_socket(ipv6_host, port_);
     if (ipv6.status == socket_status::ok) {
         sockets_.push_back(ipv6.socket);

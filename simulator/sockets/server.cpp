@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <span>
+#include <stdexcept>
 #include <utility>
 
 namespace vantu::orvanta::simulator {
@@ -25,23 +26,20 @@ clock_function make_steady_clock(clock_function source) {
     };
 }
 
-simulation_drive drive_of(simulation& target) {
-    return {[&target](std::int64_t since_start_ns) { target.advance_to(since_start_ns); }, [] {},
-            [&target] { return target.next_due_ns(); }};
-}
-
 server::server(simulation& target, const listeners& sockets, clock_function clock)
-    : server(target, sockets, std::move(clock), drive_of(target)) {}
+    : server(target, sockets, std::move(clock),
+             [&target](std::int64_t since_start_ns) { target.advance_to(since_start_ns); }) {}
 
-server::server(simulation& target, const listeners& sockets, clock_function clock, simulation_drive drive)
-    : target_(target), sockets_(sockets), clock_(std::move(clock)), drive_(std::move(drive)) {}
+server::server(simulation& target, const listeners& sockets, clock_function clock,
+               advance_function advance_to)
+    : target_(target), sockets_(sockets), clock_(std::move(clock)), advance_to_(std::move(advance_to)) {}
 
 std::size_t server::serve_waiting() {
     std::size_t taken = 0;
     for (std::size_t listener = 0; listener < sockets_.sockets().size(); ++listener) {
         taken += receive_waiting(listener);
     }
-    drive_.advance_to(clock_());
+    advance_to_(clock_());
     send_outgoing();
     return taken;
 }
@@ -59,14 +57,13 @@ std::size_t server::receive_waiting(std::size_t listener) {
             continue; // a client that has gone, or a datagram too large: the next may be good
         }
         ++taken;
-        drive_.advance_to(clock_());
+        advance_to_(clock_());
         const peer from{{record_.from_length, record_.from}, listener};
         const std::span<const std::byte> bytes(record_.buffer.unread(), record_.buffer.read_len());
         if (told_) {
             told_({communication::direction::to_service, from, socket, bytes});
         }
         target_.receive(from, bytes);
-        drive_.attend();
         send_outgoing();
     }
     return taken;
@@ -75,13 +72,24 @@ std::size_t server::receive_waiting(std::size_t listener) {
 // A datagram that the system has no room for is lost, as any datagram may be.
 void server::send_outgoing() {
     for (const departure& one : target_.take_outgoing()) {
-        const socket_handle socket =
-            one.forged ? forger_.socket_to(one.to) : sockets_.sockets()[one.to.listener];
+        const socket_handle socket = socket_for(one);
         if (socket != invalid_socket && send_bytes(socket, one.bytes, one.to.address) == socket_status::ok &&
             told_) {
             told_({communication::direction::to_client, one.to, socket, one.bytes});
         }
     }
+}
+
+socket_handle server::socket_for(const departure& one) {
+    try {
+        if (one.forged && !forgers_) {
+            forgers_.emplace("0");
+        }
+    } catch (const std::runtime_error&) {
+        return invalid_socket;
+    }
+    const auto sockets = (one.forged ? *forgers_ : sockets_).sockets();
+    return one.to.listener < sockets.size() ? sockets[one.to.listener] : invalid_socket;
 }
 
 } // namespace vantu::orvanta::simulator

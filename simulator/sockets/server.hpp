@@ -2,13 +2,13 @@
 #pragma once
 
 #include "simulator/simulation/simulation.hpp"
-#include "simulator/sockets/forged_sender.hpp"
 #include "simulator/sockets/listeners.hpp"
 #include "vantu/orvanta/common/platform.hpp"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -21,13 +21,8 @@ using clock_function = std::function<std::int64_t()>;
 // half a second between two calls: a program that was stopped has nothing to make up for when it goes on.
 [[nodiscard]] clock_function make_steady_clock(clock_function source = platform::steady_now_ns);
 
-// How the server moves the simulation: by itself, or through the runner of a scenario.
-struct simulation_drive {
-    std::function<void(std::int64_t since_start_ns)> advance_to;
-    std::function<void()> attend; // called after each datagram that the simulation has taken
-    std::function<std::int64_t()> next_due_ns;
-};
-[[nodiscard]] simulation_drive drive_of(simulation& target);
+// Moves the simulation to a time since its start, by itself or through the runner of a scenario.
+using advance_function = std::function<void(std::int64_t since_start_ns)>;
 
 // A datagram that a socket has received or sent.
 struct wire_datagram {
@@ -43,7 +38,7 @@ class server {
   public:
     // Target and sockets outlive the server.
     server(simulation& target, const listeners& sockets, clock_function clock);
-    server(simulation& target, const listeners& sockets, clock_function clock, simulation_drive drive);
+    server(simulation& target, const listeners& sockets, clock_function clock, advance_function advance_to);
 
     // Told of each datagram after it was received, and after it was sent; empty: nobody is told.
     void tell(wire_function told) { told_ = std::move(told); }
@@ -57,13 +52,15 @@ class server {
 
   private:
     std::size_t receive_waiting(std::size_t listener);
+    // Invalid where a forged datagram can have none.
+    [[nodiscard]] socket_handle socket_for(const departure& one);
 
     simulation& target_;
     const listeners& sockets_;
     clock_function clock_;
-    simulation_drive drive_;
+    advance_function advance_to_;
     wire_function told_;
-    forged_sender forger_;
+    std::optional<listeners> forgers_; // another address than the service's, taken when first used
     byte_buffer buffer_{constants::mode_read};
     receive_record record_{buffer_};
 };

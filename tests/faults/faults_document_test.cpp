@@ -6,7 +6,6 @@
 #include "faults/matrix_requesting.hpp"
 #include "faults/matrix_streaming.hpp"
 #include "faults/tool_matrix.hpp"
-#include "simulator/faults/old_words.hpp"
 #include "simulator/simulation/verbs.hpp"
 
 #include <gmock/gmock.h>
@@ -80,15 +79,6 @@ TEST(faults_document, shows_patches_that_are_right) {
             EXPECT_EQ(vantu::orvanta::simulator::check_verb(rule), "");
         }
     }
-}
-
-TEST(the_changes, say_what_became_of_every_old_word) {
-    std::vector<table_row> expected;
-    for (const auto& old : vantu::orvanta::simulator::old_words) {
-        expected.push_back({in_code(old.name), in_code(old.now)});
-    }
-    EXPECT_THAT(table_under(DOCS_FOLDER "/../CHANGELOG.md", "### The words of faults"),
-                testing::ElementsAreArray(expected));
 }
 
 TEST(faults_document, shows_what_a_client_meets_as_it_is_tested) {

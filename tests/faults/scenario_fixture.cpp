@@ -52,14 +52,14 @@ reply_handler<Record> keep_in(const std::shared_ptr<std::optional<handled>>& res
 scenario_fixture::scenario_fixture(const std::string& name)
     : scenario_fixture(settings_of(SCENARIOS_FOLDER "/" + name + ".json")) {}
 
-scenario_fixture::scenario_fixture(prepared_settings script)
-    : simulated(std::move(script.simulated)),
-      runner_(
-          simulated, std::move(script.steps), [](std::string_view) {}, script.for_each_client),
-      server_(simulated, sockets_, [this] { return now_ns_; },
-              {[this](std::int64_t until_ns) { runner_.advance_to(until_ns); }, [this] { runner_.attend(); },
-               [this] { return runner_.next_due_ns(); }}) {
-    for (const fault_rule& rule : script.faults) {
+scenario_fixture::scenario_fixture(prepared_settings prepared)
+    : simulated(std::move(prepared.simulated)), runner_(
+                                                    simulated, std::move(prepared.script.steps),
+                                                    [](std::string_view) {}, prepared.script.for_each_client),
+      server_(
+          simulated, sockets_, [this] { return now_ns_; },
+          [this](std::int64_t until_ns) { runner_.advance_to(until_ns); }) {
+    for (const fault_rule& rule : prepared.faults) {
         simulated.add_fault(rule);
     }
 }

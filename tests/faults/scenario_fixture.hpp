@@ -87,7 +87,7 @@ class scenario_fixture {
     vantu::orvanta::simulator::simulation simulated;
 
   private:
-    explicit scenario_fixture(vantu::orvanta::simulator::prepared_settings script);
+    explicit scenario_fixture(vantu::orvanta::simulator::prepared_settings prepared);
     [[nodiscard]] library_client::config callbacks();
     void while_serving(const std::function<void()>& blocking);
     void poll();

@@ -1,6 +1,5 @@
 // How faults are written, and what is said about one that is written wrong.
 #include "simulator/faults/faults.hpp"
-#include "simulator/faults/old_words.hpp"
 #include "vantu/orvanta/communication/fields.hpp"
 
 #include <gmock/gmock.h>
@@ -82,11 +81,11 @@ TEST(fault_grammar, takes_only_what_can_be_at_once_and_has_no_selector_for_at_on
 }
 
 TEST(fault_grammar, lets_what_would_be_at_once_wait_for_its_first_datagram_at_the_start) {
-    const fault_rule rule = parse_initial_fault(fault_kind::restart, "");
+    const fault_rule rule = initial_fault("restart");
     EXPECT_FALSE(rule.now);
     EXPECT_EQ(rule.nth, 1U);
-    EXPECT_EQ(parse_initial_fault(fault_kind::drop, "").nth, 0U);
-    EXPECT_EQ(parse_initial_fault(fault_kind::goodbye, "@op=4").nth, 0U);
+    EXPECT_EQ(initial_fault("drop").nth, 0U);
+    EXPECT_EQ(initial_fault("goodbye @op=4").nth, 0U);
 }
 
 TEST(fault_grammar, reads_the_example_of_every_row_and_its_own_text_of_it) {
@@ -172,7 +171,6 @@ TEST(fault_grammar, says_what_is_wrong_and_a_line_that_is_right) {
         {fault_kind::drop, "@port=3",
          "drop: 'port=3' is no selector, one of op= dir= device= client= p= burst= nth= every= as=; 'drop "
          "0.05' would be right"},
-        {fault_kind::drop, "@n=3", "drop: 'n=' is now 'nth='"},
         {fault_kind::drop, "@op=1,op=2", "drop: op= is given twice; 'drop 0.05' would be right"},
         {fault_kind::drop, "@op=cursor_stat",
          "drop: there is no operation 'cursor_stat'; 'drop @op=33' would be right"},
@@ -261,17 +259,6 @@ TEST(fault_grammar, takes_every_field_of_every_operation) {
                 const std::string text = std::string(one.name) + "=other@op=" + std::to_string(layout.code);
                 EXPECT_EQ(complaint_about(fault_kind::patch, text), "none") << text;
             }
-        }
-    }
-}
-
-TEST(old_words, have_a_spelling_that_is_right) {
-    for (const old_word& old : old_words) {
-        EXPECT_EQ(find_fault(old.name), nullptr) << old.name;
-        if (!old.name.ends_with('=')) {
-            const fault_row* const row = find_fault(old.now.substr(0, old.now.find(' ')));
-            ASSERT_NE(row, nullptr) << old.now;
-            EXPECT_EQ(complaint_about(row->kind, old.now.substr(row->name.size())), "none") << old.now;
         }
     }
 }

@@ -87,23 +87,34 @@ TEST(a_device_plugged_in, is_refused_beyond_256_of_its_type) {
     EXPECT_EQ(fixture.tested.plug(orvanta3), 77U);
 }
 
-TEST(a_device_of_ones_own, is_taken_in_once_and_listed_in_the_order_of_ids) {
-    simulation_fixture fixture;
+// An Orvanta3 of this id that says the first place is its own.
+device own_device(std::uint32_t id) {
     device own = make_device(orvanta3, 0);
-    own.id = 500;
+    own.id = id;
     own.settings.handedness = 2;
-    EXPECT_TRUE(fixture.tested.plug(own));
-    EXPECT_FALSE(fixture.tested.plug(own));
-    EXPECT_THAT(ids_of(fixture.tested), ElementsAre(1, 500, 1001));
-    // The type's first place is taken already.
+    return own;
+}
+
+TEST(a_device_of_ones_own, has_a_place_that_no_other_of_its_type_has) {
+    simulation_settings settings;
+    settings.devices = {make_device(orvanta3, 0), own_device(500)};
+    simulation_fixture fixture(std::move(settings));
     EXPECT_EQ(fixture.tested.devices()[1].place, 1U);
-    fixture.tested.unplug(500);
+    EXPECT_EQ(fixture.tested.plug(orvanta3), 2U);
+    EXPECT_EQ(fixture.tested.devices()[1].place, 2U);
+    EXPECT_THAT(ids_of(fixture.tested), ElementsAre(1, 2, 500));
+}
+
+TEST(a_device_of_ones_own, comes_back_as_it_was) {
+    simulation_settings settings;
+    settings.devices = {make_device(orvanta3, 0), own_device(2)};
+    simulation_fixture fixture(std::move(settings));
+    fixture.tested.unplug(2);
     fixture.tested.unplug(1);
     EXPECT_EQ(fixture.tested.plug(orvanta3), 1U);
     EXPECT_EQ(fixture.tested.plug(orvanta3), 2U);
-    EXPECT_EQ(fixture.tested.devices()[1].place, 2U);
-    EXPECT_TRUE(fixture.tested.plug(own));
-    EXPECT_EQ(fixture.tested.devices()[2].settings.handedness, 2);
+    EXPECT_EQ(fixture.tested.devices()[1].place, 1U);
+    EXPECT_EQ(fixture.tested.devices()[1].settings.handedness, 2);
 }
 
 TEST(a_restart, brings_back_what_was_saved_and_loses_what_was_only_set) {

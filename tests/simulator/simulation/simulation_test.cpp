@@ -70,11 +70,10 @@ TEST(time, moves_by_whole_ticks_and_never_back) {
     EXPECT_EQ(fixture.tested.now_ns(), 0);
     fixture.tested.advance_to(199'999);
     EXPECT_EQ(fixture.tested.now_ns(), 100'000);
-    EXPECT_EQ(fixture.tested.counters().ticks, 1U);
     fixture.tested.advance_to(50'000);
     EXPECT_EQ(fixture.tested.now_ns(), 100'000);
     fixture.tested.advance_to(3 * ns_per_second);
-    EXPECT_EQ(fixture.tested.counters().ticks, 30'000U);
+    EXPECT_EQ(fixture.tested.now_ns(), 3'000'000'000);
 }
 
 TEST(time, has_nothing_due_ever_without_clients) {
@@ -177,10 +176,10 @@ TEST(an_observer, is_told_of_each_operation_in_and_out_in_order) {
 
 TEST(an_observer, is_not_told_of_what_is_no_operation) {
     simulation_fixture fixture;
-    std::vector<int> codes;
+    std::vector<int> told;
     fixture.tested.observe([&](const observed_operation& one) {
         if (one.way == way::to_service) {
-            codes.push_back(one.code);
+            told.push_back(one.code);
         }
     });
     fixture.send(1, {});
@@ -189,9 +188,9 @@ TEST(an_observer, is_not_told_of_what_is_no_operation) {
     fixture.send(1, {0xE9, 0x9E, 0x02, 0x00, 0x00, 0x00, 0xFF, 0x01, 0x00, 0x00, 0x00});
     fixture.send(1, datagram({{0xFE, 0x01, 0x00, 0x00, 0x00}}));
     fixture.send(1, datagram({{0xFF, 0x01, 0x01, 0x00, 0x00}}));
-    EXPECT_THAT(codes, IsEmpty());
+    EXPECT_THAT(told, IsEmpty());
     fixture.send(1, datagram({{0xFF, 0x01, 0x00, 0x00, 0x00}, {0xFF, 0x01, 0x00}}));
-    EXPECT_THAT(codes, ElementsAre(1));
+    EXPECT_THAT(told, ElementsAre(1));
 }
 
 TEST(an_observer, may_call_back) {

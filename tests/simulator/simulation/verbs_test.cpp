@@ -1,7 +1,6 @@
 // The effects of the verbs on a simulation, and the messages about a wrong one.
 #include "simulator/simulation/verbs.hpp"
 
-#include "simulator/faults/old_words.hpp"
 #include "simulator/fixtures/simulation_fixture.hpp"
 #include "simulator/simulation/verb_syntax.hpp"
 #include "vantu/orvanta/common/nanoseconds.hpp"
@@ -131,16 +130,6 @@ TEST(verbs, heal_and_change_rules_by_name_and_number) {
     shown_by(fixture.tested, "heal 2");
     shown_by(fixture.tested, "heal loss");
     EXPECT_THAT(fixture.tested.faults().rules(), IsEmpty());
-}
-
-TEST(verbs, take_the_new_spelling_of_every_old_word) {
-    for (const old_word& old : old_words) {
-        if (!old.name.ends_with('=')) {
-            EXPECT_EQ(check_verb(std::string(old.name)),
-                      "'" + std::string(old.name) + "' is now '" + std::string(old.now) + "'");
-            EXPECT_EQ(check_verb(old.now), "");
-        }
-    }
 }
 
 TEST(faults, are_told_of_one_by_one_where_the_service_is_narrated) {
@@ -291,7 +280,6 @@ TEST(verbs, say_what_is_wrong_and_what_would_be_right) {
         {"trunkate",
          "there is no verb 'trunkate'; 'truncate 17@op=66' would be right; 'help' lists them all"},
         {"tomorrow", "there is no verb 'tomorrow'; 'help' lists them all"},
-        {"retag 9", "'retag' is now 'patch tag=other@dir=answer'"},
         {"drop 3", "drop: '3' is no probability, a number from 0 to 1; 'drop 0.05' would be right"},
         {"plug", "plug: it lacks its argument, before any '@'; 'plug orvanta3@nth=9' would be right"},
         {"set", "set: '' is no device id; a whole number would be right, as in 'set 1 gravity on 0.5'"},
