@@ -81,6 +81,21 @@ TEST(faults_document, shows_patches_that_are_right) {
     }
 }
 
+TEST(the_changes, name_what_is_right_for_words_that_are_no_more) {
+    const auto words = table_under(DOCS_FOLDER "/../CHANGELOG.md", "### The words of faults");
+    EXPECT_THAT(words, testing::SizeIs(15));
+    for (const table_row& row : words) {
+        const std::vector<std::string> spellings = codes_in(row.front() + row.back());
+        ASSERT_THAT(spellings, testing::SizeIs(2));
+        const auto complaint_about = [](const std::string& spelling) {
+            return vantu::orvanta::simulator::check_verb(spelling.ends_with('=') ? "drop @" + spelling + '3'
+                                                                                 : spelling);
+        };
+        EXPECT_NE(complaint_about(spellings[0]), "") << spellings[0];
+        EXPECT_EQ(complaint_about(spellings[1]), "") << spellings[1];
+    }
+}
+
 TEST(faults_document, shows_what_a_client_meets_as_it_is_tested) {
     expect_shown(opening_rows, "## While it connects");
     expect_shown(idle_rows, "## While it is idle");
