@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <fstream>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <optional>
@@ -16,8 +15,6 @@
 
 namespace orvanta_tests {
 namespace {
-
-using testing::HasSubstr;
 
 const std::string prompt = "Select option: \t";
 
@@ -107,16 +104,6 @@ class walk {
             ASSERT_LT(std::chrono::steady_clock::now(), deadline) << printed_;
             type(lines);
         } while (!shows(plain(printed_), wanted));
-    }
-    // Chooses from a list of devices, which may come in another order than the document's.
-    void choose(const std::string& name, const block& list) {
-        for (const std::string& line : list) {
-            EXPECT_THAT(plain(printed_), HasSubstr(line.substr(line.find_first_not_of("0123456789"))));
-        }
-        const auto at = printed_.find(name);
-        ASSERT_NE(at, std::string::npos);
-        const std::string number = printed_.substr(printed_.find_last_of("0123456789", at - 1), 1);
-        type({number.c_str()});
     }
     void leave() {
         tool_->type("4\n");
@@ -276,7 +263,8 @@ TEST(a_walk, meets_a_device_that_a_stranger_made_up) {
     desk.type({"0"});
     desk.see_after({"2"}, {"Scaling Factor: 0.75"});
     desk.type({"0"});
-    desk.choose("Orvanta3 bad", desk.shown(0));
+    desk.see(desk.shown(0));
+    desk.type({"1"});
     desk.see(desk.shown(1));
     desk.see_after({"1"}, desk.shown(2));
     desk.see_after({"2"}, {"Handedness: Nil"});
