@@ -15,7 +15,7 @@ namespace vantu::orvanta::simulator {
 namespace {
 
 verb_result bad(const std::string& text) {
-    return {false, false, text};
+    return {false, false, without_control_characters(text)};
 }
 
 std::vector<std::uint32_t> ids_of(const simulation& target) {
@@ -183,7 +183,7 @@ verb_result run_verb(simulation& target, std::string_view line) {
     try {
         return std::visit([&target](const auto& wanted) { return run(target, wanted); }, parse_verb(line));
     } catch (const std::invalid_argument& wrong) {
-        return bad(without_control_characters(wrong.what()));
+        return bad(wrong.what());
     }
 }
 

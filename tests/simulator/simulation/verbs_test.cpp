@@ -271,6 +271,9 @@ TEST(verbs, show_no_control_character_of_a_wrong_line) {
     constexpr auto complaint = "there is no verb 'dr?[1mop?'; 'help' lists them all";
     EXPECT_EQ(check_verb(line), complaint);
     EXPECT_EQ(complaint_of(fixture.tested, line), complaint);
+    // Whether there is such a rule is known when the verb is done.
+    EXPECT_EQ(complaint_of(fixture.tested, "heal lo\x1B[1mss"),
+              "heal: there is no rule 'lo?[1mss'; 'heal' would be right");
 }
 
 TEST(verbs, say_what_is_wrong_and_what_would_be_right) {
