@@ -181,6 +181,18 @@ TEST(fault_pipeline, sends_an_answer_of_anothers_earlier_session_where_a_client_
     EXPECT_THAT(fixture.out(other, 2), ElementsAre(gravity, other));
 }
 
+TEST(fault_pipeline, sends_a_clients_own_old_answer_rather_than_anothers_of_the_same_kind) {
+    pipeline_fixture fixture;
+    fixture.connect(1);
+    (void)fixture.in(ask_gravity, 1);
+    (void)fixture.out(gravity, 1);
+    fixture.connect(2);
+    fixture.connect(2);
+    fixture.add("stale @op=66");
+    (void)fixture.in(ask_gravity, 2);
+    EXPECT_THAT(fixture.out(gravity, 2), ElementsAre(acceptance, gravity));
+}
+
 TEST(fault_pipeline, sends_an_old_goodbye_once_256_answers_have_replaced_those_of_the_same_kind) {
     const bytes goodbye_asked{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0x05, 0x00, 0x00, 0x07};
     const bytes goodbye{0xE9, 0x9E, 0x01, 0x00, 0x00, 0x00, 0xFF, 0x06, 0x00, 0x00, 0x07};
