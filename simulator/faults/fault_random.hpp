@@ -41,11 +41,14 @@ class fault_random {
 
     // Fills bytes with chance, eight from each draw: faults add megabytes a second.
     void fill(std::span<std::byte> bytes) {
-        std::uint64_t drawn = next();
-        for (; bytes.size() >= sizeof drawn; bytes = bytes.subspan(sizeof drawn), drawn = next()) {
+        for (; bytes.size() >= sizeof(std::uint64_t); bytes = bytes.subspan(sizeof(std::uint64_t))) {
+            const std::uint64_t drawn = next();
             std::memcpy(bytes.data(), &drawn, sizeof drawn);
         }
-        std::memcpy(bytes.data(), &drawn, bytes.size());
+        if (!bytes.empty()) {
+            const std::uint64_t drawn = next();
+            std::memcpy(bytes.data(), &drawn, bytes.size());
+        }
     }
 
     // Draws only where there is a choice.

@@ -33,9 +33,7 @@ class held_datagrams {
         std::uint64_t by; // the ordinal of the rule that holds it
     };
 
-    [[nodiscard]] bool is_full() const noexcept {
-        return by_due_.size() >= most_datagrams_waiting || bytes_ >= most_bytes_waiting;
-    }
+    [[nodiscard]] bool is_full() const noexcept { return leaves_no_room(by_due_.size(), bytes_); }
 
     // Holds a datagram until its time comes or so many others have passed it. It is lost where no more are
     // held.

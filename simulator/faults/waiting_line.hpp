@@ -7,14 +7,15 @@
 
 namespace vantu::orvanta::simulator {
 
-inline constexpr std::size_t most_datagrams_waiting = 300'000;
-inline constexpr std::size_t most_bytes_waiting = 64U << 20U;
+[[nodiscard]] constexpr bool leaves_no_room(std::size_t datagrams, std::size_t bytes) {
+    constexpr std::size_t most_datagrams = 300'000;
+    constexpr std::size_t most_bytes = 64U << 20U;
+    return datagrams >= most_datagrams || bytes >= most_bytes;
+}
 
 template <typename Datagram> class waiting_line {
   public:
-    [[nodiscard]] bool is_full() const noexcept {
-        return waiting_.size() >= most_datagrams_waiting || bytes_ >= most_bytes_waiting;
-    }
+    [[nodiscard]] bool is_full() const noexcept { return leaves_no_room(waiting_.size(), bytes_); }
 
     void add(Datagram&& one) {
         if (!is_full()) {

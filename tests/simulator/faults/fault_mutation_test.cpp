@@ -71,6 +71,7 @@ TEST(fault_mutation, extends_by_random_bytes_after_the_end) {
     EXPECT_EQ(first_of(result.content, 26), two_operations);
     EXPECT_NE(last_of(result.content, 9), last_of(mutated_by("extend 9", two_operations, 2).content, 9));
     EXPECT_FALSE(mutated_by("extend 0", two_operations).happened);
+    EXPECT_FALSE(mutated_by("extend 0", {}).happened);
 }
 
 TEST(fault_mutation, extends_to_no_more_than_a_datagram_holds) {
