@@ -294,11 +294,23 @@ TEST(fault_selection, gives_a_conversation_the_same_fates_whatever_else_is_sent)
     EXPECT_LT(lost, 120);
 }
 
-TEST(fault_selection, lets_no_flood_of_floods_fill_the_memory) {
+TEST(fault_selection, floods_no_copies_of_a_flood) {
     pipeline_fixture fixture;
-    fixture.add("flood 100000@nth=1");
-    fixture.add("flood 100@p=0.5");
-    EXPECT_EQ(fixture.out(gravity).size(), 300'000U);
+    fixture.add("flood 3@nth=1");
+    fixture.add("flood 2@p=1");
+    EXPECT_EQ(fixture.out(gravity).size(), 1U + 2U + 3U);
+}
+
+TEST(fault_selection, lets_300000_datagrams_wait_and_no_more) {
+    for (const char* const last_rule : {"truncate 65507", "delay 5"}) {
+        pipeline_fixture fixture;
+        for (int floods = 0; floods < 4; ++floods) {
+            fixture.add("flood 100000@nth=1");
+        }
+        fixture.add(last_rule);
+        const std::size_t at_once = fixture.out(gravity).size();
+        EXPECT_EQ(at_once + fixture.wait(5'000'000).size(), 300'000U) << last_rule;
+    }
 }
 
 // How many bytes come out of a flood of the longest datagrams, after a last rule.
