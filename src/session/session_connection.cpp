@@ -139,23 +139,23 @@ void session::implementation::wake() {
 }
 
 void session::implementation::note_loss(error_code code, const char* how) {
-    if (!loss_) {
-        loss_ = loss{code, formatted("connection lost: {}", how)};
-        how_lost_ = how;
+    if (loss_) {
+        return;
     }
-}
-
-void session::implementation::lose() {
-    const loss why = *std::exchange(loss_, std::nullopt);
-    std::shared_ptr<client> lost;
+    loss_ = loss{code, formatted("connection lost: {}", how)};
+    how_lost_ = how;
     {
         const std::lock_guard lock(mutex_);
-        lost.swap(client_);
+        client_.reset(); // the thread still holds it
         arrived_.clear();
         confirmed_.clear();
         asked_.clear();
     }
     changed_.notify_all();
+}
+
+void session::implementation::lose() {
+    const loss why = *std::exchange(loss_, std::nullopt);
     arrivals_.clear();
     samples_.clear();
     next_attempt_ns_ = time_after(platform::steady_now_ns(), reconnection_interval_ns);

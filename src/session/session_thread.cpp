@@ -103,7 +103,7 @@ void session::implementation::handle_event(client& with, const vantu_orvanta_eve
         options_.callbacks.on_event(owner_, event);
     }
     note(with, event, now_ns);
-    with.dispatch(event);
+    // Before the handlers that the event fails: they find no connection.
     if (event.event_type == vantu_orvanta_event_disconnected) {
         note_loss(error_code::disconnected_from_service, "the service said goodbye");
     }
@@ -113,6 +113,7 @@ void session::implementation::handle_event(client& with, const vantu_orvanta_eve
             note_loss(code, "the service does not know this client any more");
         }
     }
+    with.dispatch(event);
 }
 
 // Takes note of all that an event tells beside the answer to a request.

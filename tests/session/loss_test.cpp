@@ -35,6 +35,42 @@ TEST(a_lost_connection, is_told_once_after_a_goodbye) {
     EXPECT_EQ(connected.wait_for_device(patience).error(), error_code::disconnected_from_service);
 }
 
+// A request whose failure is to be the first sign of the loss.
+class a_request_that_is_lost : public testing::Test {
+  protected:
+    void ask(error_code expected) {
+        connected_.get_orientation(1, [this, expected](session& same, const auto& answer) {
+            EXPECT_EQ(answer.error(), expected);
+            EXPECT_FALSE(same.is_connected());
+            EXPECT_TRUE(same.devices().empty());
+            told_.write("answered");
+        });
+    }
+    void expect_the_loss_after_the_answer() {
+        ASSERT_TRUE(told_.has("lost"));
+        EXPECT_EQ(told_.lines(), (std::vector<std::string>{"arrival 1", "answered", "lost"}));
+    }
+
+    simulated_service service_;
+
+  private:
+    diary told_;
+    session connected_{options_for(service_, told_.callbacks())};
+};
+
+TEST_F(a_request_that_is_lost, finds_no_connection_when_the_goodbye_fails_it) {
+    service_->command("drop @op=47");
+    ask(error_code::disconnected_from_service);
+    service_->command("goodbye");
+    expect_the_loss_after_the_answer();
+}
+
+TEST_F(a_request_that_is_lost, finds_no_connection_when_the_service_knows_the_client_no_more) {
+    service_->command("restart");
+    ask(error_code::client_not_connected);
+    expect_the_loss_after_the_answer();
+}
+
 TEST(a_lost_connection, is_noticed_when_the_service_was_started_anew) {
     simulated_service service;
     diary told;
