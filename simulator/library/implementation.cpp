@@ -80,7 +80,7 @@ bool service_simulator::implementation::wait_until(const std::function<bool(cons
 
 std::string service_simulator::implementation::command(std::string_view line) {
     const std::scoped_lock lock(mutex_);
-    runner_.advance_to(time_ns());
+    server_.catch_up();
     const verb_result result = runner_.run(line);
     if (!result.good) {
         throw std::invalid_argument(result.text);
@@ -141,7 +141,7 @@ void service_simulator::implementation::begin() {
     serving_ = true;
     stopping_ = false;
     runner_.go_on();
-    clock_ = [base = simulated_.now_ns(), steady = make_steady_clock()] { return base + steady(); };
+    clock_ = make_steady_clock(simulated_);
 }
 
 void service_simulator::implementation::serve_until(const std::function<bool()>& ends,

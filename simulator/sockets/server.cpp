@@ -13,15 +13,18 @@ namespace {
 // Datagrams taken from one socket before it is the others' and the streams' turn.
 constexpr std::size_t most_in_a_row = 64;
 
+// A step of catching up: its datagrams go out before the next step.
+constexpr std::int64_t step_ns = 10'000'000;
+constexpr std::int64_t longest_catching_up_ns = 20'000'000;
+
 } // namespace
 
-clock_function make_steady_clock(clock_function source) {
-    constexpr std::int64_t longest_gap_ns = 500'000'000;
-    const std::int64_t now = source();
-    return [source = std::move(source), start = now, last = now]() mutable {
+clock_function make_steady_clock(const simulation& timed, clock_function source) {
+    constexpr std::int64_t longest_lag_ns = 500'000'000;
+    const std::int64_t begin = source() - timed.now_ns();
+    return [&timed, source = std::move(source), start = begin]() mutable {
         const std::int64_t current = source();
-        start += std::max<std::int64_t>(0, current - last - longest_gap_ns);
-        last = current;
+        start = std::max(start, current - timed.now_ns() - longest_lag_ns);
         return current - start;
     };
 }
@@ -39,15 +42,26 @@ std::size_t server::serve_waiting() {
     for (std::size_t listener = 0; listener < sockets_.sockets().size(); ++listener) {
         taken += receive_waiting(listener);
     }
-    advance_to_(clock_());
-    send_outgoing();
+    (void)catch_up();
     return taken;
+}
+
+bool server::catch_up() {
+    const std::int64_t end_ns = clock_();
+    std::int64_t reached_ns = target_.now_ns();
+    do {
+        reached_ns = std::min(reached_ns + step_ns, end_ns);
+        advance_to_(reached_ns);
+        send_outgoing();
+    } while (reached_ns < end_ns && clock_() - end_ns < longest_catching_up_ns);
+    return reached_ns == end_ns;
 }
 
 std::size_t server::receive_waiting(std::size_t listener) {
     const socket_handle socket = sockets_.sockets()[listener];
     std::size_t taken = 0;
-    for (std::size_t looks = 0; looks < most_in_a_row; ++looks) {
+    bool in_time = true;
+    for (std::size_t looks = 0; looks < most_in_a_row && in_time; ++looks) {
         record_.buffer.reset();
         const socket_status status = recv_packet(socket, record_);
         if (status == socket_status::would_block) {
@@ -57,7 +71,7 @@ std::size_t server::receive_waiting(std::size_t listener) {
             continue; // a client that has gone, or a datagram too large: the next may be good
         }
         ++taken;
-        advance_to_(clock_());
+        in_time = catch_up();
         const peer from{{record_.from_length, record_.from}, listener};
         const std::span<const std::byte> bytes(record_.buffer.unread(), record_.buffer.read_len());
         if (told_) {

@@ -17,9 +17,11 @@ namespace vantu::orvanta::simulator {
 // The time since the simulation's start; never runs backwards.
 using clock_function = std::function<std::int64_t()>;
 
-// The given clock from now on, the system's steady one where none is given. It leaves out what goes beyond
-// half a second between two calls: a program that was stopped has nothing to make up for when it goes on.
-[[nodiscard]] clock_function make_steady_clock(clock_function source = platform::steady_now_ns);
+// The given clock, the system's steady one where none is given, which goes on from the simulation's time. It
+// leaves out what the simulation lags behind by beyond half a second: a program that was stopped, or that is
+// too slow for its streams, has no more than that to make up for. The simulation outlives the clock.
+[[nodiscard]] clock_function make_steady_clock(const simulation& timed,
+                                               clock_function source = platform::steady_now_ns);
 
 // Moves the simulation to a time since its start, by itself or through the runner of a scenario.
 using advance_function = std::function<void(std::int64_t since_start_ns)>;
@@ -43,9 +45,13 @@ class server {
     // Told of each datagram after it was received, and after it was sent; empty: nobody is told.
     void tell(wire_function told) { told_ = std::move(told); }
 
-    // Moves the simulation to the clock's time, gives it the datagrams that are there now and sends what it
-    // has to send. Never sleeps. Returns how many datagrams came.
+    // Moves the simulation to the clock's time as catch_up does, gives it the datagrams that are there now
+    // and sends what it has to send. Never sleeps. Returns how many datagrams came.
     std::size_t serve_waiting();
+
+    // Moves the simulation to the clock's time and sends what it has to send on the way; false when that is
+    // not done within 20 ms, and is left to the next call.
+    bool catch_up();
 
     // Sends what the simulation has to send.
     void send_outgoing();

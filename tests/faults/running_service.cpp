@@ -26,7 +26,7 @@ simulation_settings quiet_settings() {
 } // namespace
 
 running_service::running_service()
-    : simulated_(quiet_settings()), server_(simulated_, sockets_, make_steady_clock()),
+    : simulated_(quiet_settings()), server_(simulated_, sockets_, make_steady_clock(simulated_)),
       thread_([this] { serve(); }) {}
 
 running_service::~running_service() {

@@ -180,9 +180,12 @@ TEST_F(serving, answers_a_burst_of_requests_one_by_one) {
 // Serves with a clock moved by hand, whenever it is told to.
 class hand_served : public quiet {
   protected:
-    static simulation_settings one_orvanta3() {
+    explicit hand_served(double rate_hz = 100) : simulated(one_orvanta3(rate_hz)) {}
+
+    static simulation_settings one_orvanta3(double rate_hz) {
         simulation_settings made;
         made.devices = make_devices(1, 0);
+        made.rate_hz = rate_hz;
         return made;
     }
 
@@ -194,7 +197,7 @@ class hand_served : public quiet {
     }
 
     std::int64_t now = 0;
-    simulation simulated{one_orvanta3()};
+    simulation simulated;
     listeners sockets{"0"};
     server tested{simulated, sockets, [this] { return now; }};
 };
@@ -231,16 +234,62 @@ TEST_F(hand_served, a_datagram_is_taken_at_the_time_of_the_clock) {
     EXPECT_TRUE(simulated.clients().empty());
 }
 
-TEST(a_steady_clock, leaves_out_a_gap_beyond_half_a_second) {
-    std::int64_t source = 7'000'000'000;
-    const clock_function clock = make_steady_clock([&source] { return source; });
-    EXPECT_EQ(clock(), 0);
-    source += 500'000'000;
-    EXPECT_EQ(clock(), 500'000'000);
-    source += 60'000'000'000;
-    EXPECT_EQ(clock(), 1'000'000'000);
+class on_a_slow_machine : public hand_served {
+  protected:
+    static constexpr double rate_hz = 10'000;
+    on_a_slow_machine() : hand_served(rate_hz) {}
+};
+
+TEST_F(on_a_slow_machine, clients_are_heard_while_it_catches_up) {
+    test_client client("127.0.0.1", sockets.port());
+    client.send(datagram({connect_operation(0), {0xFF, 0x12, 0x06, 0x00, 0x01, 0x01, 0, 0, 0, 0, 0}}));
+    serve(1);
+    std::size_t sent = 0;
+    tested.tell([&](const wire_datagram& what) {
+        if (what.way == communication::direction::to_client) {
+            now += 1'000'000; // ten times the interval of the states
+            ++sent;
+        }
+    });
+    now += 400'000'000;
+    EXPECT_FALSE(tested.catch_up());
+    EXPECT_EQ(sent, 100U) << "what fell due in 10 ms";
+    for (int i = 0; i < 3; ++i) {
+        client.send(datagram({{0xFF, 0x01, 0x00, 0x00, 0x00}}));
+    }
+    std::size_t taken = 0;
+    while (taken == 0) {
+        taken = tested.serve_waiting();
+    }
+    EXPECT_EQ(taken, 1U) << "then what waits beside the sockets has its turn";
+}
+
+// A simulation at a time, and a clock that goes on from there.
+class a_steady_clock : public testing::Test {
+  protected:
+    a_steady_clock() { simulated.advance_to(3'000'000'000); }
+
+    std::int64_t source{7'000'000'000};
+    simulation simulated{{}};
+};
+
+TEST_F(a_steady_clock, goes_on_from_the_time_of_the_simulation) {
+    const clock_function clock = make_steady_clock(simulated, [this] { return source; });
+    EXPECT_EQ(clock(), 3'000'000'000);
     source += 1;
-    EXPECT_EQ(clock(), 1'000'000'001);
+    EXPECT_EQ(clock(), 3'000'000'001);
+}
+
+TEST_F(a_steady_clock, leaves_out_a_lag_beyond_half_a_second) {
+    const clock_function clock = make_steady_clock(simulated, [this] { return source; });
+    source += 500'000'000;
+    EXPECT_EQ(clock(), 3'500'000'000);
+    source += 60'000'000'000;
+    EXPECT_EQ(clock(), 3'500'000'000);
+    simulated.advance_to(3'400'000'000);
+    EXPECT_EQ(clock(), 3'500'000'000);
+    source += 400'000'000;
+    EXPECT_EQ(clock(), 3'900'000'000);
 }
 
 TEST_F(hand_served, forges_from_an_address_that_is_not_the_service_s) {

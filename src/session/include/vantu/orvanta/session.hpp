@@ -126,8 +126,8 @@ class VANTU_ORVANTA_API session {
     session& operator=(session&&) = delete;
     ///@}
 
-    /// Whether the connection stands, and the destructor has not begun. A handler that a loss has failed finds
-    /// it ended.
+    /// Whether the connection stands, and the destructor has not begun. A handler that a loss has failed
+    /// finds it ended.
     [[nodiscard]] bool is_connected() const;
 
     /// The devices that are there, in the order of their arrival; none without a connection.
