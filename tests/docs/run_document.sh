@@ -2,7 +2,7 @@
 # Does what a markdown document tells its reader to do, in one shell, and compares what the commands print.
 #
 #   ```sh          is run and must succeed; where it starts a service, that goes on running
-#   ```text        is what the block before it prints; a line "..." stands for any lines, a number after a
+#   ```text        is what the block before it prints; a line "..." stands for any lines or none, a number after a
 #                  comma for any number
 #   anything else  is a file, named last in backquotes on the line above: it is saved; with EXAMPLES, that file there
 #                  must be the same, and each program there must be in the document
@@ -20,16 +20,23 @@ fail() {
     exit 1
 }
 
-# What a block prints, as a pattern of the shell.
+# What a block prints, as a pattern of the shell, each line after a line feed.
 pattern_of() {
-    sed -E 's/,-?[0-9.]+(e[-+]?[0-9]+)?/,N/g; s/[][\\*?+@!|(){}]/\\&/g; s/^\.\.\.$/*/' <<<"$1"
+    local line
+    sed -E 's/,-?[0-9.]+(e[-+]?[0-9]+)?/,N/g; s/[][\\*?+@!|(){}]/\\&/g' <<<"$1" | while IFS= read -r line; do
+        if [ "$line" = ... ]; then
+            printf '?(\n*)'
+        else
+            printf '\n%s' "$line"
+        fi
+    done
 }
 
 is_printed() {
     local printed
     printed=$(sed -E 's/,-?[0-9.]+(e[-+]?[0-9]+)?/,N/g' "$1")
     # shellcheck disable=SC2053 # a pattern
-    [[ $printed == $(pattern_of "$2") ]]
+    [[ $'\n'$printed == $(pattern_of "$2") ]]
 }
 
 compare() {

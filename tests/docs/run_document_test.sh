@@ -37,6 +37,31 @@ a
 ...
 5,-1e-05
 '''$program"
+accepts "any lines where there are none or some" <<<"'''sh
+printf 'a\nb\nc\n'
+'''
+'''text
+...
+a
+...
+b
+...
+'''
+'''sh
+echo a
+'''
+'''text
+...
+a
+...
+'''$program"
+refuses "more of a line where any lines may follow" <<<"'''sh
+echo ab
+'''
+'''text
+a
+...
+'''$program"
 accepts "what is printed late" <<<"'''sh
 { sleep 0.3; echo late; sleep 60; } &
 '''
