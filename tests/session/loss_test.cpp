@@ -51,22 +51,22 @@ class a_request_that_is_lost : public testing::Test {
         EXPECT_EQ(told_.lines(), (std::vector<std::string>{"arrival 1", "answered", "lost"}));
     }
 
-    simulated_service service_;
+    simulated_service service;
 
   private:
     diary told_;
-    session connected_{options_for(service_, told_.callbacks())};
+    session connected_{options_for(service, told_.callbacks())};
 };
 
 TEST_F(a_request_that_is_lost, finds_no_connection_when_the_goodbye_fails_it) {
-    service_->command("drop @op=47");
+    service->command("drop @op=47");
     ask(error_code::disconnected_from_service);
-    service_->command("goodbye");
+    service->command("goodbye");
     expect_the_loss_after_the_answer();
 }
 
 TEST_F(a_request_that_is_lost, finds_no_connection_when_the_service_knows_the_client_no_more) {
-    service_->command("restart");
+    service->command("restart");
     ask(error_code::client_not_connected);
     expect_the_loss_after_the_answer();
 }
