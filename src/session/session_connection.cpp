@@ -139,9 +139,6 @@ void session::implementation::wake() {
 }
 
 void session::implementation::note_loss(error_code code, const char* how) {
-    if (loss_) {
-        return;
-    }
     loss_ = loss{code, formatted("connection lost: {}", how)};
     how_lost_ = how;
     {
