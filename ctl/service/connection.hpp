@@ -29,6 +29,10 @@ class connection {
     // From here on what is asked has this time, whatever was used before.
     void restart_time(std::chrono::nanoseconds time);
 
+    // From here on an interruption ends no request: what was begun is put back. A second one ends the
+    // program.
+    void outlast_interruption() noexcept { outlasts_interruption_ = true; }
+
     // The device that the command line names, or the only one: see device_choice.hpp.
     [[nodiscard]] device choose() const;
     // The same, opened.
@@ -58,7 +62,9 @@ class connection {
         }),
              session::timeout(time_left()));
         while (answer.wait_for(look_for_interruption) != std::future_status::ready) {
-            end_when_interrupted();
+            if (!outlasts_interruption_) {
+                end_when_interrupted();
+            }
         }
         return answer.get();
     }
@@ -67,6 +73,7 @@ class connection {
     static constexpr std::chrono::nanoseconds shortest_time = std::chrono::milliseconds(1);
 
     std::string wanted_;
+    bool outlasts_interruption_{false};
     std::chrono::steady_clock::time_point end_;
     std::unique_ptr<session> session_;
 };

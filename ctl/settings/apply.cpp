@@ -135,6 +135,7 @@ class work {
             is_other ? " was not set as asked: " : (may_be_set ? " may be set or not: " : " was not set: ");
         std::string text = names_of(failed, changes_) + how + why.what() + "; " + account_of(done_, changes_);
         if (then_ == after_failure::put_back) {
+            to_.outlast_interruption();
             std::set<part> back = done_;
             if (may_be_set) {
                 back.insert(failed);

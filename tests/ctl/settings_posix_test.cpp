@@ -4,6 +4,7 @@
 #include "ctl/support/settings_files.hpp"
 #include "support/scratch_folder.hpp"
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -46,6 +47,38 @@ TEST(restore, puts_back_what_was_set_before_it_was_interrupted) {
                           "scaling-factor: 0.5 -> 0.75; torque-scaling put back; scaling-factor put back\n");
     EXPECT_EQ(ctl({"get", "scaling-factor", "torque-scaling"}).output,
               "scaling-factor=0.5\ntorque-scaling=off\n");
+}
+
+TEST(restore, puts_back_after_an_interruption_however_long_the_answers_take) {
+    service_process service({"--verbose", "--drop", "@op=68,dir=out,nth=3", "--delay", "300@op=68,dir=out"});
+    const scratch_folder folder;
+    const std::string file = folder.file("desk.json");
+    EXPECT_EQ(ctl({"backup", file}).end, succeeded);
+    service.tell("set 1 torque off");
+    child_process program(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
+    service.await("set torque scaling of device 1 on");
+    program.interrupt();
+    const run_of_a_program run = ended(program);
+    EXPECT_EQ(run.end, status(exit_status::interrupted));
+    EXPECT_EQ(run.errors,
+              "orvantactl: torque-scaling may be set or not: interrupted; nothing was set before; "
+              "torque-scaling put back\n");
+    EXPECT_EQ(ctl({"get", "torque-scaling"}).output, "off\n");
+}
+
+TEST(restore, ends_at_once_when_it_is_interrupted_while_it_puts_back) {
+    service_process service(
+        {"--verbose", "--drop", "@op=68,dir=out,nth=3", "--drop", "@op=68,dir=out,nth=4"});
+    const scratch_folder folder;
+    const std::string file = folder.file("desk.json");
+    EXPECT_EQ(ctl({"backup", file}).end, succeeded);
+    service.tell("set 1 torque off");
+    child_process program(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
+    service.await("set torque scaling of device 1 on");
+    program.interrupt();
+    service.await("set torque scaling of device 1 off");
+    program.interrupt();
+    EXPECT_EQ(ended(program).end.signal, SIGINT);
 }
 
 TEST(backup, does_not_take_the_place_of_a_link_or_a_pipe) {
