@@ -9,8 +9,10 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
+#include <vector>
 
 namespace {
 
@@ -31,54 +33,55 @@ TEST(set, tells_what_was_set_before_it_was_interrupted) {
                           "scaling-factor: 0.75 -> 0.5\n");
 }
 
+// A restore that is interrupted while it waits for the answer to its last set, which the service loses.
+class interrupted_restore {
+  public:
+    explicit interrupted_restore(const std::vector<std::string>& more = {}) : service(options(more)) {
+        const std::string file = folder_.file("desk.json");
+        EXPECT_EQ(ctl({"backup", file}).end, succeeded);
+        EXPECT_EQ(ctl({"set", "scaling-factor=0.5"}).end, succeeded);
+        service.tell("set 1 torque off");
+        program.emplace(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
+        service.await("set torque scaling of device 1 on");
+        program->interrupt();
+    }
+
+    void expect_all_put_back() {
+        const run_of_a_program run = ended(*program);
+        EXPECT_EQ(run.end, status(exit_status::interrupted));
+        EXPECT_EQ(run.errors,
+                  "orvantactl: torque-scaling may be set or not: interrupted; set before: "
+                  "scaling-factor: 0.5 -> 0.75; torque-scaling put back; scaling-factor put back\n");
+        EXPECT_EQ(ctl({"get", "scaling-factor", "torque-scaling"}).output,
+                  "scaling-factor=0.5\ntorque-scaling=off\n");
+    }
+
+    service_process service;
+    std::optional<child_process> program;
+
+  private:
+    static std::vector<std::string> options(const std::vector<std::string>& more) {
+        std::vector<std::string> all{"--verbose", "--drop", "@op=68,dir=out,nth=3"};
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    }
+
+    scratch_folder folder_;
+};
+
 TEST(restore, puts_back_what_was_set_before_it_was_interrupted) {
-    service_process service({"--verbose", "--drop", "@op=68,dir=out,nth=3"});
-    const scratch_folder folder;
-    const std::string file = folder.file("desk.json");
-    EXPECT_EQ(ctl({"backup", file}).end, succeeded);
-    EXPECT_EQ(ctl({"set", "scaling-factor=0.5"}).end, succeeded);
-    service.tell("set 1 torque off");
-    child_process program(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
-    service.await("set torque scaling of device 1 on");
-    program.interrupt();
-    const run_of_a_program run = ended(program);
-    EXPECT_EQ(run.end, status(exit_status::interrupted));
-    EXPECT_EQ(run.errors, "orvantactl: torque-scaling may be set or not: interrupted; set before: "
-                          "scaling-factor: 0.5 -> 0.75; torque-scaling put back; scaling-factor put back\n");
-    EXPECT_EQ(ctl({"get", "scaling-factor", "torque-scaling"}).output,
-              "scaling-factor=0.5\ntorque-scaling=off\n");
+    interrupted_restore().expect_all_put_back();
 }
 
 TEST(restore, puts_back_after_an_interruption_however_long_the_answers_take) {
-    service_process service({"--verbose", "--drop", "@op=68,dir=out,nth=3", "--delay", "300@op=68,dir=out"});
-    const scratch_folder folder;
-    const std::string file = folder.file("desk.json");
-    EXPECT_EQ(ctl({"backup", file}).end, succeeded);
-    service.tell("set 1 torque off");
-    child_process program(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
-    service.await("set torque scaling of device 1 on");
-    program.interrupt();
-    const run_of_a_program run = ended(program);
-    EXPECT_EQ(run.end, status(exit_status::interrupted));
-    EXPECT_EQ(run.errors,
-              "orvantactl: torque-scaling may be set or not: interrupted; nothing was set before; "
-              "torque-scaling put back\n");
-    EXPECT_EQ(ctl({"get", "torque-scaling"}).output, "off\n");
+    interrupted_restore({"--delay", "300@op=68,dir=out"}).expect_all_put_back();
 }
 
 TEST(restore, ends_at_once_when_it_is_interrupted_while_it_puts_back) {
-    service_process service(
-        {"--verbose", "--drop", "@op=68,dir=out,nth=3", "--drop", "@op=68,dir=out,nth=4"});
-    const scratch_folder folder;
-    const std::string file = folder.file("desk.json");
-    EXPECT_EQ(ctl({"backup", file}).end, succeeded);
-    service.tell("set 1 torque off");
-    child_process program(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
-    service.await("set torque scaling of device 1 on");
-    program.interrupt();
-    service.await("set torque scaling of device 1 off");
-    program.interrupt();
-    EXPECT_EQ(ended(program).end.signal, SIGINT);
+    interrupted_restore begun({"--drop", "@op=68,dir=out,nth=4"});
+    begun.service.await("set torque scaling of device 1 off");
+    begun.program->interrupt();
+    EXPECT_EQ(ended(*begun.program).end.signal, SIGINT);
 }
 
 TEST(backup, does_not_take_the_place_of_a_link_or_a_pipe) {
