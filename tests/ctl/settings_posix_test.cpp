@@ -77,6 +77,25 @@ TEST(restore, puts_back_after_an_interruption_however_long_the_answers_take) {
     interrupted_restore({"--delay", "300@op=68,dir=out"}).expect_all_put_back();
 }
 
+TEST(restore, puts_back_after_a_refusal_though_it_is_interrupted_meanwhile) {
+    service_process service({"--verbose", "--error", "0xD0@op=69", "--delay", "300@op=66,dir=out,nth=6"});
+    const scratch_folder folder;
+    const std::string file = folder.file("desk.json");
+    EXPECT_EQ(ctl({"backup", file}).end, succeeded);
+    EXPECT_EQ(ctl({"set", "scaling-factor=0.5"}).end, succeeded);
+    service.tell("set 1 torque off");
+    child_process program(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
+    service.await("factor 0.75");
+    service.await("factor 0.5");
+    program.interrupt();
+    const run_of_a_program run = ended(program);
+    EXPECT_EQ(run.end, status(exit_status::refused));
+    EXPECT_EQ(run.errors,
+              "orvantactl: torque-scaling was not set: set_torque_scaling of device 1: communication error "
+              "with device; set before: scaling-factor: 0.5 -> 0.75; scaling-factor put back\n");
+    EXPECT_EQ(ctl({"get", "scaling-factor"}).output, "0.5\n");
+}
+
 TEST(restore, ends_at_once_when_it_is_interrupted_while_it_puts_back) {
     interrupted_restore begun({"--drop", "@op=68,dir=out,nth=4"});
     begun.service.await("set torque scaling of device 1 off");
