@@ -1,5 +1,5 @@
 // The tool at a terminal, at signals, and at a port that the system reports closed.
-#include "app/support/simulator_process.hpp"
+#include "app/support/shown_devices.hpp"
 #include "app/support/whole_session.hpp"
 
 #include <csignal>
@@ -21,14 +21,14 @@ TEST(tool_and_simulator, configure_a_device_at_a_terminal) {
 }
 
 TEST(tool_and_simulator, survive_a_service_that_is_killed_and_started_again) {
-    auto service = std::make_unique<simulator_process>();
+    auto service = std::make_unique<service_process>();
     tool_process tool;
     find_the_device(tool);
     const std::size_t threads = tool.program.threads();
-    EXPECT_EQ(killed, service->kill());
+    service->kill();
     // The next keep-alive meets a closed port, which ends the polling thread.
     tool.program.wait_for_threads(threads - 1);
-    service = std::make_unique<simulator_process>();
+    service = std::make_unique<service_process>();
     tool.exchange("1\n", report_of("1"));
     tool.exchange("3\n", settings_menu);
     tool.exchange("0\n", settings_menu);

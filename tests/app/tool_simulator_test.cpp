@@ -1,5 +1,5 @@
 // The tool with the simulator at the other end.
-#include "app/support/simulator_process.hpp"
+#include "app/support/shown_devices.hpp"
 #include "support/scratch_folder.hpp"
 
 #include <chrono>
@@ -19,7 +19,7 @@ TEST(tool_and_simulator, configure_a_device_at_a_pipe) {
 }
 
 TEST(tool_and_simulator, find_the_device_again) {
-    simulator_process service;
+    service_process service;
     tool_process tool;
     find_the_device(tool);
     tool.exchange("0\n", "Device Info Updated\n" + main_menu);
@@ -28,7 +28,7 @@ TEST(tool_and_simulator, find_the_device_again) {
 }
 
 TEST(tool_and_simulator, keep_the_configuration_between_two_runs_of_the_tool) {
-    simulator_process service;
+    service_process service;
     tool_process first;
     find_the_device(first);
     first.exchange("3\n", settings_menu);
@@ -62,7 +62,7 @@ TEST(tool_and_simulator, show_what_was_saved_after_a_restart_and_not_what_was_on
     const orvanta_tests::scratch_folder folder;
     const std::string state = folder.file("state.json");
     {
-        simulator_process service({"--state", state});
+        service_process service({"--state", state});
         tool_process tool;
         find_the_device(tool);
         choose_settings(tool, {"5\n", "7\n"});
@@ -72,7 +72,7 @@ TEST(tool_and_simulator, show_what_was_saved_after_a_restart_and_not_what_was_on
         EXPECT_EQ(succeeded, service.end());
     }
     {
-        simulator_process service({"--state", state});
+        service_process service({"--state", state});
         tool_process tool;
         find_the_device(tool);
         tool.exchange_until("2\n", configuration("On", "0.75", "On", "Left"));
@@ -81,7 +81,7 @@ TEST(tool_and_simulator, show_what_was_saved_after_a_restart_and_not_what_was_on
         leave(tool);
         EXPECT_EQ(succeeded, service.end());
     }
-    simulator_process service({"--state", state});
+    service_process service({"--state", state});
     tool_process tool;
     find_the_device(tool);
     tool.exchange_until("2\n", configuration("On", "0.75", "On", "Left"));
@@ -89,7 +89,7 @@ TEST(tool_and_simulator, show_what_was_saved_after_a_restart_and_not_what_was_on
 }
 
 TEST(tool_and_simulator, report_a_factor_out_of_range_as_an_error_of_the_service) {
-    simulator_process service;
+    service_process service;
     tool_process tool(attachment::pipes);
     find_the_device(tool);
     tool.exchange("3\n", settings_menu);
@@ -102,7 +102,7 @@ TEST(tool_and_simulator, report_a_factor_out_of_range_as_an_error_of_the_service
 }
 
 TEST(tool_and_simulator, offer_two_devices_and_open_the_chosen_one) {
-    simulator_process service({"--orvanta3", "2"});
+    service_process service({"--orvanta3", "2"});
     tool_process tool;
     tool.exchange("", banner + main_menu);
     tool.exchange("0\n",
@@ -113,7 +113,7 @@ TEST(tool_and_simulator, offer_two_devices_and_open_the_chosen_one) {
 }
 
 TEST(tool_and_simulator, give_up_on_seventeen_devices) {
-    simulator_process service({"--orvanta3", "8", "--palmetron", "9"});
+    service_process service({"--orvanta3", "8", "--palmetron", "9"});
     tool_process tool;
     tool.exchange("", banner + main_menu);
     tool.exchange("0\n", "Error in find_orvanta3: an internal buffer is either full or empty\n"
@@ -123,7 +123,7 @@ TEST(tool_and_simulator, give_up_on_seventeen_devices) {
 }
 
 TEST(tool_and_simulator, find_nothing_where_there_are_grips_alone) {
-    simulator_process service({"--orvanta3", "0", "--palmetron", "2"});
+    service_process service({"--orvanta3", "0", "--palmetron", "2"});
     tool_process tool;
     tool.exchange("", banner + main_menu);
     tool.exchange("0\n", "No devices found\nNo devices found\n" + main_menu);
@@ -131,7 +131,7 @@ TEST(tool_and_simulator, find_nothing_where_there_are_grips_alone) {
 }
 
 TEST(tool_and_simulator, find_a_device_that_is_announced_after_the_acceptance) {
-    simulator_process service({"--announce", "after"});
+    service_process service({"--announce", "after"});
     tool_process tool;
     tool.exchange("", banner + main_menu);
     tool.exchange_until("0\n", "Device Info Updated\n" + main_menu);
@@ -139,7 +139,7 @@ TEST(tool_and_simulator, find_a_device_that_is_announced_after_the_acceptance) {
 }
 
 TEST(tool_and_simulator, serve_two_tools_at_once) {
-    simulator_process service;
+    service_process service;
     tool_process first;
     find_the_device(first);
     tool_process second;
@@ -154,7 +154,7 @@ TEST(tool_and_simulator, serve_two_tools_at_once) {
 }
 
 TEST(tool_and_simulator, refuse_a_second_tool_where_there_may_be_one) {
-    simulator_process service({"--single-client"});
+    service_process service({"--single-client"});
     tool_process first;
     find_the_device(first);
     child_process second({ORVANTA_CLI_PATH}, attachment::pipes);
@@ -167,7 +167,7 @@ TEST(tool_and_simulator, refuse_a_second_tool_where_there_may_be_one) {
 }
 
 TEST(tool_and_simulator, part_when_the_service_says_goodbye) {
-    simulator_process service;
+    service_process service;
     tool_process tool;
     find_the_device(tool);
     const std::size_t threads = tool.program.threads();
@@ -184,7 +184,7 @@ TEST(tool_and_simulator, part_when_the_service_says_goodbye) {
 }
 
 TEST(tool_and_simulator, end_in_order_after_a_goodbye_of_the_service) {
-    simulator_process service;
+    service_process service;
     tool_process tool;
     find_the_device(tool);
     const std::size_t threads = tool.program.threads();
@@ -196,7 +196,7 @@ TEST(tool_and_simulator, end_in_order_after_a_goodbye_of_the_service) {
 TEST(tool_and_simulator, meet_when_the_service_starts_while_the_tool_still_tries) {
     tool_process tool;
     tool.program.read_until("Attempted to establish connection to port [54321] ret [operation timed out]\n");
-    simulator_process service;
+    service_process service;
     tool.exchange("", banner + main_menu);
     tool.exchange("0\n", "Device Info Updated\n" + main_menu);
     leave(tool);

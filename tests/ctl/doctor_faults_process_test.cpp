@@ -24,35 +24,13 @@ void PrintTo(const cause& of, std::ostream* to) {
 
 class each_cause : public testing::TestWithParam<cause> {};
 
-// The simulator with a fault that can be taken away.
-class ill_service {
-  public:
-    explicit ill_service(const std::vector<std::string>& fault)
-        : program_(command(fault), attachment::pipes) {
-        program_.read_until("listening on port 54320\n");
-    }
-    void heal() {
-        program_.type("heal\n");
-        program_.read_until("ok\n");
-    }
-
-  private:
-    static std::vector<std::string> command(const std::vector<std::string>& fault) {
-        std::vector<std::string> all{ORVANTA_SIMULATOR_PATH, "--interactive", "--seed", "1"};
-        all.insert(all.end(), fault.begin(), fault.end());
-        return all;
-    }
-
-    child_process program_;
-};
-
 // The remedy of all these is a service without the fault.
 TEST_P(each_cause, is_told_and_goes_with_its_fault) {
-    ill_service service(GetParam().options);
+    service_process service(GetParam().options);
     const doctor_run ill = doctor();
     EXPECT_EQ(ill.end, status(GetParam().status));
     EXPECT_THAT(ill.failure(), StartsWith(GetParam().failure));
-    service.heal();
+    service.have_done("heal");
     const doctor_run well = doctor();
     EXPECT_EQ(well.end, succeeded) << well.failure();
 }

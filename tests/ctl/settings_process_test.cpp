@@ -111,7 +111,7 @@ TEST(get, takes_an_answer_that_is_late_but_in_time) {
 }
 
 TEST(get, tells_that_a_service_was_killed) {
-    service_process service({"--verbose", "--drop", "@op=66,dir=out"});
+    service_process service({"--verbose", "--rate", "0", "--drop", "@op=66,dir=out"});
     child_process program(ctl_command({"get", "scaling-factor", "--timeout", "50s"}), attachment::pipes);
     service.await("opened device 1");
     service.kill();
@@ -176,7 +176,7 @@ TEST(set, does_not_know_whether_it_was_done_when_the_answer_is_lost) {
 
 TEST(set, says_what_was_set_before_the_service_was_killed) {
     // The answer to the question for the torque scaling comes, that to the set does not.
-    service_process service({"--verbose", "--drop", "@op=68,dir=out,nth=2"});
+    service_process service({"--verbose", "--rate", "0", "--drop", "@op=68,dir=out,nth=2"});
     child_process program(
         ctl_command({"set", "scaling-factor=0.5", "torque-scaling=off", "--timeout", "50s"}),
         attachment::pipes);

@@ -148,7 +148,7 @@ TEST(set_scaling_factor, fails_without_a_device_and_works_with_it) {
 }
 
 TEST(set_scaling_factor, fails_when_the_service_is_killed_while_it_waits) {
-    service_process service({"--verbose", "--drop", "@op=66,dir=out"});
+    service_process service({"--verbose", "--rate", "0", "--drop", "@op=66,dir=out"});
     child_process program({SET_SCALING_FACTOR_PATH, "0.5"}, attachment::pipes);
     service.await("open");
     service.kill();
@@ -183,7 +183,7 @@ TEST(cursor_to_csv, outlives_an_answer_that_is_lost) {
 }
 
 TEST(cursor_to_csv, fails_when_the_service_is_killed) {
-    service_process service({"--rate", "1000"});
+    service_process service({"--rate", "50"});
     child_process program({CURSOR_TO_CSV_PATH, "600"}, attachment::pipes);
     const std::string states = read_states(program);
     service.kill();
@@ -206,7 +206,7 @@ TEST(cursor_to_csv, goes_on_with_a_device_that_was_unplugged_and_plugged_in) {
     service.await("open");
     states += read_states(program); // some of it from before
     states += read_states(program);
-    service.tell("quit");
+    EXPECT_EQ(service.end(), succeeded);
     const auto seen = ended(program);
     EXPECT_EQ(seen.end, failed);
     EXPECT_GT(csv_lines(states + seen.output), 0U);

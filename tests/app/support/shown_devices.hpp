@@ -1,53 +1,13 @@
-// The simulator at the service's own port, and what the tool shows of its devices.
+// The simulator's devices as the tool shows them, and ways through the tool's menus.
 #pragma once
 
 #include "app/support/tool_process.hpp"
+#include "support/service_process.hpp"
 
 #include <gtest/gtest.h>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace orvanta_tests {
-
-class simulator_process {
-  public:
-    explicit simulator_process(std::vector<std::string> options = {})
-        : program_(command(std::move(options)), attachment::pipes) {
-        program_.read_until("listening on port 54320\n");
-    }
-    // Killed, it might not have given the port back yet when the next one starts.
-    ~simulator_process() {
-        if (!has_ended_) {
-            EXPECT_NO_THROW(end());
-        }
-    }
-    simulator_process(const simulator_process&) = delete;
-    simulator_process& operator=(const simulator_process&) = delete;
-
-    // Has the simulator end, with a goodbye.
-    ending end() {
-        program_.type("quit\n");
-        has_ended_ = true;
-        return program_.wait();
-    }
-
-    // Ends it without a word.
-    ending kill() {
-        program_.kill();
-        has_ended_ = true;
-        return program_.wait();
-    }
-
-  private:
-    static std::vector<std::string> command(std::vector<std::string> options) {
-        options.insert(options.begin(), {ORVANTA_SIMULATOR_PATH, "--interactive"});
-        return options;
-    }
-
-    child_process program_;
-    bool has_ended_{false};
-};
 
 inline std::string report_of(const std::string& number) {
     return "\n\tDevice Type:\tOrvanta3\n\tID:\t\t300" + number +
@@ -75,7 +35,7 @@ inline void find_the_device(tool_process& tool) {
 }
 
 inline void configure_the_device(attachment kind) {
-    simulator_process service;
+    service_process service;
     tool_process tool(kind);
     find_the_device(tool);
     tool.exchange("1\n", report_of("1"));
