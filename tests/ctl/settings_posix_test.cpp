@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -33,25 +34,27 @@ TEST(set, tells_what_was_set_before_it_was_interrupted) {
                           "scaling-factor: 0.75 -> 0.5\n");
 }
 
-// A restore that is interrupted while it waits for the answer to its last set, which the service loses.
-class interrupted_restore {
+// A restore of two settings, the scaling factor and then the torque scaling, that has begun.
+class begun_restore {
   public:
-    explicit interrupted_restore(const std::vector<std::string>& more = {}) : service(options(more)) {
+    explicit begun_restore(std::vector<std::string> options) : service(verbose(std::move(options))) {
         const std::string file = folder_.file("desk.json");
         EXPECT_EQ(ctl({"backup", file}).end, succeeded);
         EXPECT_EQ(ctl({"set", "scaling-factor=0.5"}).end, succeeded);
         service.tell("set 1 torque off");
         program.emplace(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
-        service.await("set torque scaling of device 1 on");
-        program->interrupt();
+        service.await("factor 0.75");
     }
 
-    void expect_all_put_back() {
+    // Interrupts it after the service has told that.
+    void interrupt_after(const std::string& text) {
+        service.await(text);
+        program->interrupt();
+    }
+    void expect_all_put_back(exit_status with, const std::string& cause) {
         const run_of_a_program run = ended(*program);
-        EXPECT_EQ(run.end, status(exit_status::interrupted));
-        EXPECT_EQ(run.errors,
-                  "orvantactl: torque-scaling may be set or not: interrupted; set before: "
-                  "scaling-factor: 0.5 -> 0.75; torque-scaling put back; scaling-factor put back\n");
+        EXPECT_EQ(run.end, status(with));
+        EXPECT_EQ(run.errors, "orvantactl: torque-scaling " + cause + "scaling-factor put back\n");
         EXPECT_EQ(ctl({"get", "scaling-factor", "torque-scaling"}).output,
                   "scaling-factor=0.5\ntorque-scaling=off\n");
     }
@@ -60,46 +63,42 @@ class interrupted_restore {
     std::optional<child_process> program;
 
   private:
-    static std::vector<std::string> options(const std::vector<std::string>& more) {
-        std::vector<std::string> all{"--verbose", "--drop", "@op=68,dir=out,nth=3"};
-        all.insert(all.end(), more.begin(), more.end());
-        return all;
+    static std::vector<std::string> verbose(std::vector<std::string> options) {
+        options.emplace_back("--verbose");
+        return options;
     }
 
     scratch_folder folder_;
 };
 
+constexpr const char* last_set = "set torque scaling of device 1 on";
+constexpr const char* interrupted_at_the_last_set =
+    "may be set or not: interrupted; set before: scaling-factor: 0.5 -> 0.75; torque-scaling put back; ";
+
 TEST(restore, puts_back_what_was_set_before_it_was_interrupted) {
-    interrupted_restore().expect_all_put_back();
+    begun_restore begun({"--drop", "@op=68,dir=out,nth=3"});
+    begun.interrupt_after(last_set);
+    begun.expect_all_put_back(exit_status::interrupted, interrupted_at_the_last_set);
 }
 
 TEST(restore, puts_back_after_an_interruption_however_long_the_answers_take) {
-    interrupted_restore({"--delay", "300@op=68,dir=out"}).expect_all_put_back();
+    begun_restore begun({"--drop", "@op=68,dir=out,nth=3", "--delay", "300@op=68,dir=out"});
+    begun.interrupt_after(last_set);
+    begun.expect_all_put_back(exit_status::interrupted, interrupted_at_the_last_set);
 }
 
 TEST(restore, puts_back_after_a_refusal_though_it_is_interrupted_meanwhile) {
-    service_process service({"--verbose", "--error", "0xD0@op=69", "--delay", "300@op=66,dir=out,nth=6"});
-    const scratch_folder folder;
-    const std::string file = folder.file("desk.json");
-    EXPECT_EQ(ctl({"backup", file}).end, succeeded);
-    EXPECT_EQ(ctl({"set", "scaling-factor=0.5"}).end, succeeded);
-    service.tell("set 1 torque off");
-    child_process program(ctl_command({"restore", file, "--timeout", "50s"}), attachment::pipes);
-    service.await("factor 0.75");
-    service.await("factor 0.5");
-    program.interrupt();
-    const run_of_a_program run = ended(program);
-    EXPECT_EQ(run.end, status(exit_status::refused));
-    EXPECT_EQ(run.errors,
-              "orvantactl: torque-scaling was not set: set_torque_scaling of device 1: communication error "
-              "with device; set before: scaling-factor: 0.5 -> 0.75; scaling-factor put back\n");
-    EXPECT_EQ(ctl({"get", "scaling-factor"}).output, "0.5\n");
+    begun_restore begun({"--error", "0xD0@op=69", "--delay", "300@op=66,dir=out,nth=6"});
+    begun.interrupt_after("factor 0.5");
+    begun.expect_all_put_back(exit_status::refused,
+                              "was not set: set_torque_scaling of device 1: communication error with device; "
+                              "set before: scaling-factor: 0.5 -> 0.75; ");
 }
 
 TEST(restore, ends_at_once_when_it_is_interrupted_while_it_puts_back) {
-    interrupted_restore begun({"--drop", "@op=68,dir=out,nth=4"});
-    begun.service.await("set torque scaling of device 1 off");
-    begun.program->interrupt();
+    begun_restore begun({"--drop", "@op=68,dir=out,nth=3", "--drop", "@op=68,dir=out,nth=4"});
+    begun.interrupt_after(last_set);
+    begun.interrupt_after("set torque scaling of device 1 off");
     EXPECT_EQ(ended(*begun.program).end.signal, SIGINT);
 }
 

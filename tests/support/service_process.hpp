@@ -44,7 +44,7 @@ class service_process {
         return program_.wait();
     }
     // Ends it without a word, after a moment in which it comes to rest: Wine's server keeps the port of a
-    // program that was killed while it received or sent. A service to be killed has a rate of 50 or less.
+    // program that was killed while it received or sent. A service to be killed streams at 50 Hz or less.
     void kill() {
         has_ended_ = true;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
